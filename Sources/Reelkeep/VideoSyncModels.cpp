@@ -1,0 +1,57 @@
+#include "VideoSyncModels.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace reelkeep {
+
+VideoList::VideoList(std::vector<VideoFile> videos)
+{
+    if (!videos.empty())
+        records = std::make_shared<const std::vector<VideoFile>>(std::move(videos));
+}
+
+bool VideoList::operator==(const VideoList& other) const
+{
+    return records == other.records || std::equal(begin(), end(), other.begin(), other.end());
+}
+
+std::string errorDescription(VideoSyncError error)
+{
+    switch (error) {
+    case VideoSyncError::sourceFolderMissing:
+        return "Selecciona primero la carpeta de origen.";
+    case VideoSyncError::destinationFolderMissing:
+        return "Selecciona primero el HD o carpeta donde quieres copiar.";
+    case VideoSyncError::destinationReviewFoldersMissing:
+        return "Selecciona al menos una ubicacion para revisar.";
+    }
+    std::abort();
+}
+
+namespace {
+
+void combine(std::size_t& seed, std::size_t value)
+{
+    seed ^= value + 0x9e3779b97f4a7c15U + (seed << 6U) + (seed >> 2U);
+}
+
+} // namespace
+
+} // namespace reelkeep
+
+std::size_t std::hash<reelkeep::VideoFile>::operator()(const reelkeep::VideoFile& video) const
+{
+    std::size_t seed = 0;
+    const std::hash<std::string> ofText;
+    reelkeep::combine(seed, ofText(video.id));
+    reelkeep::combine(seed, std::hash<reelkeep::Location>{}(video.url));
+    reelkeep::combine(seed, ofText(video.relativePath));
+    reelkeep::combine(seed, ofText(video.fileName));
+    reelkeep::combine(seed, std::hash<std::int64_t>{}(video.size));
+    reelkeep::combine(seed, video.createdAt ? 1U : 0U);
+    if (video.createdAt)
+        reelkeep::combine(seed, std::hash<std::int64_t>{}(video.createdAt->time_since_epoch().count()));
+    return seed;
+}

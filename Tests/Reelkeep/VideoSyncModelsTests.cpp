@@ -1,0 +1,136 @@
+#include "VideoSyncModels.h"
+
+#include <gtest/gtest.h>
+
+#include <unordered_set>
+
+namespace reelkeep {
+namespace {
+
+VideoFile clip()
+{
+    return {.id = "DCIM/CLIP.MOV",
+            .url = Location("/media/card/DCIM/CLIP.MOV"),
+            .relativePath = "DCIM/CLIP.MOV",
+            .fileName = "CLIP.MOV",
+            .size = 100,
+            .createdAt = Date(std::chrono::seconds(1'700'000'000))};
+}
+
+/// The records that differ from `clip()` in one field each, in the order of the fields.
+std::vector<VideoFile> clipsWithOneFieldChanged()
+{
+    std::vector<VideoFile> changed(6, clip());
+    changed[0].id = "other";
+    changed[1].url = Location("/media/card/other");
+    changed[2].relativePath = "other";
+    changed[3].fileName = "other";
+    changed[4].size = 101;
+    changed[5].createdAt = Date(std::chrono::seconds(1'700'000'001));
+    return changed;
+}
+
+TEST(VideoFile, isEqualOnlyWhenAllSixFieldsAre)
+{
+    EXPECT_EQ(clip(), clip());
+    for (const VideoFile& other : clipsWithOneFieldChanged())
+        EXPECT_NE(clip(), other);
+}
+
+TEST(VideoFile, hashesEveryFieldAndAgreesWithEquality)
+{
+    const std::hash<VideoFile> hash;
+    EXPECT_EQ(hash(clip()), hash(clip()));
+    for (const VideoFile& other : clipsWithOneFieldChanged())
+        EXPECT_NE(hash(clip()), hash(other));
+}
+
+TEST(VideoFile, withoutADateDiffersFromTheSameWithOne)
+{
+    VideoFile undated = clip();
+    undated.createdAt.reset();
+    VideoFile atTheEpoch = clip();
+    atTheEpoch.createdAt = Date();
+    EXPECT_NE(undated, clip());
+    EXPECT_NE(undated, atTheEpoch);
+    EXPECT_NE(std::hash<VideoFile>{}(undated), std::hash<VideoFile>{}(atTheEpoch));
+}
+
+TEST(VideoFile, countsLetterCaseOfItsName)
+{
+    VideoFile lower = clip();
+    lower.fileName = "clip.mov";
+    EXPECT_NE(clip(), lower);
+}
+
+TEST(VideoList, comparesItsRecords)
+{
+    EXPECT_EQ(VideoList(), VideoList(std::vector<VideoFile>()));
+    EXPECT_EQ(VideoList({clip()}), VideoList({clip()}));
+    EXPECT_NE(VideoList({clip()}), VideoList());
+    EXPECT_NE(VideoList({clip()}), VideoList({clip(), clip()}));
+}
+
+TEST(VideoList, sharesItsRecordsWithItsCopies)
+{
+    const VideoList list = {clip()};
+    const VideoList copy = list;
+    EXPECT_EQ(list.begin(), copy.begin());
+}
+
+TEST(VideoSyncError, hasOneTextPerCase)
+{
+    EXPECT_EQ(errorDescription(VideoSyncError::sourceFolderMissing), "Selecciona primero la carpeta de origen.");
+    EXPECT_EQ(errorDescription(VideoSyncError::destinationFolderMissing),
+              "Selecciona primero el HD o carpeta donde quieres copiar.");
+    EXPECT_EQ(errorDescription(VideoSyncError::destinationReviewFoldersMissing),
+              "Selecciona al menos una ubicacion para revisar.");
+}
+
+TEST(VideoSyncError, keepsTheOrderOfItsCasesAndIsHashable)
+{
+    EXPECT_LT(VideoSyncError::sourceFolderMissing, VideoSyncError::destinationFolderMissing);
+    EXPECT_LT(VideoSyncError::destinationFolderMissing, VideoSyncError::destinationReviewFoldersMissing);
+    EXPECT_EQ(std::unordered_set<VideoSyncError>({VideoSyncError::sourceFolderMissing,
+                                                  VideoSyncError::destinationFolderMissing,
+                                                  VideoSyncError::destinationReviewFoldersMissing})
+                  .size(),
+              3U);
+}
+
+TEST(Location, dropsSeparatorsAtItsEnd)
+{
+    EXPECT_EQ(Location("/media/A//").path(), "/media/A");
+    EXPECT_EQ(Location("/").path(), "/");
+}
+
+TEST(Location, isTheSameOnlyByteForByte)
+{
+    EXPECT_EQ(Location("/Volumes/A"), Location("/Volumes/A/"));
+    EXPECT_NE(Location("/Volumes/A"), Location("/volumes/a"));
+    EXPECT_NE(Location("/Volumes/A"), Location("/Volumes/./A"));
+}
+
+TEST(Location, ofTheRootHasNoLastComponent)
+{
+    EXPECT_EQ(Location("/").lastPathComponent(), "");
+    EXPECT_EQ(Location("/media/A").lastPathComponent(), "A");
+}
+
+TEST(Location, leadsToItsParent)
+{
+    EXPECT_EQ(Location("/media/A").deletingLastPathComponent().path(), "/media");
+    EXPECT_EQ(Location("/media").deletingLastPathComponent().path(), "/");
+    EXPECT_EQ(Location("/").deletingLastPathComponent().path(), "/");
+}
+
+TEST(Location, appendsWhatBeginsWithASeparatorToo)
+{
+    EXPECT_EQ(Location("/media/A").appending("DCIM/x.mov").path(), "/media/A/DCIM/x.mov");
+    EXPECT_EQ(Location("/media/A").appending("/card/x.mov").path(), "/media/A/card/x.mov");
+    EXPECT_EQ(Location("/").appending("/card/x.mov").path(), "/card/x.mov");
+    EXPECT_EQ(Location("/media/A").appending("").path(), "/media/A");
+}
+
+} // namespace
+} // namespace reelkeep
