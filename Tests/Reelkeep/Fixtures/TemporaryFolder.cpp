@@ -1,0 +1,64 @@
+#include "Fixtures/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace reelkeep {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder(const std::string& base)
+{
+    std::string pattern = (base.empty() ? fs::temp_directory_path().string() : base) + "/reelkeep-test-XXXXXX";
+    if (::mkdtemp(pattern.data()) == nullptr)
+        throw std::runtime_error("no folder for the test in " + pattern);
+    place = Location(pattern);
+    fs::permissions(pattern, fs::perms(0755));
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    fs::remove_all(place.path(), ignored);
+}
+
+Location TemporaryFolder::file(std::string_view relative, std::string_view content) const
+{
+    Location made = *this / relative;
+    fs::create_directories(made.deletingLastPathComponent().path());
+    std::ofstream stream(made.path(), std::ios::binary);
+    stream.write(content.data(), static_cast<std::streamsize>(content.size()));
+    if (!stream.flush())
+        throw std::runtime_error("cannot write " + made.path());
+    return made;
+}
+
+Location TemporaryFolder::folder(std::string_view relative) const
+{
+    Location made = *this / relative;
+    fs::create_directories(made.path());
+    return made;
+}
+
+std::string contentOf(const Location& file)
+{
+    std::ifstream stream(file.path(), std::ios::binary);
+    if (!stream)
+        throw std::runtime_error("cannot read " + file.path());
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::vector<std::string> everythingBelow(const Location& folder)
+{
+    std::vector<std::string> found;
+    for (const auto& entry : fs::recursive_directory_iterator(folder.path()))
+        found.push_back(entry.path().string().substr(folder.path().size() + 1));
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+} // namespace reelkeep
