@@ -1,0 +1,112 @@
+#include "Platform/FileErrors.h"
+#include "Platform/PathAccess.h"
+#include "Platform/TemporaryFile.h"
+#include "Platform/TemporaryNames.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace reelkeep {
+
+namespace {
+
+/// The file system does not know the operation. EINVAL is also the word of some for a name that they do not admit: the
+/// next step of the ladder then fails with it again, and the last one tells.
+bool isUnknownHere(int errorNumber)
+{
+    return errorNumber == EINVAL || errorNumber == ENOSYS || errorNumber == ENOTSUP;
+}
+
+bool isEmptyFile(const struct stat& status)
+{
+    return S_ISREG(status.st_mode) && status.st_size == 0;
+}
+
+} // namespace
+
+void TemporaryFile::publish()
+{
+    if (!publishByRename() && !publishByLink())
+        publishOverReservation();
+    currentName.clear();
+    if (syncFolder(folder.get(), file.get()) != 0)
+        throw failure(errno);
+}
+
+/// ext4, xfs, btrfs, tmpfs, the kernel's own FAT and exFAT.
+bool TemporaryFile::publishByRename()
+{
+    if (::renameat2(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), RENAME_NOREPLACE) == 0)
+        return true;
+    if (isUnknownHere(errno))
+        return false;
+    throw publishingFailure(errno);
+}
+
+/// NTFS through FUSE, network disks.
+bool TemporaryFile::publishByLink()
+{
+    if (::linkat(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), 0) != 0) {
+        if (isUnknownHere(errno) || errno == EPERM || errno == EMLINK)
+            return false;
+        throw publishingFailure(errno);
+    }
+    if (::unlinkat(folder.get(), currentName.c_str(), 0) != 0)
+        throw failure(errno);
+    return true;
+}
+
+/// exFAT through FUSE: it can only replace. So the name is taken by an empty file, made only if nothing stands there,
+/// and that is what gets replaced. Our file first changes its hidden name: should we be killed in between, this tells
+/// the empty file from somebody else's, and neither a copy nor the existence test will take it for a video.
+void TemporaryFile::publishOverReservation()
+{
+    const std::string sealed = sealedName(targetName, fileSystem);
+    if (::renameat(folder.get(), currentName.c_str(), folder.get(), sealed.c_str()) != 0)
+        throw publishingFailure(errno);
+    currentName = sealed;
+    // Not opened: FUSE disks keep an open file under another name when it is replaced.
+    if (::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) != 0)
+        throw publishingFailure(errno);
+    struct stat reserved = {};
+    const auto look = [&] { return ::fstatat(folder.get(), targetName.c_str(), &reserved, AT_SYMLINK_NOFOLLOW) == 0; };
+    const bool isSeen = look();
+    if (isSeen && !isEmptyFile(reserved))
+        throw publishingFailure(EEXIST);
+    if (isSeen && ::renameat(folder.get(), sealed.c_str(), folder.get(), targetName.c_str()) == 0)
+        return;
+    const FileError error = publishingFailure(errno);
+    if (look() && isEmptyFile(reserved))
+        ::unlinkat(folder.get(), targetName.c_str(), 0);
+    throw error;
+}
+
+FileError TemporaryFile::publishingFailure(int errorNumber) const
+{
+    struct stat status = {};
+    if (errorNumber == EEXIST)
+        return {target.path(), EEXIST, "ha aparecido algo con ese nombre durante la copia"};
+    if (errorNumber == ENOENT && ::fstatat(folder.get(), currentName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return {target.path(), ENOENT, "ha desaparecido durante la copia"};
+    if (errorNumber == ENOENT || errorNumber == EINVAL || errorNumber == EILSEQ)
+        return creationError(folder.get(), target.path(), errorNumber);
+    return failure(errorNumber);
+}
+
+bool isAbandonedReservation(const Location& place, const struct stat& status)
+{
+    if (!isEmptyFile(status))
+        return false;
+    const Location folder = place.deletingLastPathComponent();
+    const ReachablePath path(folder.path());
+    const FileDescriptor opened(::openat(path.folder(), path.rest(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct statfs fileSystem = {};
+    struct stat sealed = {};
+    return opened && ::fstatfs(opened.get(), &fileSystem) == 0 &&
+           ::fstatat(opened.get(), sealedName(place.lastPathComponent(), fileSystem).c_str(), &sealed,
+                     AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+} // namespace reelkeep
