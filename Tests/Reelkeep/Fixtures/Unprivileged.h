@@ -1,0 +1,12 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace reelkeep {
+
+/// Runs `action` in a process of its own, as a user without special rights where this one has them, and returns its
+/// text; the text of the exception where it throws one.
+std::string runUnprivileged(const std::function<std::string()>& action);
+
+} // namespace reelkeep
