@@ -1,0 +1,35 @@
+#include "CopyJob.h"
+
+#include <cstdint>
+
+namespace reelkeep {
+
+CopySummary CopyJob::run(const FileManager& fileManager, const ProgressSink& progress,
+                         const std::stop_token& stop) const
+{
+    const auto total = static_cast<std::int64_t>(videos.size());
+    CopySummary summary{.destinationRoot = destinationRoot};
+    for (const VideoFile& video : videos) {
+        if (stop.stop_requested())
+            throw Stopped();
+        const std::string& relativeTarget = preserveFolderStructure ? video.relativePath : video.fileName;
+        const Location target = destinationRoot.appending(relativeTarget);
+        progress({.completedCount = summary.copiedCount + summary.skippedCount,
+                  .totalCount = total,
+                  .currentFileName = video.fileName});
+        fileManager.createDirectory(target.deletingLastPathComponent());
+        if (fileManager.fileExists(target)) {
+            ++summary.skippedCount;
+            continue;
+        }
+        // Never `url`: below another root than the scanned one the same relative path is what is meant.
+        fileManager.copyItem(sourceRoot.appending(video.relativePath), target, stop);
+        ++summary.copiedCount;
+    }
+    progress({.completedCount = total,
+              .totalCount = total,
+              .currentFileName = videos.empty() ? std::string() : videos[videos.size() - 1].fileName});
+    return summary;
+}
+
+} // namespace reelkeep
