@@ -16,6 +16,12 @@ std::string_view Location::lastPathComponent() const
     return path.substr(path.rfind('/') + 1);
 }
 
+std::string_view Location::name() const
+{
+    const std::string_view last = lastPathComponent();
+    return last.empty() ? std::string_view(text) : last;
+}
+
 Location Location::deletingLastPathComponent() const
 {
     const auto separator = text.rfind('/');

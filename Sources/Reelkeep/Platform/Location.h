@@ -19,6 +19,8 @@ public:
     const std::string& path() const { return text; }
     /// The name after the last separator; empty for the root "/".
     std::string_view lastPathComponent() const;
+    /// What the user calls it: its last component, or its whole path where that is empty.
+    std::string_view name() const;
     Location deletingLastPathComponent() const;
     /// `relative` put below this location, also where it begins with a separator: it never replaces this path.
     Location appending(std::string_view relative) const;

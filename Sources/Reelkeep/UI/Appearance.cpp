@@ -1,0 +1,223 @@
+#include "UI/Appearance.h"
+
+#include <QApplication>
+#include <QFontDatabase>
+#include <QFontInfo>
+#include <QFontMetricsF>
+#include <QLinearGradient>
+#include <QPainter>
+#include <QWidget>
+
+#include <algorithm>
+#include <cmath>
+
+namespace reelkeep {
+
+namespace {
+
+constexpr double bodySize = 13;
+
+double luminance(const QColor& color)
+{
+    const auto linear = [](double channel) {
+        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+QColor withOpacity(QColor color, double opacity)
+{
+    color.setAlphaF(float(opacity));
+    return color;
+}
+
+} // namespace
+
+Appearance::Appearance(const QPalette& palette)
+    : windowColor(palette.color(QPalette::Active, QPalette::Window)),
+      inkColor(palette.color(QPalette::Active, QPalette::WindowText)),
+      baseColor(palette.color(QPalette::Active, QPalette::Base)),
+      highlightColor(palette.color(QPalette::Active, QPalette::Highlight)),
+      dark(luminance(windowColor) < luminance(inkColor)),
+      // Only palettes made for high contrast put pure black and pure white on each other.
+      highContrast(contrast(windowColor, inkColor) > 20.5)
+{
+}
+
+Appearance Appearance::of(const QWidget* widget)
+{
+    return Appearance(widget->palette());
+}
+
+QColor Appearance::ink(double opacity) const
+{
+    return withOpacity(inkColor, opacity);
+}
+
+QColor Appearance::primary() const
+{
+    return ink(highContrast ? 1.0 : 0.87);
+}
+
+QColor Appearance::secondary() const
+{
+    return ink(highContrast ? 0.9 : 0.58);
+}
+
+QColor Appearance::tertiary() const
+{
+    return ink(highContrast ? 0.9 : dark ? 0.50 : 0.56);
+}
+
+QColor Appearance::disabledText() const
+{
+    return ink(highContrast ? 0.6 : 0.32);
+}
+
+QColor Appearance::secondaryFill(double opacity) const
+{
+    return ink(highContrast ? std::min(1.0, 4 * opacity) : 0.52 * opacity);
+}
+
+QColor Appearance::primaryFill(double opacity) const
+{
+    return ink(0.87 * opacity);
+}
+
+QColor Appearance::buttonFace(bool down) const
+{
+    if (dark)
+        return QColor::fromRgbF(1.F, 1.F, 1.F, down ? 0.20F : 0.13F);
+    return down ? QColor(225, 225, 225) : QColor(255, 255, 255);
+}
+
+QColor Appearance::buttonEdge() const
+{
+    return ink(highContrast ? 0.8 : dark ? 0.08 : 0.13);
+}
+
+QColor Appearance::disabledFace() const
+{
+    return ink(0.07);
+}
+
+QColor Appearance::disabledEdge() const
+{
+    return ink(highContrast ? 0.5 : 0.04);
+}
+
+QColor Appearance::focusRing() const
+{
+    // The desktop's own highlight, unless it would drown in the window.
+    return contrast(highlightColor, windowColor) >= 3.0 ? highlightColor : primary();
+}
+
+QColor Appearance::prominentFace(const QColor& tint)
+{
+    const QColor white(Qt::white);
+    for (int percent = 100; percent > 0; --percent) {
+        const double kept = percent / 100.0;
+        const QColor face =
+            QColor::fromRgbF(float(tint.redF() * kept), float(tint.greenF() * kept), float(tint.blueF() * kept));
+        if (contrast(face, white) >= 4.65)
+            return face;
+    }
+    return Qt::black;
+}
+
+double Appearance::contrast(const QColor& one, const QColor& other)
+{
+    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor Appearance::over(const QColor& color, const QColor& ground)
+{
+    const float a = color.alphaF();
+    const auto mixed = [a](float top, float below) { return top * a + below * (1 - a); };
+    return QColor::fromRgbF(mixed(color.redF(), ground.redF()), mixed(color.greenF(), ground.greenF()),
+                            mixed(color.blueF(), ground.blueF()));
+}
+
+Tint Tint::of(QColor color, double opacity)
+{
+    return {Role::fixed, withOpacity(std::move(color), opacity)};
+}
+
+QColor Tint::resolved(const Appearance& appearance) const
+{
+    switch (role) {
+    case Role::fixed:
+        return color;
+    case Role::primary:
+        return appearance.primaryFill(opacity);
+    case Role::secondary:
+        return appearance.secondaryFill(opacity);
+    case Role::window:
+        return appearance.window();
+    case Role::listBase:
+        return appearance.listBase();
+    }
+    return color;
+}
+
+double hairline(const QPainter& painter)
+{
+    const double ratio = painter.device()->devicePixelRatioF();
+    return std::max(1.0, std::floor(ratio)) / ratio;
+}
+
+QPainterPath roundedOutline(QPainter& painter, const QRectF& rect, double radius, double inset)
+{
+    const QTransform toDevice = painter.deviceTransform();
+    const QRectF onScreen = toDevice.mapRect(rect);
+    const QRectF whole(QPointF(std::round(onScreen.left()), std::round(onScreen.top())),
+                       QPointF(std::round(onScreen.right()), std::round(onScreen.bottom())));
+    const QRectF snapped = toDevice.inverted().mapRect(whole).adjusted(inset, inset, -inset, -inset);
+    const double fitting = std::min({radius - inset, snapped.height() / 2, snapped.width() / 2});
+    QPainterPath path;
+    path.addRoundedRect(snapped, fitting, fitting);
+    return path;
+}
+
+void paint(QPainter& painter, const QRectF& rect, const Background& background, const Appearance& appearance)
+{
+    painter.setRenderHint(QPainter::Antialiasing);
+    QLinearGradient fill(rect.topLeft(), rect.bottomRight());
+    fill.setColorAt(0, background.fill.resolved(appearance));
+    fill.setColorAt(1, background.fillEnd.resolved(appearance));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    painter.drawPath(roundedOutline(painter, rect, background.radius));
+
+    const QColor stroke = background.stroke.resolved(appearance);
+    if (stroke.alpha() == 0)
+        return;
+    const double width = hairline(painter);
+    painter.setPen(QPen(stroke, width));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(roundedOutline(painter, rect, background.radius, width / 2));
+}
+
+double textScale()
+{
+    return std::max(1.0, QFontInfo(QApplication::font()).pixelSize() / bodySize);
+}
+
+QFont TypeStyle::font() const
+{
+    QFont font = monospaced ? QFontDatabase::systemFont(QFontDatabase::FixedFont) : QApplication::font();
+    font.setPixelSize(int(std::lround(size * textScale())));
+    font.setWeight(weight);
+    return font;
+}
+
+double TypeStyle::height() const
+{
+    const double designed = std::round(lineHeight * textScale());
+    const double natural = std::floor(QFontMetricsF(font()).height());
+    // Rounding inside font engines makes any family a little taller; only a family that really is counts.
+    return natural > designed * 1.08 ? natural : designed;
+}
+
+} // namespace reelkeep

@@ -1,0 +1,264 @@
+#include "UI/StackLayout.h"
+
+#include <QSpacerItem>
+#include <QWidget>
+
+#include <algorithm>
+#include <numeric>
+
+namespace reelkeep {
+
+namespace {
+
+constexpr int spacerMinimum = 8;
+
+bool isSpacer(QLayoutItem* item)
+{
+    return item->spacerItem() != nullptr;
+}
+
+bool expands(QLayoutItem* item, Qt::Orientation axis)
+{
+    return item->expandingDirections().testFlag(axis);
+}
+
+int maximumWidth(QLayoutItem* item)
+{
+    return expands(item, Qt::Horizontal) ? QWIDGETSIZE_MAX : item->sizeHint().width();
+}
+
+int heightAt(QLayoutItem* item, int width)
+{
+    return item->hasHeightForWidth() ? item->heightForWidth(width) : item->sizeHint().height();
+}
+
+int spacingOf(const Arrangement& arrangement, std::size_t count)
+{
+    return count == 0 ? 0 : arrangement.spacing * (int(count) - 1);
+}
+
+} // namespace
+
+StackLayout::StackLayout(std::vector<Arrangement> choices) : arrangements(std::move(choices))
+{
+    setContentsMargins(0, 0, 0, 0);
+}
+
+StackLayout::~StackLayout()
+{
+    qDeleteAll(items);
+}
+
+void StackLayout::addSpacer()
+{
+    addItem(new QSpacerItem(spacerMinimum, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
+}
+
+void StackLayout::addItem(QLayoutItem* item)
+{
+    items.append(item);
+    invalidate();
+}
+
+QLayoutItem* StackLayout::itemAt(int index) const
+{
+    return items.value(index);
+}
+
+QLayoutItem* StackLayout::takeAt(int index)
+{
+    return index >= 0 && index < items.size() ? items.takeAt(index) : nullptr;
+}
+
+std::vector<QLayoutItem*> StackLayout::shown() const
+{
+    std::vector<QLayoutItem*> row;
+    std::copy_if(items.begin(), items.end(), std::back_inserter(row),
+                 [](QLayoutItem* item) { return isSpacer(item) || !item->isEmpty(); });
+    return row;
+}
+
+Qt::Orientations StackLayout::expandingDirections() const
+{
+    Qt::Orientations directions = fillsWidth ? Qt::Horizontal : Qt::Orientations();
+    for (QLayoutItem* item : shown())
+        directions |= item->expandingDirections();
+    return directions;
+}
+
+int StackLayout::idealWidth(const Arrangement& arrangement) const
+{
+    const auto row = shown();
+    int width = arrangement.axis == Qt::Horizontal ? spacingOf(arrangement, row.size()) : 0;
+    for (QLayoutItem* item : row) {
+        const int own = item->sizeHint().width();
+        width = arrangement.axis == Qt::Horizontal ? width + own : std::max(width, own);
+    }
+    return width;
+}
+
+int StackLayout::minimumWidth(const Arrangement& arrangement) const
+{
+    const auto row = shown();
+    int width = arrangement.axis == Qt::Horizontal ? spacingOf(arrangement, row.size()) : 0;
+    for (QLayoutItem* item : row) {
+        const int own = item->minimumSize().width();
+        width = arrangement.axis == Qt::Horizontal ? width + own : std::max(width, own);
+    }
+    return width;
+}
+
+const Arrangement& StackLayout::arrangement(int width) const
+{
+    for (const Arrangement& candidate : arrangements) {
+        if (idealWidth(candidate) <= width)
+            return candidate;
+    }
+    return arrangements.back();
+}
+
+/// The widths of a row's children. Children are served from the least to the most flexible, each offered an even share
+/// of what is left, so that nobody shrinks while another holds more than it needs; spacers are served last.
+std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row,
+                                     int available) const
+{
+    std::vector<int> result(row.size());
+    std::vector<std::size_t> order(row.size());
+    std::iota(order.begin(), order.end(), 0);
+    const auto flexibility = [&row](std::size_t index) {
+        return maximumWidth(row[index]) - row[index]->minimumSize().width();
+    };
+    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        if (isSpacer(row[a]) != isSpacer(row[b]))
+            return isSpacer(row[b]);
+        return flexibility(a) < flexibility(b);
+    });
+
+    const auto spacers = int(std::count_if(row.begin(), row.end(), isSpacer));
+    int left = available - spacingOf(arrangement, row.size()) - spacers * spacerMinimum;
+    int unserved = int(row.size()) - spacers;
+    for (const std::size_t index : order) {
+        QLayoutItem* item = row[index];
+        if (isSpacer(item))
+            continue;
+        const int offered = left / unserved;
+        result[index] =
+            std::clamp(offered, item->minimumSize().width(), std::max(maximumWidth(item), item->minimumSize().width()));
+        left -= result[index];
+        --unserved;
+    }
+    for (std::size_t index = 0; index < row.size(); ++index) {
+        if (isSpacer(row[index]))
+            result[index] = spacerMinimum + std::max(0, left) / spacers;
+    }
+    return result;
+}
+
+int StackLayout::innerWidth(int width) const
+{
+    const QMargins margins = contentsMargins();
+    return std::min(width - margins.left() - margins.right(), maximumContentWidth);
+}
+
+int StackLayout::innerHeight(int width) const
+{
+    const Arrangement& chosen = arrangement(width);
+    const auto row = shown();
+    int height = 0;
+    if (chosen.axis == Qt::Horizontal) {
+        const auto widthsOfRow = widths(chosen, row, width);
+        for (std::size_t index = 0; index < row.size(); ++index)
+            height = std::max(height, heightAt(row[index], widthsOfRow[index]));
+        return height;
+    }
+    height = spacingOf(chosen, row.size());
+    for (QLayoutItem* item : row)
+        height += heightAt(item, std::min(width, maximumWidth(item)));
+    return height;
+}
+
+int StackLayout::heightForWidth(int width) const
+{
+    const QMargins margins = contentsMargins();
+    return std::max(innerHeight(innerWidth(width)), minimumContentHeight) + margins.top() + margins.bottom();
+}
+
+QSize StackLayout::sizeHint() const
+{
+    if (!ideal.isValid()) {
+        const QMargins margins = contentsMargins();
+        const int width = std::min(idealWidth(arrangements.front()), maximumContentWidth);
+        const int fullWidth = width + margins.left() + margins.right();
+        ideal = QSize(fullWidth, heightForWidth(fullWidth));
+    }
+    return ideal;
+}
+
+QSize StackLayout::minimumSize() const
+{
+    if (!minimum.isValid()) {
+        const QMargins margins = contentsMargins();
+        int width = minimumWidth(arrangements.back());
+        int height = 0;
+        for (QLayoutItem* item : shown())
+            height = std::max(height, item->minimumSize().height());
+        minimum = QSize(width + margins.left() + margins.right(), height + margins.top() + margins.bottom());
+    }
+    return minimum;
+}
+
+void StackLayout::invalidate()
+{
+    ideal = minimum = QSize();
+    QLayout::invalidate();
+}
+
+void StackLayout::setGeometry(const QRect& rect)
+{
+    QLayout::setGeometry(rect);
+    QRect inner = rect.marginsRemoved(contentsMargins());
+    inner.setWidth(std::min(inner.width(), maximumContentWidth));
+    const Arrangement& chosen = arrangement(inner.width());
+    // Children that are centred are centred on each other, not in room that the stack does not need.
+    if (!expandingDirections().testFlag(Qt::Horizontal))
+        inner.setWidth(std::min(inner.width(), idealWidth(chosen)));
+    if (chosen.axis == Qt::Horizontal)
+        placeRow(chosen, inner);
+    else
+        placeColumn(chosen, inner);
+}
+
+void StackLayout::placeRow(const Arrangement& chosen, const QRect& rect)
+{
+    const auto row = shown();
+    const auto widthsOfRow = widths(chosen, row, rect.width());
+    int x = rect.left();
+    for (std::size_t index = 0; index < row.size(); ++index) {
+        const int width = widthsOfRow[index];
+        const int height =
+            expands(row[index], Qt::Vertical) ? rect.height() : std::min(heightAt(row[index], width), rect.height());
+        const int y = chosen.alignment == Qt::AlignCenter ? (rect.height() - height) / 2 : 0;
+        row[index]->setGeometry(QRect(x, rect.top() + y, width, height));
+        x += width + chosen.spacing;
+    }
+}
+
+void StackLayout::placeColumn(const Arrangement& chosen, const QRect& rect)
+{
+    const auto column = shown();
+    const int surplus = rect.height() - innerHeight(rect.width());
+    const auto growing =
+        int(std::count_if(column.begin(), column.end(), [](QLayoutItem* item) { return expands(item, Qt::Vertical); }));
+    int y = rect.top() + (growing == 0 && minimumContentHeight > 0 ? std::max(0, surplus / 2) : 0);
+    for (QLayoutItem* item : column) {
+        const int width = std::min(rect.width(), maximumWidth(item));
+        int height = heightAt(item, width);
+        if (surplus > 0 && expands(item, Qt::Vertical))
+            height += surplus / growing;
+        const int x = chosen.alignment == Qt::AlignCenter ? (rect.width() - width) / 2 : 0;
+        item->setGeometry(QRect(rect.left() + x, y, width, height));
+        y += height + chosen.spacing;
+    }
+}
+
+} // namespace reelkeep

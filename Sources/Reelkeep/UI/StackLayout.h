@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QLayout>
+#include <QList>
+#include <QWidget>
+
+#include <vector>
+
+namespace reelkeep {
+
+/// How a stack puts its children: one after the other along an axis.
+struct Arrangement {
+    Qt::Orientation axis = Qt::Vertical;
+    int spacing = 8;
+    /// Across the axis: leading (left, top) or center.
+    Qt::AlignmentFlag alignment = Qt::AlignLeading;
+};
+
+/// A row or a column in which every child has its ideal width where there is room, as with texts that nobody wraps
+/// without need. Room that is left goes to the children that expand, and to spacers only after them; where room lacks,
+/// the children that can shrink share it evenly. Heights follow from widths.
+///
+/// Given several arrangements it takes the first whose ideal width fits.
+class StackLayout : public QLayout {
+public:
+    explicit StackLayout(std::vector<Arrangement> choices);
+    ~StackLayout() override;
+
+    /// Room that grows only when nothing else wants it.
+    void addSpacer();
+    /// Takes all the width on offer, even where no child does.
+    void setFillsWidth(bool fills) { fillsWidth = fills; }
+    /// Wider than this, the stack stays at the leading edge. Device-independent pixels.
+    void setMaximumContentWidth(int width) { maximumContentWidth = width; }
+
+    /// Lower than this, a column keeps the room and stands in its middle. Device-independent pixels.
+    void setMinimumContentHeight(int height) { minimumContentHeight = height; }
+
+    void addItem(QLayoutItem* item) override;
+    int count() const override { return int(items.size()); }
+    QLayoutItem* itemAt(int index) const override;
+    QLayoutItem* takeAt(int index) override;
+
+    Qt::Orientations expandingDirections() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    QSize sizeHint() const override;
+    QSize minimumSize() const override;
+    void setGeometry(const QRect& rect) override;
+    void invalidate() override;
+
+    /// The arrangement that a width leads to.
+    const Arrangement& arrangement(int width) const;
+    /// The width at which nothing wraps.
+    int idealWidth(const Arrangement& arrangement) const;
+
+private:
+    std::vector<QLayoutItem*> shown() const;
+    std::vector<int> widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row, int available) const;
+    int innerWidth(int width) const;
+    int minimumWidth(const Arrangement& arrangement) const;
+    /// What the children need at a width, without margins.
+    int innerHeight(int width) const;
+    void placeRow(const Arrangement& arrangement, const QRect& rect);
+    void placeColumn(const Arrangement& arrangement, const QRect& rect);
+
+    std::vector<Arrangement> arrangements;
+    QList<QLayoutItem*> items;
+    bool fillsWidth = false;
+    int maximumContentWidth = QWIDGETSIZE_MAX;
+    int minimumContentHeight = 0;
+    mutable QSize ideal;
+    mutable QSize minimum;
+};
+
+} // namespace reelkeep

@@ -1,0 +1,419 @@
+#include "UI/TextWidget.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QFontMetricsF>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <cmath>
+
+namespace reelkeep {
+
+namespace {
+
+/// File names may hold line feeds and other control characters. Each is shown as its symbol, one character for one, so
+/// that positions in the drawn text are positions in the real one.
+QString withVisibleControls(QString text)
+{
+    for (QChar& character : text) {
+        if (character.unicode() < 0x20)
+            character = QChar(0x2400 + character.unicode());
+        else if (character.unicode() == 0x7f)
+            character = QChar(0x2421);
+        else if (character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
+            character = QChar(0x2424);
+    }
+    return text;
+}
+
+} // namespace
+
+QColor TextColor::resolved(const Appearance& appearance) const
+{
+    switch (level) {
+    case Level::primary:
+        return appearance.primary();
+    case Level::secondary:
+        return appearance.secondary();
+    case Level::tertiary:
+        return appearance.tertiary();
+    case Level::accent:
+        return accent;
+    }
+    return accent;
+}
+
+TextWidget::TextWidget(QWidget* parent) : QWidget(parent)
+{
+    QSizePolicy policy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
+    setStyle({});
+}
+
+void TextWidget::setText(const QString& text)
+{
+    if (text == shownText)
+        return;
+    shownText = text;
+    drawnText = withVisibleControls(text);
+    selectionStart = selectionEnd = 0;
+    textChanged();
+}
+
+void TextWidget::setStyle(const TypeStyle& style)
+{
+    typeStyle = style;
+    typeFont = style.font();
+    lineHeight = style.height();
+    textChanged();
+}
+
+void TextWidget::setColor(const TextColor& color)
+{
+    textColor = color;
+    update();
+}
+
+void TextWidget::setAlignment(Qt::Alignment newAlignment)
+{
+    alignment = newAlignment;
+    update();
+}
+
+void TextWidget::setLineLimit(int limit)
+{
+    lineLimit = limit;
+    textChanged();
+}
+
+void TextWidget::setWrapsAnywhere(bool anywhere)
+{
+    wrapsAnywhere = anywhere;
+    textChanged();
+}
+
+void TextWidget::setMaximumTextWidth(int width)
+{
+    maximumTextWidth = width;
+    textChanged();
+}
+
+void TextWidget::setSelectable(bool nowSelectable)
+{
+    if (selectable == nowSelectable)
+        return;
+    selectable = nowSelectable;
+    setFocusPolicy(selectable ? Qt::StrongFocus : Qt::NoFocus);
+    setCursor(selectable ? Qt::IBeamCursor : Qt::ArrowCursor);
+    if (!selectable)
+        clearSelection();
+}
+
+void TextWidget::textChanged()
+{
+    idealWidth.reset();
+    longestWord.reset();
+    linesWidth = -1;
+    updateGeometry();
+    update();
+}
+
+std::vector<TextWidget::Line> TextWidget::lines(int width) const
+{
+    QTextOption option;
+    option.setWrapMode(wrapsAnywhere ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    QTextLayout layout(drawnText, typeFont);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    std::vector<Line> result;
+    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+        line.setLineWidth(width);
+        result.push_back({line.textStart(), line.textLength()});
+    }
+    layout.endLayout();
+    if (result.empty())
+        result.push_back({0, 0});
+    return result;
+}
+
+const std::vector<TextWidget::Line>& TextWidget::linesNow() const
+{
+    if (linesWidth != width()) {
+        cachedLines = lines(width());
+        linesWidth = width();
+    }
+    return cachedLines;
+}
+
+int TextWidget::shownLineCount(std::size_t lineCount) const
+{
+    return lineLimit > 0 ? std::min(lineLimit, int(lineCount)) : int(lineCount);
+}
+
+QSize TextWidget::sizeHint() const
+{
+    if (!idealWidth)
+        idealWidth = int(std::ceil(QFontMetricsF(typeFont).horizontalAdvance(drawnText))) + 1;
+    const int width = std::min(*idealWidth, maximumTextWidth);
+    return {width, heightForWidth(width)};
+}
+
+QSize TextWidget::minimumSizeHint() const
+{
+    if (!longestWord) {
+        const QFontMetricsF metrics(typeFont);
+        double widest = 0;
+        for (const QString& word : drawnText.split(u' '))
+            widest = std::max(widest, metrics.horizontalAdvance(word));
+        // Rather break inside a word than push the window wider.
+        const double bearable = 80 * textScale();
+        longestWord = int(std::ceil(std::min(widest, wrapsAnywhere ? bearable / 2 : bearable))) + 1;
+    }
+    return {*longestWord, int(lineHeight)};
+}
+
+int TextWidget::heightForWidth(int width) const
+{
+    if (idealWidth && width >= *idealWidth)
+        return int(lineHeight);
+    if (linesWidth != width) {
+        cachedLines = lines(width);
+        linesWidth = width;
+    }
+    return int(shownLineCount(cachedLines.size()) * lineHeight);
+}
+
+void TextWidget::resizeEvent(QResizeEvent*)
+{
+    update();
+}
+
+bool TextWidget::isCut() const
+{
+    const auto& all = linesNow();
+    return height() < shownLineCount(all.size()) * lineHeight - 0.5 || width() < minimumSizeHint().width();
+}
+
+QString TextWidget::visibleText(const Line& line, bool isLastShown) const
+{
+    const bool moreFollows = line.start + line.length < drawnText.size();
+    if (isLastShown && moreFollows)
+        return QFontMetricsF(typeFont).elidedText(drawnText.mid(line.start), Qt::ElideRight, width());
+    return drawnText.mid(line.start, line.length);
+}
+
+double TextWidget::lineLeft(const QString& lineText) const
+{
+    if (alignment == Qt::AlignLeft)
+        return 0;
+    QString trimmed = lineText;
+    while (trimmed.endsWith(u' '))
+        trimmed.chop(1);
+    const double free = width() - QFontMetricsF(typeFont).horizontalAdvance(trimmed);
+    return std::max(0.0, alignment == Qt::AlignRight ? free : free / 2);
+}
+
+void TextWidget::drawLine(QPainter& painter, const Line& line, const QString& lineText, double top) const
+{
+    const QFontMetricsF metrics(typeFont);
+    const QPointF origin(lineLeft(lineText), top + (lineHeight - metrics.height()) / 2);
+    QTextLayout layout(lineText, typeFont);
+    layout.beginLayout();
+    layout.createLine().setLineWidth(QWIDGETSIZE_MAX);
+    layout.endLayout();
+
+    QList<QTextLayout::FormatRange> ranges;
+    const int from = std::clamp(selectionBegin() - line.start, 0, int(lineText.size()));
+    const int to = std::clamp(selectionFinish() - line.start, 0, int(lineText.size()));
+    if (to > from) {
+        QTextLayout::FormatRange range;
+        range.start = from;
+        range.length = to - from;
+        range.format.setBackground(palette().brush(QPalette::Active, QPalette::Highlight));
+        range.format.setForeground(palette().brush(QPalette::Active, QPalette::HighlightedText));
+        ranges.append(range);
+    }
+    layout.draw(&painter, origin, ranges);
+}
+
+void TextWidget::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    const Appearance appearance = Appearance::of(this);
+    painter.setPen(textColor.resolved(appearance));
+    const auto& all = linesNow();
+    const int count = shownLineCount(all.size());
+    for (int index = 0; index < count; ++index) {
+        const Line& line = all[std::size_t(index)];
+        drawLine(painter, line, visibleText(line, index == count - 1), index * lineHeight);
+    }
+    if (selectable && hasFocus()) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(appearance.focusRing(), hairline(painter)));
+        painter.drawPath(roundedOutline(painter, rect(), 3, hairline(painter) / 2));
+    }
+}
+
+void TextWidget::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange)
+        setStyle(typeStyle);
+    QWidget::changeEvent(event);
+}
+
+QRectF TextWidget::characterRect(int position) const
+{
+    const auto& all = linesNow();
+    for (std::size_t index = 0; index < all.size(); ++index) {
+        const Line& line = all[index];
+        if (position >= line.start + line.length && index + 1 < all.size())
+            continue;
+        const QFontMetricsF metrics(typeFont);
+        const QString before = drawnText.mid(line.start, position - line.start);
+        const double left = lineLeft(drawnText.mid(line.start, line.length)) + metrics.horizontalAdvance(before);
+        const double advance = metrics.horizontalAdvance(drawnText.mid(position, 1));
+        return {left, double(index) * lineHeight, advance, lineHeight};
+    }
+    return {};
+}
+
+int TextWidget::positionAt(QPointF place) const
+{
+    const auto& all = linesNow();
+    const int row = std::clamp(int(place.y() / lineHeight), 0, shownLineCount(all.size()) - 1);
+    const Line& line = all[std::size_t(row)];
+    const QString lineText = drawnText.mid(line.start, line.length);
+    QTextLayout layout(lineText, typeFont);
+    layout.beginLayout();
+    QTextLine only = layout.createLine();
+    only.setLineWidth(QWIDGETSIZE_MAX);
+    layout.endLayout();
+    return line.start + only.xToCursor(place.x() - lineLeft(lineText));
+}
+
+QString TextWidget::selectedText() const
+{
+    return shownText.mid(selectionBegin(), selectionFinish() - selectionBegin());
+}
+
+void TextWidget::select(int from, int to)
+{
+    selectionStart = std::clamp(from, 0, int(shownText.size()));
+    selectionEnd = std::clamp(to, 0, int(shownText.size()));
+    update();
+}
+
+void TextWidget::selectAll()
+{
+    select(0, int(shownText.size()));
+}
+
+void TextWidget::clearSelection()
+{
+    select(selectionEnd, selectionEnd);
+}
+
+void TextWidget::copy() const
+{
+    QApplication::clipboard()->setText(hasSelection() ? selectedText() : shownText);
+}
+
+void TextWidget::mousePressEvent(QMouseEvent* event)
+{
+    if (!selectable || event->button() != Qt::LeftButton) {
+        event->ignore();
+        return;
+    }
+    const int position = positionAt(event->position());
+    select(event->modifiers().testFlag(Qt::ShiftModifier) ? selectionStart : position, position);
+    selecting = true;
+}
+
+void TextWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    if (selecting)
+        select(selectionStart, positionAt(event->position()));
+    else
+        event->ignore();
+}
+
+void TextWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (!selecting) {
+        event->ignore();
+        return;
+    }
+    selecting = false;
+    // As everywhere on X11, what was selected with the mouse can be pasted with its middle button.
+    if (QClipboard* clipboard = QApplication::clipboard(); clipboard->supportsSelection() && hasSelection())
+        clipboard->setText(selectedText(), QClipboard::Selection);
+}
+
+void TextWidget::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (selectable)
+        selectAll();
+    else
+        event->ignore();
+}
+
+void TextWidget::keyPressEvent(QKeyEvent* event)
+{
+    const int end = int(shownText.size());
+    if (!selectable)
+        QWidget::keyPressEvent(event);
+    else if (event->matches(QKeySequence::Copy))
+        copy();
+    else if (event->matches(QKeySequence::SelectAll))
+        selectAll();
+    else if (event->matches(QKeySequence::SelectNextChar))
+        select(selectionStart, selectionEnd + 1);
+    else if (event->matches(QKeySequence::SelectPreviousChar))
+        select(selectionStart, selectionEnd - 1);
+    else if (event->matches(QKeySequence::SelectStartOfLine))
+        select(selectionStart, 0);
+    else if (event->matches(QKeySequence::SelectEndOfLine))
+        select(selectionStart, end);
+    else if (event->matches(QKeySequence::MoveToStartOfLine))
+        select(0, 0);
+    else if (event->matches(QKeySequence::MoveToEndOfLine))
+        select(end, end);
+    else
+        QWidget::keyPressEvent(event);
+}
+
+void TextWidget::contextMenuEvent(QContextMenuEvent* event)
+{
+    if (!selectable) {
+        event->ignore();
+        return;
+    }
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(tr("Copiar"), this, &TextWidget::copy);
+    menu->addAction(tr("Seleccionar todo"), this, &TextWidget::selectAll);
+    menu->popup(event->globalPos());
+}
+
+void TextWidget::focusInEvent(QFocusEvent* event)
+{
+    update();
+    QWidget::focusInEvent(event);
+}
+
+void TextWidget::focusOutEvent(QFocusEvent* event)
+{
+    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
+        clearSelection();
+    update();
+    QWidget::focusOutEvent(event);
+}
+
+} // namespace reelkeep

@@ -1,0 +1,76 @@
+#pragma once
+
+// The two elements that follow collections; included by View.h alone.
+
+#include "UI/View.h"
+
+#include <QLayout>
+
+#include <algorithm>
+#include <optional>
+
+namespace reelkeep {
+
+template <class Item>
+View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build)
+{
+    struct Shown {
+        std::optional<std::vector<Item>> items;
+        std::vector<View> views;
+    };
+    View column = VStack({.spacing = spacing}, {});
+    auto shown = std::make_shared<Shown>();
+    column.updates.emplace_back([widget = column.widget, shown, items = std::move(items), build = std::move(build)] {
+        std::vector<Item> now = items();
+        if (now != shown->items) {
+            // Deleted later: the refresh may come from a button inside the element that goes.
+            for (const View& gone : shown->views) {
+                widget->layout()->removeWidget(gone.widget);
+                gone.widget->hide();
+                gone.widget->deleteLater();
+            }
+            shown->views.clear();
+            for (const Item& item : now) {
+                shown->views.push_back(build(item));
+                widget->layout()->addWidget(shown->views.back().widget);
+            }
+            shown->items = std::move(now);
+        }
+        for (const View& view : shown->views)
+            view.refresh();
+    });
+    return column;
+}
+
+template <class Items>
+View List(const QString& name, ListContent<Items> content)
+{
+    using Item = typename ListContent<Items>::Item;
+    auto shown = std::make_shared<Items>();
+    const auto makeRow = [shown, build = content.row] {
+        auto index = std::make_shared<std::size_t>(0);
+        View view = build([shown, index]() -> const Item& { return (*shown)[*index]; });
+        return RowList::Row{view.widget, [view, index](std::size_t row) {
+                                *index = row;
+                                view.refresh();
+                            }};
+    };
+    auto* list = new RowList(
+        {.makeRow = makeRow,
+         .description = [shown,
+                         describe = content.description](std::size_t index) { return describe((*shown)[index]); },
+         .copiedText = [shown, copied = content.copiedText](std::size_t index) { return copied((*shown)[index]); }});
+    list->setAccessibleName(name);
+    return {list, {[list, shown, content = std::move(content)] {
+                Items now = content.items();
+                if (now == *shown)
+                    return;
+                *shown = std::move(now);
+                const auto tallest = std::max_element(shown->begin(), shown->end(), [&](const Item& a, const Item& b) {
+                    return content.extent(a) < content.extent(b);
+                });
+                list->reload(shown->size(), std::size_t(tallest - shown->begin()));
+            }}};
+}
+
+} // namespace reelkeep
