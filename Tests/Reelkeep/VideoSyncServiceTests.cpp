@@ -1,0 +1,379 @@
+#include "VideoSyncService.h"
+
+#include "Fixtures/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <algorithm>
+#include <future>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace reelkeep {
+namespace {
+
+/// Yields listed files instead of walking a disk, as a walk does: only those whose names are wanted.
+class ListedFiles : public FileManager {
+public:
+    std::map<std::string, std::vector<Entry>> below;
+
+    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
+                                    const std::stop_token& stop) const override
+    {
+        if (stop.stop_requested())
+            throw Stopped();
+        std::vector<Entry> found;
+        const auto listed = below.find(root.path());
+        if (listed == below.end())
+            return found;
+        for (const Entry& entry : listed->second) {
+            if (entry.url.path().empty())
+                throw FileError(root.path(), EIO);
+            if (wanted(entry.url.lastPathComponent()))
+                found.push_back(entry);
+        }
+        return found;
+    }
+};
+
+FileManager::Entry file(const std::string& path, std::int64_t size = 1)
+{
+    return {.url = Location(path), .size = size, .contentModificationDate = std::nullopt};
+}
+
+/// An entry whose attributes cannot be read.
+FileManager::Entry unreadable()
+{
+    return {};
+}
+
+std::vector<std::string> relativePaths(const VideoList& videos)
+{
+    std::vector<std::string> paths;
+    for (const VideoFile& video : videos)
+        paths.push_back(video.relativePath);
+    return paths;
+}
+
+using Paths = std::vector<std::string>;
+
+TEST(ScanVideoFiles, knowsTwelveExtensions)
+{
+    const std::set<std::string, std::less<>> twelve = {"avi",  "braw", "m4v", "mkv", "mov", "mp4",
+                                                       "mpeg", "mpg",  "mts", "mxf", "r3d", "wmv"};
+    EXPECT_EQ(VideoSyncService::supportedExtensions(), twelve);
+}
+
+TEST(ScanVideoFiles, buildsItsExtensionsOnceForAllThreads)
+{
+    const auto ask = [] { return &VideoSyncService::supportedExtensions(); };
+    auto one = std::async(std::launch::async, ask);
+    auto other = std::async(std::launch::async, ask);
+    EXPECT_EQ(one.get(), other.get());
+}
+
+TEST(ScanVideoFiles, findsEveryExtensionInAnyLetterCase)
+{
+    ListedFiles files;
+    Paths expected;
+    for (std::string extension : VideoSyncService::supportedExtensions()) {
+        expected.push_back("x." + extension);
+        for (char& c : extension)
+            c = static_cast<char>(std::toupper(c));
+        expected.push_back("x." + extension);
+    }
+    expected.insert(expected.end(), {"CLIP.MOV", "clip.Mov", "x.mov", "a.b.mp4", "clip.m\u212Av"});
+    for (const std::string& name : expected)
+        files.below["/card"].push_back(file("/card/" + name));
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/card"), files)), expected);
+}
+
+TEST(ScanVideoFiles, passesOverEverythingElse)
+{
+    ListedFiles files;
+    for (const char* name :
+         {"x.mp3", "x.jpg", "x", "mov", "x.", ".mov", "x.mov.part", "x.mov~", "x.av\u0130", "x.mov "})
+        files.below["/card"].push_back(file(std::string("/card/") + name));
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/card"), files)), Paths{});
+}
+
+TEST(ScanVideoFiles, fillsEveryFieldOfTheRecord)
+{
+    const Date modified(std::chrono::nanoseconds(1'700'000'000'123'456'789));
+    ListedFiles files;
+    files.below["/card"] = {
+        {.url = Location("/card/DCIM/Clip.MOV"), .size = 1048576, .contentModificationDate = modified}};
+    const VideoList expected = {{.id = "DCIM/Clip.MOV",
+                                 .url = Location("/card/DCIM/Clip.MOV"),
+                                 .relativePath = "DCIM/Clip.MOV",
+                                 .fileName = "Clip.MOV",
+                                 .size = 1048576,
+                                 .createdAt = modified}};
+    EXPECT_EQ(VideoSyncService::scanVideoFiles(Location("/card"), files), expected);
+}
+
+TEST(ScanVideoFiles, leavesSizeZeroAndDateAbsentWhereNoneIsReported)
+{
+    ListedFiles files;
+    files.below["/card"] = {{.url = Location("/card/x.mov"), .size = 0, .contentModificationDate = std::nullopt}};
+    const VideoList found = VideoSyncService::scanVideoFiles(Location("/card"), files);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_EQ(found[0].size, 0);
+    EXPECT_EQ(found[0].createdAt, std::nullopt);
+}
+
+TEST(ScanVideoFiles, keepsTheOrderOfTheWalk)
+{
+    ListedFiles files;
+    files.below["/card"] = {file("/card/z.mov"), file("/card/b/a.mov"), file("/card/a.mov")};
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/card"), files)),
+              (Paths{"z.mov", "b/a.mov", "a.mov"}));
+}
+
+TEST(ScanVideoFiles, removesEveryOccurrenceOfTheRoot)
+{
+    ListedFiles files;
+    files.below["/Volumes/A"] = {file("/Volumes/A/x/Volumes/A/y.mov"), file("/Volumes/A/Volumes/A/y.mov"),
+                                 file("/Volumes/A/Volumes/A/Volumes/A/z.mov"), file("/Volumes/A/x/Volumes/AB/y.mov")};
+    const VideoList found = VideoSyncService::scanVideoFiles(Location("/Volumes/A"), files);
+    EXPECT_EQ(relativePaths(found), (Paths{"xy.mov", "Volumes/A/y.mov", "Volumes/Az.mov", "x/Volumes/AB/y.mov"}));
+    EXPECT_EQ(found[0].id, "xy.mov");
+    EXPECT_EQ(found[0].fileName, "y.mov");
+    EXPECT_EQ(found[0].url.path(), "/Volumes/A/x/Volumes/A/y.mov");
+}
+
+TEST(ScanVideoFiles, doesNotLookForTheRootInWhatARemovalJoined)
+{
+    ListedFiles files;
+    files.below["/a"] = {file("/a/x/a/a/y.mov"), file("/a/x//a/a/y.mov")};
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/a"), files)), (Paths{"xa/y.mov", "x/a/y.mov"}));
+}
+
+TEST(ScanVideoFiles, keepsTheWholePathBelowTheRootOfTheSystem)
+{
+    ListedFiles files;
+    files.below["/"] = {file("/x.mov"), file("/media/card/y.mov")};
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/"), files)),
+              (Paths{"/x.mov", "/media/card/y.mov"}));
+}
+
+TEST(ScanVideoFiles, keepsNamesThatAreNotUtf8)
+{
+    ListedFiles files;
+    files.below["/card"] = {file("/card/clip\xFF.MOV")};
+    EXPECT_EQ(VideoSyncService::scanVideoFiles(Location("/card"), files)[0].fileName, "clip\xFF.MOV");
+}
+
+TEST(ScanVideoFiles, findsNothingBelowARootThatIsMissing)
+{
+    EXPECT_TRUE(VideoSyncService::scanVideoFiles(Location("/missing"), ListedFiles()).empty());
+}
+
+TEST(ScanVideoFiles, joinsItsRootsInTheirOrder)
+{
+    ListedFiles files;
+    files.below["/B"] = {file("/B/b.mov")};
+    files.below["/A"] = {file("/A/a.mov")};
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles({Location("/B"), Location("/A")}, files)),
+              (Paths{"b.mov", "a.mov"}));
+    EXPECT_TRUE(VideoSyncService::scanVideoFiles(std::vector<Location>{}, files).empty());
+}
+
+TEST(ScanVideoFiles, listsAFileTwiceThatTwoRootsReach)
+{
+    ListedFiles files;
+    files.below["/A"] = {file("/A/x/a.mov")};
+    files.below["/A/x"] = {file("/A/x/a.mov")};
+    EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles({Location("/A"), Location("/A/x")}, files)),
+              (Paths{"x/a.mov", "a.mov"}));
+}
+
+TEST(ScanVideoFiles, failsWithTheFirstErrorOfAnyRoot)
+{
+    ListedFiles files;
+    files.below["/A"] = {file("/A/a.mov")};
+    files.below["/B"] = {file("/B/b.mov"), unreadable()};
+    files.below["/C"] = {unreadable()};
+    try {
+        VideoSyncService::scanVideoFiles({Location("/A"), Location("/B"), Location("/C")}, files);
+        FAIL() << "no error";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.path(), "/B");
+    }
+}
+
+TEST(ScanVideoFiles, endsWhenItIsToldToStop)
+{
+    std::stop_source source;
+    source.request_stop();
+    EXPECT_THROW(VideoSyncService::scanVideoFiles(Location("/A"), ListedFiles(), source.get_token()), Stopped);
+}
+
+TEST(ScanVideoFiles, findsOnADiskWhatIsNeitherHiddenNorInsideAPackage)
+{
+    const TemporaryFolder disk;
+    disk.file("DCIM/100CANON/CLIP.MOV", "12345");
+    disk.file("clip.Mov");
+    disk.file("x.mp3");
+    disk.file("x");
+    disk.file(".hidden.mov");
+    disk.file(".Trashes/deleted.mov");
+    disk.file("Library.photoslibrary/inside.mov");
+    disk.folder("folder.mov");
+    const VideoList found = VideoSyncService::scanVideoFiles(disk.location(), FileManager());
+    Paths paths = relativePaths(found);
+    std::sort(paths.begin(), paths.end());
+    ASSERT_EQ(paths, (Paths{"DCIM/100CANON/CLIP.MOV", "clip.Mov"}));
+    const VideoFile& clip = found[0].fileName == "CLIP.MOV" ? found[0] : found[1];
+    EXPECT_EQ(clip.size, 5);
+    EXPECT_EQ(clip.url, disk / "DCIM/100CANON/CLIP.MOV");
+    EXPECT_NE(clip.createdAt, std::nullopt);
+}
+
+VideoFile video(const std::string& relativePath, std::int64_t size = 100)
+{
+    const auto name = relativePath.substr(relativePath.rfind('/') + 1);
+    return {.id = relativePath,
+            .url = Location("/card/" + relativePath),
+            .relativePath = relativePath,
+            .fileName = name,
+            .size = size,
+            .createdAt = std::nullopt};
+}
+
+/// The paths of what is missing when these records are on the camera and those on the disks.
+Paths missing(const VideoList& source, const VideoList& reviewed)
+{
+    return relativePaths(VideoSyncService::missingVideos(source, reviewed));
+}
+
+TEST(MatchKey, isTheLowerCaseNameAndTheSize)
+{
+    EXPECT_EQ(VideoSyncService::matchKey(video("MVI_0001.MOV", 1048576)), "mvi_0001.mov::1048576");
+    EXPECT_EQ(VideoSyncService::matchKey(video("DCIM/X.MOV", 0)), "x.mov::0");
+    EXPECT_EQ(VideoSyncService::matchKey(video("x.mov", -1)), "x.mov::-1");
+    EXPECT_EQ(VideoSyncService::matchKey(video("x.mov", INT64_MAX)), "x.mov::9223372036854775807");
+}
+
+TEST(MissingVideos, areNoneWhereTheCameraIsEmpty)
+{
+    EXPECT_EQ(missing({}, {video("a.mov")}), Paths{});
+    EXPECT_EQ(missing({}, {}), Paths{});
+}
+
+TEST(MissingVideos, areAllOfThemSortedWhereNothingIsReviewed)
+{
+    EXPECT_EQ(missing({video("b.mov"), video("a.mov")}, {}), (Paths{"a.mov", "b.mov"}));
+}
+
+TEST(MissingVideos, ignoreLetterCaseButNotSize)
+{
+    EXPECT_EQ(missing({video("CLIP.MOV", 100)}, {video("clip.mov", 100)}), Paths{});
+    EXPECT_EQ(missing({video("CLIP.MOV", 100)}, {video("clip.mov", 101)}), (Paths{"CLIP.MOV"}));
+}
+
+TEST(MissingVideos, ignoreFolderDateAndPlace)
+{
+    VideoFile archived = video("archive/2024/clip.mov");
+    archived.createdAt = Date(std::chrono::seconds(1));
+    archived.url = Location("/disk/archive/2024/clip.mov");
+    EXPECT_EQ(missing({video("DCIM/clip.mov")}, {archived}), Paths{});
+}
+
+TEST(MissingVideos, ignoreHowAccentsAreWritten)
+{
+    EXPECT_EQ(missing({video("Ni\u00F1o.mov")}, {video("NIN\u0303O.MOV")}), Paths{});
+}
+
+TEST(MissingVideos, keepDamagedNamesApart)
+{
+    EXPECT_EQ(missing({video("a\xFF.mov")}, {video("a\xFE.mov"), video("a\uFFFD.mov")}), (Paths{"a\xFF.mov"}));
+    EXPECT_EQ(missing({video("A\xFF.MOV")}, {video("a\xFF.mov")}), Paths{});
+}
+
+TEST(MissingVideos, ofUnknownSizeMatchByName)
+{
+    EXPECT_EQ(missing({video("clip.mov", 0)}, {video("CLIP.mov", 0)}), Paths{});
+    EXPECT_EQ(missing({video("clip.mov", 0)}, {video("CLIP.mov", 1)}), (Paths{"clip.mov"}));
+}
+
+TEST(MissingVideos, areJudgedEachOnItsOwn)
+{
+    EXPECT_EQ(missing({video("B/c.mov"), video("A/C.MOV")}, {}).size(), 2U);
+    EXPECT_EQ(missing({video("B/c.mov"), video("A/C.MOV")}, {video("c.mov")}), Paths{});
+}
+
+TEST(MissingVideos, ignoreExtraVideosOnTheDisks)
+{
+    EXPECT_EQ(missing({video("a.mov")}, {video("a.mov"), video("b.mov")}), Paths{});
+}
+
+TEST(MissingVideos, areOrderedByNameWithNumbersByValue)
+{
+    EXPECT_EQ(missing({video("C10.MP4"), video("C2.MP4"), video("c1.MP4")}, {}),
+              (Paths{"c1.MP4", "C2.MP4", "C10.MP4"}));
+    EXPECT_EQ(missing({video("A/Z.mov"), video("Z/A.mov")}, {}), (Paths{"Z/A.mov", "A/Z.mov"}));
+}
+
+TEST(MissingVideos, ofTheSameNameAreOrderedByPath)
+{
+    EXPECT_EQ(missing({video("B/C0001.MP4"), video("A/C0001.MP4")}, {}), (Paths{"A/C0001.MP4", "B/C0001.MP4"}));
+    EXPECT_EQ(missing({video("100/C.MP4"), video("99/C.MP4")}, {}), (Paths{"99/C.MP4", "100/C.MP4"}));
+}
+
+TEST(MissingVideos, whoseNamesDifferInCaseAreOrderedByNameNeverByPath)
+{
+    EXPECT_EQ(missing({video("A/Clip.mov"), video("B/clip.mov")}, {}), (Paths{"B/clip.mov", "A/Clip.mov"}));
+    EXPECT_EQ(missing({video("B/Clip.mov"), video("A/clip.mov")}, {}), (Paths{"A/clip.mov", "B/Clip.mov"}));
+}
+
+TEST(MissingVideos, thatCollateAsEqualAreOrderedByTheirBytes)
+{
+    EXPECT_EQ(missing({video("A/C1.mov"), video("B/C01.mov")}, {}), (Paths{"B/C01.mov", "A/C1.mov"}));
+    EXPECT_EQ(missing({video("A/a\xFF.mov"), video("B/a\xFE.mov")}, {}), (Paths{"B/a\xFE.mov", "A/a\xFF.mov"}));
+}
+
+TEST(MissingVideos, thatNothingOrdersKeepTheirOrder)
+{
+    EXPECT_EQ(VideoSyncService::missingVideos({video("c.mov", 3), video("c.mov", 1), video("c.mov", 2)}, {}),
+              VideoList({video("c.mov", 3), video("c.mov", 1), video("c.mov", 2)}));
+}
+
+/// Few different letters, so that equal and nearly equal names are frequent.
+rc::Gen<std::string> nearlyEqualNames()
+{
+    return rc::gen::container<std::string>(rc::gen::element('a', 'A', 'b', '0', '1', '/', '.', '\xC3', '\xB1', '\xFF'));
+}
+
+RC_GTEST_PROP(MissingVideos, comeInOneOrderWhateverTheOrderOfTheWalk, ())
+{
+    std::vector<VideoFile> videos;
+    for (const std::string& path : *rc::gen::unique<std::vector<std::string>>(nearlyEqualNames()))
+        videos.push_back(video(path));
+    const Paths once = missing(videos, {});
+    std::reverse(videos.begin(), videos.end());
+    RC_ASSERT(missing(videos, {}) == once);
+}
+
+RC_GTEST_PROP(MissingVideos, areExactlyThoseWhoseKeyIsNotReviewed, ())
+{
+    const auto records = rc::gen::container<std::vector<VideoFile>>(
+        rc::gen::map(rc::gen::pair(nearlyEqualNames(), rc::gen::inRange(0, 2)),
+                     [](const std::pair<std::string, int>& record) { return video(record.first, record.second); }));
+    const VideoList source = *records;
+    const VideoList reviewed = *records;
+    std::vector<VideoFile> expected;
+    for (const VideoFile& candidate : source) {
+        if (std::none_of(reviewed.begin(), reviewed.end(), [&](const VideoFile& other) {
+                return VideoSyncService::matchKey(other) == VideoSyncService::matchKey(candidate);
+            }))
+            expected.push_back(candidate);
+    }
+    const VideoList found = VideoSyncService::missingVideos(source, reviewed);
+    RC_ASSERT(std::is_permutation(found.begin(), found.end(), expected.begin(), expected.end()));
+}
+
+} // namespace
+} // namespace reelkeep
