@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace reelkeep {
@@ -69,6 +71,72 @@ public:
 signals:
     /// A field is about to be written; a slot that reads at once still sees the old value.
     void objectWillChange();
+
+private:
+    /// The published fields with the values of a new session.
+    struct Fields {
+        std::optional<Location> sourceFolder;
+        std::optional<Location> copyDestinationFolder;
+        std::vector<Location> destinationReviewFolders;
+        VideoList sourceVideos;
+        VideoList destinationVideos;
+        VideoList missingVideos;
+        bool preserveFolderStructure = true;
+        bool isScanning = false;
+        bool isCopying = false;
+        double progressValue = 0.0;
+        std::string statusMessage =
+            "Selecciona la carpeta de la camara, el destino de copia y los HDs o carpetas a revisar.";
+        std::optional<Date> lastScanDate;
+    };
+    /// What a worker brings back: a result, or the text of the error that kept it from one.
+    template <typename Result>
+    struct Outcome {
+        std::optional<Result> result;
+        std::string error;
+    };
+    using Continuation = std::function<void()>;
+
+    /// For reading; checks the thread.
+    const Fields& checkedFields() const;
+
+    // These return false when a slot destroyed this session: nothing of it may be touched then.
+    bool announce();
+    /// Announces, then stores `value` and leaves the replaced one in it.
+    template <typename Value>
+    bool exchange(Value& field, Value& value)
+    {
+        if (!announce())
+            return false;
+        std::swap(field, value);
+        return true;
+    }
+    /// Announces, then stores.
+    template <typename Value>
+    bool write(Value& field, std::type_identity_t<Value> value)
+    {
+        return exchange(field, value);
+    }
+
+    static std::vector<Location> uniqueFolders(const std::vector<Location>& folders);
+    std::optional<Location> pickFolder(const char* title);
+    std::vector<Location> pickFolders(const char* title);
+
+    /// A scan that goes on with `afterwards` on whatever end it comes to.
+    void beginScan(Continuation afterwards);
+    void applyScan(Outcome<ScanSummary> outcome, const Continuation& afterwards);
+    bool storeResults(ScanSummary& found);
+    void applyProgress(const CopyProgress& progress);
+    void applyCopy(const Outcome<CopySummary>& outcome);
+    void endCopy();
+    template <typename Result, typename Work, typename Apply>
+    void runInBackground(Work work, Apply apply);
+
+    Fields fields;
+    FolderDialogFactory makeFolderDialog;
+    std::shared_ptr<const FileManager> fileManager;
+    MainThread mainThread{this};
+    BackgroundTasks backgroundTasks;
 };
 
 } // namespace reelkeep

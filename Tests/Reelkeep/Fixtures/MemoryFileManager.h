@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Platform/FileManager.h"
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace reelkeep {
+
+/// Files held in memory, by path, with whatever goes wrong on real disks. Any thread may use it at any time.
+class MemoryFileManager : public FileManager {
+public:
+    void add(const std::string& path, std::int64_t size = 100);
+    void remove(const std::string& path);
+    bool has(const std::string& path) const;
+
+    /// From now on everything below `path` fails with that text.
+    void failBelow(const std::string& path, const std::string& text);
+
+    /// From now on walks and copies wait until `open`, or throw Stopped when they are told to stop.
+    void close();
+    /// The same, but deaf to stop requests, as a system call on a dead disk is.
+    void hang();
+    void open();
+    /// How many walks and copies wait.
+    int waitingCount() const;
+    /// How many were told to stop while they waited.
+    int stoppedCount() const;
+    /// The roots that were walked, in order.
+    std::vector<std::string> walkedRoots() const;
+
+    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
+                                    const std::stop_token& stop) const override;
+    void createDirectory(const Location& folder) const override;
+    bool fileExists(const Location& place) const override;
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
+
+private:
+    enum class Gate { open, closed, hanging };
+
+    void passGate(std::unique_lock<std::mutex>& lock, const std::stop_token& stop) const;
+    void failIfBroken(const std::string& path) const;
+
+    mutable std::mutex mutex;
+    mutable std::condition_variable_any gateMoved;
+    mutable std::map<std::string, std::int64_t> sizes;
+    mutable std::vector<std::string> walked;
+    mutable int waiting = 0;
+    mutable int stopped = 0;
+    std::map<std::string, std::string> broken;
+    Gate gate = Gate::open;
+};
+
+} // namespace reelkeep

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Fixtures/AnnouncementRecorder.h"
+#include "Fixtures/EventLoop.h"
+#include "Fixtures/MemoryFileManager.h"
+#include "Fixtures/ScriptedFolderDialogs.h"
+#include "VideoSyncViewModel.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace reelkeep {
+
+std::vector<Location> locations(const std::vector<std::string>& paths);
+std::vector<std::string> relativePaths(const VideoList& videos);
+
+/// A session over files in memory, whose dialogs are answered by the test.
+class SessionTest : public testing::Test {
+protected:
+    ~SessionTest() override;
+
+    void chooseSource(const std::string& path);
+    void chooseDestination(const std::string& path);
+    void addReviewFolders(const std::vector<std::string>& paths);
+    /// The user's answer to the next dialog.
+    void willChoose(const std::vector<std::string>& paths);
+    void willCancel();
+
+    /// Runs a workflow to its end.
+    void scan();
+    void copy();
+    bool becomesIdle();
+
+    std::shared_ptr<MemoryFileManager> files = std::make_shared<MemoryFileManager>();
+    ScriptedFolderDialogs dialogs;
+    std::unique_ptr<VideoSyncViewModel> session = std::make_unique<VideoSyncViewModel>(dialogs.factory(), files);
+};
+
+} // namespace reelkeep
