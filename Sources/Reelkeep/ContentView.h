@@ -1,0 +1,94 @@
+#pragma once
+
+#include "UI/View.h"
+#include "VideoSyncViewModel.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace reelkeep {
+
+/// The content of the one window. It creates the session and keeps it for the window's whole life; every section is
+/// computed from the session and holds no state of its own. Interface thread only.
+class ContentView : public QWidget {
+    Q_OBJECT
+
+public:
+    /// `fileManager` stands in for the real one in tests.
+    explicit ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<const FileManager> fileManager = nullptr,
+                         QWidget* parent = nullptr);
+
+    VideoSyncViewModel& viewModel() { return session; }
+
+private:
+    using FolderSource = std::function<std::optional<Location>()>;
+
+    struct SetupPill {
+        QString number;
+        QString title;
+        QString subtitle;
+    };
+    struct SelectionCard {
+        QString step;
+        QString title;
+        QString subtitle;
+        FolderSource path;
+        QString buttonTitle;
+        const char* iconName;
+        double iconWidth;
+        QColor accent;
+        Action action;
+    };
+    struct ReviewRow {
+        Location folder;
+        bool isCopyDestination;
+
+        bool operator==(const ReviewRow&) const = default;
+    };
+    struct SummaryCard {
+        QString title;
+        std::function<std::size_t()> value;
+        QString subtitle;
+    };
+
+    View body();
+    View header();
+
+    View folderSelectors();
+    View setupOverview();
+    View setupPill(const SetupPill& pill);
+    View selectionCard(const SelectionCard& card);
+    View selectionStateBadge(const Condition& isSelected, const QColor& accent);
+    View destinationReviewFoldersSection();
+    View reviewSummaryPanel();
+    std::vector<ReviewRow> reviewRows() const;
+    View reviewRow(const ReviewRow& row);
+
+    View actionArea();
+    View panelHeader(const char* symbol, const QColor& accent, const QString& title, const QString& subtitle);
+    View analysisPanel();
+    View copyPanel();
+    View destinationChooser();
+
+    View summaryCards();
+    View summaryCard(const SummaryCard& card);
+    View missingFilesList();
+    View missingFileRow(const std::function<const VideoFile&()>& video);
+    View emptyPendingState();
+    View footer();
+
+    void scheduleRefresh();
+    void refresh();
+
+    VideoSyncViewModel session;
+    View content;
+    QTimer refreshTimer;
+    QElapsedTimer sinceRefresh;
+};
+
+} // namespace reelkeep
