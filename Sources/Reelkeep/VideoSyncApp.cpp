@@ -14,6 +14,16 @@
 namespace reelkeep {
 namespace {
 
+VideoSyncViewModel* runningSession = nullptr;
+
+/// The toolkit ends the program right where it stands when the display goes away. The copy in hand must not stay
+/// behind half-written then either.
+void stopWorkersAtExit()
+{
+    if (runningSession)
+        runningSession->stopWorkers();
+}
+
 /// The application: one window around one session, from the same empty choices at every start.
 class ReelkeepApp {
 public:
@@ -34,12 +44,16 @@ public:
         const EndOnSignals endOnSignals;
         SleepInhibitor sleepInhibitor;
         VideoSyncViewModel& session = content->viewModel();
+        runningSession = &session;
+        std::atexit(stopWorkersAtExit);
         // Queued: at the announcement the new value is not stored yet.
         QObject::connect(
             &session, &VideoSyncViewModel::objectWillChange, &sleepInhibitor,
             [&session, &sleepInhibitor] { sleepInhibitor.setHeld(session.isCopying()); }, Qt::QueuedConnection);
         window.openAtFirstSize();
-        return QApplication::exec();
+        const int result = QApplication::exec();
+        runningSession = nullptr;
+        return result;
     }
 };
 

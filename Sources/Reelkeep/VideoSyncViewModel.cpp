@@ -22,6 +22,12 @@ VideoSyncViewModel::~VideoSyncViewModel()
     MainThread::checkIsCurrent();
 }
 
+void VideoSyncViewModel::stopWorkers()
+{
+    MainThread::checkIsCurrent();
+    backgroundTasks.stop();
+}
+
 const VideoSyncViewModel::Fields& VideoSyncViewModel::checkedFields() const
 {
     MainThread::checkIsCurrent();
@@ -145,8 +151,7 @@ std::string VideoSyncViewModel::activeCopyDestinationName() const
 {
     if (!copyDestinationFolder())
         return "Sin seleccionar";
-    const std::string_view name = copyDestinationFolder()->lastPathComponent();
-    return name.empty() ? copyDestinationFolder()->path() : std::string(name);
+    return std::string(copyDestinationFolder()->name());
 }
 
 std::size_t VideoSyncViewModel::cameraVideosAlreadyInDestinationCount() const

@@ -68,6 +68,10 @@ public:
     void scanFolders();
     void copyMissingVideos();
 
+    /// For the end of the program alone: tells the workers to stop and waits for them, half a second at most. Nothing
+    /// half-written stays behind on a disk that answers. No operation may follow.
+    void stopWorkers();
+
 signals:
     /// A field is about to be written; a slot that reads at once still sees the old value.
     void objectWillChange();

@@ -60,7 +60,7 @@ TEST(BackgroundTasks, tellsJobsThatStartLaterToStopToo)
 {
     std::promise<bool> told;
     BackgroundTasks tasks;
-    tasks.requestStop();
+    tasks.stop();
     tasks.run([&](const std::stop_token& stop) { told.set_value(stop.stop_requested()); });
     EXPECT_TRUE(told.get_future().get());
 }

@@ -38,9 +38,9 @@ struct BackgroundTasks::Running {
 
 BackgroundTasks::BackgroundTasks() : running(std::make_shared<Running>()) {}
 
-BackgroundTasks::~BackgroundTasks()
+void BackgroundTasks::stop()
 {
-    requestStop();
+    running->stopSource.request_stop();
     std::unique_lock lock(running->mutex);
     running->oneEnded.wait_for(lock, patience, [this] { return running->count == 0; });
 }
@@ -57,11 +57,6 @@ void BackgroundTasks::run(Job job)
         running->end();
         throw;
     }
-}
-
-void BackgroundTasks::requestStop()
-{
-    running->stopSource.request_stop();
 }
 
 } // namespace reelkeep

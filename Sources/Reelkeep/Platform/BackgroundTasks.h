@@ -17,15 +17,15 @@ public:
     BackgroundTasks();
     BackgroundTasks(const BackgroundTasks&) = delete;
     BackgroundTasks& operator=(const BackgroundTasks&) = delete;
-    /// Tells the jobs to stop and returns once all have ended, half a second later at the latest.
-    ~BackgroundTasks();
+    ~BackgroundTasks() { stop(); }
 
     /// Starts `job` and returns. The job is destroyed on its own thread too. Throws std::system_error where the
     /// system has no thread left.
     void run(Job job);
 
-    /// Tells the running jobs, and those that are started later, to stop.
-    void requestStop();
+    /// Tells the running jobs, and those that are started later, to stop, and returns once all have ended, half a
+    /// second later at the latest.
+    void stop();
 
 private:
     struct Running;
