@@ -1,0 +1,155 @@
+"""A desktop of its own for one run of the program: display, window manager, session bus and accessibility bus.
+
+Nothing of the desktop of whoever runs this is used or touched, and the services have another home than the program,
+so that what the program itself writes can be told.
+"""
+
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+
+BUS_LAUNCHERS = ["/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher"]
+TIMEOUT = 30
+
+
+def wait_for(condition, what, timeout=TIMEOUT):
+    """The condition's first true value; fails naming what was waited for. A part of the window that is just being
+    built or torn down answers with an error: that is no value."""
+    end = time.monotonic() + timeout
+    trouble = None
+    while True:
+        try:
+            value = condition()
+            if value:
+                return value
+            trouble = None
+        except GLib.Error as error:
+            trouble = error
+        if time.monotonic() > end:
+            raise AssertionError(f"Waited {timeout} s in vain for {what}" + (f" ({trouble.message})" if trouble else ""))
+        time.sleep(0.03)
+
+
+class Desktop:
+    """Use as a context manager. `home` is the program's home, empty at first; `folder` is for anything else."""
+
+    def __init__(self, width=1366, height=768):
+        self.size = f"{width}x{height}x24"
+        self.processes = []
+        self.program = None
+
+    def __enter__(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="reelkeep-desktop-"))
+        try:
+            self.start()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self
+
+    def __exit__(self, *_):
+        for process in reversed(self.processes):
+            stop(process)
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def start(self):
+        self.home = self.make("home")
+        self.runtime = self.make("program-runtime")
+        self.temporary = self.make("program-temporary")
+        services = self.make("services")
+        # Only what every login has: an answer must not depend on how the one was set up who runs this.
+        self.environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "es_ES.UTF-8", "TZ": "Europe/Madrid"}
+        own = {**self.environment, "HOME": str(services), "XDG_RUNTIME_DIR": str(self.make("services-runtime")),
+               "GSETTINGS_BACKEND": "memory", "LANG": "C.UTF-8"}
+
+        display = self.launch(["Xvfb", "-displayfd", "{fd}", "-screen", "0", self.size, "-nolisten", "tcp", "-noreset"], own)
+        own["DISPLAY"] = self.environment["DISPLAY"] = f":{display}"
+        bus = self.launch(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address={fd}",
+                           f"--address=unix:path={self.folder}/bus"], own)
+        own["DBUS_SESSION_BUS_ADDRESS"] = self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus
+        self.launch(["openbox"], own)
+        launcher = next((path for path in BUS_LAUNCHERS if os.path.exists(path)), BUS_LAUNCHERS[0])
+        self.launch([launcher, "--launch-immediately"], own)
+        self.join_accessibility_bus(bus)
+
+    def make(self, name):
+        folder = self.folder / name
+        folder.mkdir(mode=0o700)
+        return folder
+
+    def launch(self, command, environment):
+        """Starts a service of this desktop. One that is given a descriptor says there when it is ready: the answer."""
+        reading, writing = os.pipe()
+        log = open(self.folder / f"{Path(command[0]).name}.log", "wb")
+        process = subprocess.Popen([word.format(fd=writing) for word in command], env=environment, pass_fds=[writing],
+                                   stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
+        log.close()
+        os.close(writing)
+        self.processes.append(process)
+        with open(reading, encoding="ascii") as answer:
+            if not any("{fd}" in word for word in command):
+                return None
+            line = answer.readline().strip()
+        if not line:
+            raise RuntimeError(f"{command[0]} did not start: {(self.folder / log.name).read_text()}")
+        return line
+
+    def join_accessibility_bus(self, bus):
+        """Makes this very process, as the reader of the screen, a part of the desktop."""
+        connection = Gio.DBusConnection.new_for_address_sync(
+            bus, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+
+        def address():
+            answer = connection.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
+                                          Gio.DBusCallFlags.NONE, 5000, None)
+            return answer.unpack()[0]
+
+        os.environ["AT_SPI_BUS_ADDRESS"] = wait_for(address, "the accessibility bus")
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus
+        os.environ["DISPLAY"] = self.environment["DISPLAY"]
+
+    def run(self, program, **more):
+        """Starts the program as a person's session would, from the home folder."""
+        environment = {**self.environment, "HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.runtime),
+                       "TMPDIR": str(self.temporary), "QT_QPA_PLATFORM": "xcb", "QT_ACCESSIBILITY": "1",
+                       "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", **more}
+        with open(self.folder / "program.log", "wb") as log:
+            self.program = subprocess.Popen([str(program)], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
+                                            stdout=log, stderr=log, start_new_session=True)
+        self.processes.append(self.program)
+        return self.program
+
+    def said(self):
+        """What the program has written to its standard output and error."""
+        log = self.folder / "program.log"
+        return log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
+
+    def picture(self, path):
+        """Saves what the display shows."""
+        subprocess.run(["import", "-window", "root", str(path)], check=True, stdin=subprocess.DEVNULL,
+                       env={**self.environment, "HOME": str(self.folder)})
+
+
+def stop(process):
+    """Ends a process and what it started."""
+    for blow in (signal.SIGTERM, signal.SIGKILL):
+        try:
+            os.killpg(process.pid, blow)
+        except ProcessLookupError:
+            pass
+        try:
+            process.wait(5)
+        except subprocess.TimeoutExpired:
+            continue
+        if blow == signal.SIGKILL:
+            return

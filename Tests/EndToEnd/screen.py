@@ -1,0 +1,119 @@
+"""Reads and works a program's window as a screen reader does: by roles and names, never by its inner structure."""
+
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib  # noqa: E402
+
+from desktop import wait_for  # noqa: E402
+
+BUTTON = ("push button",)
+SWITCH = ("check box", "toggle button")
+CHOOSER = ("combo box",)
+DIALOG = ("dialog", "file chooser")
+FIELD = ("text", "entry")
+LABEL = ("label", "static", "text")
+LIST = ("list", "tree", "tree table", "table")
+ROW = ("list item", "table cell", "tree item")
+
+CONTROL, SHIFT, ALT = 37, 50, 64  # key codes of a standard keyboard
+DOWN, F4 = 0xFF54, 0xFFC1
+
+
+class Element:
+    """One element of the window as it is now; every question is asked anew."""
+
+    def __init__(self, accessible):
+        self.accessible = accessible
+
+    name = property(lambda self: self.accessible.get_name())
+    role = property(lambda self: self.accessible.get_role_name())
+
+    def has(self, state):
+        return self.accessible.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
+
+    enabled = property(lambda self: self.has("enabled"))
+    showing = property(lambda self: self.has("showing"))
+    checked = property(lambda self: self.has("checked"))
+
+    def children(self):
+        found = (self.accessible.get_child_at_index(i) for i in range(self.accessible.get_child_count()))
+        return [Element(child) for child in found if child is not None]
+
+    def descendants(self):
+        """Everything inside, in reading order."""
+        for child in self.children():
+            yield child
+            try:
+                yield from child.descendants()
+            except GLib.Error:
+                continue  # Gone while we were reading.
+
+    def all(self, roles, name=None):
+        """What is inside of one of these roles, with this name or one that the given function accepts."""
+        accepts = name if callable(name) else lambda text: name is None or text == name
+        return [element for element in self.descendants() if element.role in roles and accepts(element.name)]
+
+    def maybe(self, roles, name=None):
+        return next(iter(self.all(roles, name)), None)
+
+    def find(self, roles, name=None):
+        """The first such element, waited for."""
+        return wait_for(lambda: self.maybe(roles, name), f"{roles[0]} {name!r} in {self.name!r}")
+
+    def press(self):
+        wait_for(lambda: self.enabled, f"{self.name!r} to be enabled")
+        self.accessible.get_action_iface().do_action(0)
+
+    def type(self, text):
+        self.accessible.get_editable_text_iface().set_text_contents(text)
+
+    def value(self):
+        return self.accessible.get_value_iface().get_current_value()
+
+    def text(self):
+        return Atspi.Text.get_text(self.accessible, 0, -1)
+
+    def choose(self, name):
+        """Opens a chooser and clicks an entry."""
+        self.press()
+        wait_for(lambda: next((row for row in self.all(ROW, name) if row.showing), None), f"the entry {name!r}").click()
+
+    def center(self):
+        box = self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+        return box.x + box.width // 2, box.y + box.height // 2
+
+    def click(self, button="b1c", holding=None):
+        """A click of the mouse where the element stands; "b1d" is a double click."""
+        x, y = self.center()
+        if holding:
+            Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.PRESS)
+        Atspi.generate_mouse_event(x, y, button)
+        if holding:
+            Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.RELEASE)
+
+
+def strike(key, holding=None):
+    """A key of the keyboard, which goes to whatever has the focus."""
+    if holding:
+        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.PRESS)
+    Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
+    if holding:
+        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.RELEASE)
+
+
+def program(process):
+    """The running program's element: its windows and dialogs are its children."""
+    root = Atspi.get_desktop(0)
+    root.set_cache_mask(Atspi.Cache.NONE)
+
+    def look():
+        if process.poll() is not None:
+            raise RuntimeError(f"The program ended with status {process.returncode}.")
+        for child in Element(root).children():
+            if child.accessible.get_process_id() == process.pid:
+                child.accessible.set_cache_mask(Atspi.Cache.NONE)
+                return child
+        return None
+
+    return wait_for(look, "the program to appear on the accessibility bus")

@@ -1,0 +1,109 @@
+"""Reelkeep's window in its own words: what it shows, and what a person does in it."""
+
+import re
+import subprocess
+from pathlib import Path
+
+from desktop import wait_for
+from dialogs import FolderDialog
+from screen import BUTTON, CHOOSER, LABEL, LIST, ROW, SWITCH, program
+
+CAMERA = ("Elegir camara", "Selecciona la carpeta de origen")
+DESTINATION = ("Elegir HD de copia", "Selecciona la carpeta de destino")
+REVIEW = ("Anadir ubicaciones", "Selecciona uno o varios HDs o carpetas a revisar")
+ANALYSE = "Analizar ubicaciones"
+COPY = "Copiar faltantes al HD seleccionado"
+NOTHING_TO_COPY = "No hay nada pendiente"
+CHOOSE_FIRST = "Selecciona la carpeta de la camara, el destino de copia y los HDs o carpetas a revisar."
+ALL_SAVED = "Todo lo de la camara ya esta guardado en las ubicaciones revisadas. Los videos extra se ignoran."
+NOTE = "La comprobacion es solo de camara hacia los destinos revisados."
+
+
+def found(count):
+    return f"He encontrado {count} videos de la camara que aun no estan en ninguna de las ubicaciones revisadas."
+
+
+class Window:
+    """The running program's one window."""
+
+    def __init__(self, process):
+        self.application = program(process)
+        self.element = wait_for(self.look, "the window")
+        self.status_line = None
+        wait_for(lambda: NOTE in self.texts(), "the whole window")
+
+    def look(self):
+        return next((child for child in self.application.children() if child.name == "Reelkeep"), None)
+
+    def button(self, name):
+        return self.element.find(BUTTON, name)
+
+    def has_button(self, name):
+        return self.element.maybe(BUTTON, name) is not None
+
+    def texts(self):
+        return [label.name for label in self.element.all(LABEL) if label.showing]
+
+    def status(self):
+        """The line above the closing note. Found once, since reading the whole window takes longer than some texts stay."""
+        if self.status_line is None:
+            labels = [label for label in self.element.all(LABEL) if label.showing]
+            self.status_line = labels[[label.name for label in labels].index(NOTE) - 1]
+        return self.status_line.name
+
+    def wait_for_status(self, text, timeout=30):
+        wait_for(lambda: self.status() == text, f"the status {text!r}", timeout)
+
+    def cards(self):
+        """The three counters, by title."""
+        cards = {}
+        for element in self.element.descendants():
+            match = re.fullmatch(r"(En camara|Ya en destinos|Pendientes): (\d+), (.+)", element.name)
+            if match and element.role in ("panel", "grouping", "filler"):
+                cards[match[1]] = int(match[2])
+        return cards
+
+    def pending(self):
+        """The names of the list's rows, in order, those out of view too; empty where there is no list."""
+        view = self.element.maybe(LIST, "Videos pendientes")
+        return [row.name for row in view.children() if row.role in ROW] if view and view.showing else []
+
+    def progress(self):
+        """How far the bar has come, in percent; none while there is no bar."""
+        bar = self.element.maybe(("progress bar",))
+        return bar.value() if bar and bar.showing else None
+
+    def ask(self, question):
+        """Presses a button that asks for folders: the open dialog."""
+        button, title = question
+        self.button(button).press()
+        return FolderDialog(self.application, title)
+
+    def choose(self, question, folder):
+        """Answers such a question with one folder, its path typed."""
+        dialog = self.ask(question)
+        dialog.type(folder)
+        dialog.accept()
+        wait_for(lambda: str(folder) in self.texts(), f"the path {folder}")
+
+    def switch(self):
+        return self.element.find(SWITCH, "Mantener estructura de carpetas")
+
+    def chooser(self):
+        return self.element.find(CHOOSER)
+
+    def analyse(self, verdict):
+        self.button(ANALYSE).press()
+        self.wait_for_status(verdict)
+        self.wait_until_idle()
+
+    def wait_until_idle(self):
+        wait_for(lambda: self.progress() is None and self.button(ANALYSE).enabled, "the work to end")
+
+
+def slow_disk(folder, milliseconds):
+    """The environment in which a program's disks are slow: each sync takes this long."""
+    library = Path(folder) / "slowDisk.so"
+    subprocess.run(["c++", "-shared", "-fPIC", "-O1", "-o", str(library), str(Path(__file__).with_name("slowDisk.cpp"))],
+                   check=True, stdin=subprocess.DEVNULL)
+    return {"LD_PRELOAD": str(library), "SLOW_DISK_MS": str(milliseconds)}
