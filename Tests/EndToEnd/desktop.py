@@ -41,7 +41,8 @@ def wait_for(condition, what, timeout=TIMEOUT):
 
 
 class Desktop:
-    """Use as a context manager. `home` is the program's home, empty at first; `folder` is for anything else."""
+    """Use as a context manager, once in a process: its accessibility bus is the one that the process then keeps.
+    `home` is the program's home, empty at first; `folder` is for anything else."""
 
     def __init__(self, width=1366, height=768):
         self.size = f"{width}x{height}x24"

@@ -63,13 +63,13 @@ class Element:
 
     def press(self):
         wait_for(lambda: self.enabled, f"{self.name!r} to be enabled")
-        self.accessible.get_action_iface().do_action(0)
+        Atspi.Action.do_action(self.accessible, 0)
 
     def type(self, text):
-        self.accessible.get_editable_text_iface().set_text_contents(text)
+        Atspi.EditableText.set_text_contents(self.accessible, text)
 
     def value(self):
-        return self.accessible.get_value_iface().get_current_value()
+        return Atspi.Value.get_current_value(self.accessible)
 
     def text(self):
         return Atspi.Text.get_text(self.accessible, 0, -1)
@@ -80,7 +80,7 @@ class Element:
         wait_for(lambda: next((row for row in self.all(ROW, name) if row.showing), None), f"the entry {name!r}").click()
 
     def center(self):
-        box = self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+        box = Atspi.Component.get_extents(self.accessible, Atspi.CoordType.SCREEN)
         return box.x + box.width // 2, box.y + box.height // 2
 
     def click(self, button="b1c", holding=None):

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""The real program, driven through its window and dialogs on a sample card and disks: typicalRunTests.py PROGRAM"""
+"""The real program, driven through its window and dialogs on a sample card and disks, one test in a process:
+typicalRunTests.py PROGRAM TypicalRun.TEST"""
 
 import functools
 import json
@@ -189,7 +190,7 @@ class TypicalRun(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2:
+    if len(sys.argv) != 3:
         sys.exit(__doc__)
     PROGRAM = Path(sys.argv.pop(1)).absolute()
     unittest.main(verbosity=2)
