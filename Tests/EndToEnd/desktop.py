@@ -21,6 +21,20 @@ from gi.repository import Gio, GLib  # noqa: E402
 BUS_LAUNCHERS = ["/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher"]
 TIMEOUT = 30
 
+# The same typefaces everywhere, so that pictures can be compared; and no cache of them in the program's home.
+FONTS = """<?xml version="1.0"?>
+<!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
+<fontconfig>
+  <dir>/usr/share/fonts</dir>
+  <cachedir>/var/cache/fontconfig</cachedir>
+  <cachedir>{cache}</cachedir>
+  <alias binding="strong"><family>Sans Serif</family><prefer><family>Inter</family></prefer></alias>
+  <alias binding="strong"><family>sans-serif</family><prefer><family>Inter</family></prefer></alias>
+  <alias binding="strong"><family>monospace</family><prefer><family>JetBrains Mono</family></prefer></alias>
+  <include ignore_missing="yes">/etc/fonts/conf.d</include>
+</fontconfig>
+"""
+
 
 def wait_for(condition, what, timeout=TIMEOUT):
     """The condition's first true value; fails naming what was waited for. A part of the window that is just being
@@ -68,8 +82,11 @@ class Desktop:
         self.runtime = self.make("program-runtime")
         self.temporary = self.make("program-temporary")
         services = self.make("services")
+        fonts = self.folder / "fonts.conf"
+        fonts.write_text(FONTS.format(cache=services / "fontconfig"), encoding="ascii")
         # Only what every login has: an answer must not depend on how the one was set up who runs this.
-        self.environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "es_ES.UTF-8", "TZ": "Europe/Madrid"}
+        self.environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "es_ES.UTF-8", "TZ": "Europe/Madrid",
+                            "FONTCONFIG_FILE": str(fonts)}
         own = {**self.environment, "HOME": str(services), "XDG_RUNTIME_DIR": str(self.make("services-runtime")),
                "GSETTINGS_BACKEND": "memory", "LANG": "C.UTF-8"}
 
