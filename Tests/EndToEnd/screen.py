@@ -79,18 +79,24 @@ class Element:
         self.press()
         wait_for(lambda: next((row for row in self.all(ROW, name) if row.showing), None), f"the entry {name!r}").click()
 
-    def center(self):
+    def box(self):
+        """Where it stands on the display: left, top, width, height."""
         box = Atspi.Component.get_extents(self.accessible, Atspi.CoordType.SCREEN)
-        return box.x + box.width // 2, box.y + box.height // 2
+        return box.x, box.y, box.width, box.height
 
     def click(self, button="b1c", holding=None):
-        """A click of the mouse where the element stands; "b1d" is a double click."""
-        x, y = self.center()
-        if holding:
-            Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.PRESS)
-        Atspi.generate_mouse_event(x, y, button)
-        if holding:
-            Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.RELEASE)
+        """A click of the mouse in its middle; "b1d" is a double click."""
+        x, y, width, height = self.box()
+        click(x + width // 2, y + height // 2, button, holding)
+
+
+def click(x, y, button="b1c", holding=None):
+    """A click of the mouse somewhere on the display, while a key is held down."""
+    if holding:
+        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.PRESS)
+    Atspi.generate_mouse_event(x, y, button)
+    if holding:
+        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.RELEASE)
 
 
 def strike(key, holding=None):

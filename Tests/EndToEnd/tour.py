@@ -37,6 +37,7 @@ def tour(desktop, folder, program):
 
     print("Driving the program:", flush=True)
     window = Window(desktop.run(program, **slow_disk(desktop.folder, 250)))
+    window.maximize()
     pictures.picture("fresh")
 
     dialog = window.ask(CAMERA)
@@ -76,7 +77,7 @@ def main():
     for old in folder.glob("[0-9][0-9]-*.png"):
         old.unlink()
     # Tall enough for the window to show all of its content.
-    with Desktop(1200, 2080) as desktop:
+    with Desktop(1150, 2020) as desktop:
         try:
             tour(desktop, folder, Path(sys.argv[1]).absolute())
         except BaseException:

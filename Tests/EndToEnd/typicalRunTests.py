@@ -128,8 +128,10 @@ class TypicalRun(unittest.TestCase):
 
     def watch_copy(self, window):
         """Copies: the different status texts in the order in which they were seen, and how far the bar stood."""
-        window.button(COPY).press()
+        analyse, copy = window.button(ANALYSE), window.button(COPY)
         seen, bars = [], []
+        window.progress()
+        copy.press()
 
         def look():
             text, bar = window.status(), window.progress()
@@ -138,8 +140,7 @@ class TypicalRun(unittest.TestCase):
             if bar is not None and text.startswith("Copiando "):
                 bars.append(bar)
             if text.startswith("Copiando 1/"):
-                self.assertFalse(window.button(ANALYSE).enabled)
-                self.assertFalse(window.button(COPY).enabled)
+                self.assertFalse(analyse.enabled or copy.enabled)
             return text == ALL_SAVED
 
         wait_for(look, "the copy to end", timeout=60)

@@ -6,7 +6,7 @@ from pathlib import Path
 
 from desktop import wait_for
 from dialogs import FolderDialog
-from screen import BUTTON, CHOOSER, LABEL, LIST, ROW, SWITCH, program
+from screen import BUTTON, CHOOSER, LABEL, LIST, ROW, SWITCH, click, program
 
 CAMERA = ("Elegir camara", "Selecciona la carpeta de origen")
 DESTINATION = ("Elegir HD de copia", "Selecciona la carpeta de destino")
@@ -29,7 +29,7 @@ class Window:
     def __init__(self, process):
         self.application = program(process)
         self.element = wait_for(self.look, "the window")
-        self.status_line = None
+        self.status_line = self.bar = None
         wait_for(lambda: NOTE in self.texts(), "the whole window")
 
     def look(self):
@@ -45,14 +45,17 @@ class Window:
         return [label.name for label in self.element.all(LABEL) if label.showing]
 
     def status(self):
-        """The line above the closing note. Found once, since reading the whole window takes longer than some texts stay."""
+        """The text of the footer. Its element is looked for once: reading the whole window takes longer than some
+        texts stay."""
         if self.status_line is None:
-            labels = [label for label in self.element.all(LABEL) if label.showing]
-            self.status_line = labels[[label.name for label in labels].index(NOTE) - 1]
+            self.status_line = self.element.find(("status bar",))
         return self.status_line.name
 
-    def wait_for_status(self, text, timeout=30):
-        wait_for(lambda: self.status() == text, f"the status {text!r}", timeout)
+    def wait_for_status(self, text):
+        try:
+            wait_for(lambda: self.status() == text, f"the status {text!r}")
+        except AssertionError as error:
+            raise AssertionError(f"{error}. It is {self.status()!r}") from None
 
     def cards(self):
         """The three counters, by title."""
@@ -69,9 +72,16 @@ class Window:
         return [row.name for row in view.children() if row.role in ROW] if view and view.showing else []
 
     def progress(self):
-        """How far the bar has come, in percent; none while there is no bar."""
-        bar = self.element.maybe(("progress bar",))
-        return bar.value() if bar and bar.showing else None
+        """How far the bar has come; none while there is no bar. Its element, too, is looked for once."""
+        if self.bar is None:
+            self.bar = self.element.find(("progress bar",))
+        return self.bar.value() if self.bar.showing else None
+
+    def maximize(self):
+        """Double clicks the title bar, which stands above what the accessibility bus calls the window."""
+        x, y, width, height = self.element.box()
+        click(x + width // 2, y - 8, "b1d")
+        wait_for(lambda: self.element.box()[3] > height, "the window to fill the display")
 
     def ask(self, question):
         """Presses a button that asks for folders: the open dialog."""
