@@ -33,7 +33,6 @@ public:
         std::signal(SIGXFSZ, SIG_IGN);
         QApplication application(argc, argv);
         QApplication::setApplicationName(QStringLiteral("reelkeep"));
-        QApplication::setApplicationDisplayName(QStringLiteral("Reelkeep"));
         // The program speaks Spanish to everybody; the toolkit's own texts follow.
         QTranslator standardTexts;
         if (standardTexts.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))

@@ -112,8 +112,10 @@ class Window:
 
 
 def slow_disk(folder, milliseconds):
-    """The environment in which a program's disks are slow: each sync takes this long."""
+    """The environment in which a program's disks are slow: each sync takes this long, and none ends while the file
+    `hold` exists in the folder."""
     library = Path(folder) / "slowDisk.so"
     subprocess.run(["c++", "-shared", "-fPIC", "-O1", "-o", str(library), str(Path(__file__).with_name("slowDisk.cpp"))],
                    check=True, stdin=subprocess.DEVNULL)
-    return {"LD_PRELOAD": str(library), "SLOW_DISK_MS": str(milliseconds)}
+    return {"LD_PRELOAD": str(library), "SLOW_DISK_MS": str(milliseconds),
+            "SLOW_DISK_HOLD": str(Path(folder) / "hold")}

@@ -4,9 +4,11 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QListView>
 #include <QPointer>
 #include <QSettings>
+#include <QSplitter>
 #include <QStandardPaths>
 #include <QStorageInfo>
 #include <QTreeView>
@@ -67,6 +69,21 @@ void fillSidebar(QFileDialog& dialog)
     QObject::connect(model, &QAbstractItemModel::dataChanged, &dialog, label);
 }
 
+/// Wide enough for the names of disks; folders have neither a size nor a type worth a column.
+void makeRoom(QFileDialog& dialog)
+{
+    dialog.resize(860, 540);
+    if (auto* splitter = dialog.findChild<QSplitter*>())
+        splitter->setSizes({220, 640});
+    if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView"))) {
+        constexpr int sizeColumn = 1;
+        constexpr int typeColumn = 2;
+        details->hideColumn(sizeColumn);
+        details->hideColumn(typeColumn);
+        details->header()->resizeSection(0, 380);
+    }
+}
+
 class QtFolderDialog : public FolderDialog {
 public:
     Response runModal() override
@@ -107,6 +124,7 @@ private:
                 view->setSelectionMode(QAbstractItemView::ExtendedSelection);
         }
         fillSidebar(dialog);
+        makeRoom(dialog);
     }
 
     void collect(const QStringList& paths)
