@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -26,8 +25,8 @@ constexpr std::chrono::milliseconds slice{3};
 
 } // namespace
 
-/// A queue under a mutex and a descriptor that is readable exactly while a job waits. Qt only watches the descriptor:
-/// nothing of Qt is touched from a worker.
+/// A queue under a mutex and a descriptor that is readable while a job waits. Qt only watches the descriptor: nothing
+/// of Qt is touched from a worker.
 class MainThread::Mailbox {
 public:
     Mailbox() : readable(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
@@ -46,48 +45,53 @@ public:
         const std::lock_guard lock(mutex);
         if (!isOpen)
             return; // `job` is a parameter: it is destroyed after the lock is gone, so its destructor may post again.
-        jobs.push_back(std::move(job));
-        if (jobs.size() == 1)
+        posted.push_back(std::move(job));
+        if (posted.size() == 1)
             eventfd_write(readable, 1);
     }
 
     /// Runs what waits, for the length of a slice; the descriptor stays readable while anything is left.
+    /// On the interface thread, as `shut`.
     void serve()
     {
         const auto end = std::chrono::steady_clock::now() + slice;
         do {
-            const std::optional<Job> job = takeFirst();
-            if (!job)
+            if (ready.empty() && !refill())
                 return;
-            (*job)();
+            const Job job = std::move(ready.front());
+            ready.pop_front();
+            job();
         } while (std::chrono::steady_clock::now() < end);
     }
 
     void shut()
     {
-        std::deque<Job> dropped; // Destroyed after the lock is gone.
+        const std::deque<Job> droppedFirst = std::exchange(ready, {}); // Both destroyed after the lock is gone.
+        std::deque<Job> dropped;
         const std::lock_guard lock(mutex);
         isOpen = false;
-        dropped.swap(jobs);
+        dropped.swap(posted);
     }
 
 private:
-    std::optional<Job> takeFirst()
+    /// False when there is nothing, or when a worker is posting just now: the interface thread waits for no worker
+    /// but comes back, since the descriptor is still readable.
+    bool refill()
     {
-        const std::lock_guard lock(mutex);
-        if (jobs.empty())
-            return std::nullopt;
-        std::optional<Job> first(std::move(jobs.front()));
-        jobs.pop_front();
-        if (jobs.empty()) {
-            eventfd_t ignored = 0;
-            eventfd_read(readable, &ignored);
-        }
-        return first;
+        const std::unique_lock lock(mutex, std::try_to_lock);
+        if (!lock)
+            return false;
+        ready.swap(posted);
+        if (!ready.empty())
+            return true;
+        eventfd_t ignored = 0;
+        eventfd_read(readable, &ignored);
+        return false;
     }
 
+    std::deque<Job> ready; ///< First in line; belongs to the interface thread.
     std::mutex mutex;
-    std::deque<Job> jobs;
+    std::deque<Job> posted;
     bool isOpen = true;
     int readable;
 };
