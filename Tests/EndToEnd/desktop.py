@@ -4,10 +4,12 @@ Nothing of the desktop of whoever runs this is used or touched, and the services
 so that what the program itself writes can be told.
 """
 
+import ctypes
 import os
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 from pathlib import Path
@@ -18,7 +20,6 @@ gi.require_version("Atspi", "2.0")
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
 
-BUS_LAUNCHERS = ["/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher"]
 TIMEOUT = 30
 
 # The same typefaces everywhere, so that pictures can be compared; and no cache of them in the program's home.
@@ -34,6 +35,15 @@ FONTS = """<?xml version="1.0"?>
   <include ignore_missing="yes">/etc/fonts/conf.d</include>
 </fontconfig>
 """
+
+
+SET_PARENT_DEATH_SIGNAL = 1
+SYSTEM = ctypes.CDLL(None)
+
+
+def end_with_parent():
+    """Called in a new process: it gets a signal when this one is killed, as a test is that has taken too long."""
+    SYSTEM.prctl(SET_PARENT_DEATH_SIGNAL, signal.SIGTERM)
 
 
 def wait_for(condition, what, timeout=TIMEOUT):
@@ -64,6 +74,7 @@ class Desktop:
         self.program = None
 
     def __enter__(self):
+        signal.signal(signal.SIGTERM, lambda *_: sys.exit("Told to end."))
         self.folder = Path(tempfile.mkdtemp(prefix="reelkeep-desktop-"))
         try:
             self.start()
@@ -96,8 +107,6 @@ class Desktop:
                            f"--address=unix:path={self.folder}/bus"], own)
         own["DBUS_SESSION_BUS_ADDRESS"] = self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus
         self.launch(["openbox"], own)
-        launcher = next((path for path in BUS_LAUNCHERS if os.path.exists(path)), BUS_LAUNCHERS[0])
-        self.launch([launcher, "--launch-immediately"], own)
         self.join_accessibility_bus(bus)
 
     def make(self, name):
@@ -110,7 +119,8 @@ class Desktop:
         reading, writing = os.pipe()
         log = open(self.folder / f"{Path(command[0]).name}.log", "wb")
         process = subprocess.Popen([word.format(fd=writing) for word in command], env=environment, pass_fds=[writing],
-                                   stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True)
+                                   stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
+                                   preexec_fn=end_with_parent)
         log.close()
         os.close(writing)
         self.processes.append(process)
@@ -123,7 +133,7 @@ class Desktop:
         return line
 
     def join_accessibility_bus(self, bus):
-        """Makes this very process, as the reader of the screen, a part of the desktop."""
+        """Makes this very process, as the reader of the screen, a part of the desktop. To ask for the bus starts it."""
         connection = Gio.DBusConnection.new_for_address_sync(
             bus, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
 
@@ -143,7 +153,8 @@ class Desktop:
                        "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", **more}
         with open(self.folder / "program.log", "wb") as log:
             self.program = subprocess.Popen([str(program)], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
-                                            stdout=log, stderr=log, start_new_session=True)
+                                            stdout=log, stderr=log, start_new_session=True,
+                                            preexec_fn=end_with_parent)
         self.processes.append(self.program)
         return self.program
 
