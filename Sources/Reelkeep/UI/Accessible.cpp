@@ -2,10 +2,12 @@
 
 #include "UI/Announcer.h"
 #include "UI/Box.h"
+#include "UI/Controls.h"
 #include "UI/RowList.h"
 #include "UI/SymbolWidget.h"
 #include "UI/TextWidget.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QPointer>
@@ -165,12 +167,61 @@ private:
     mutable std::map<int, QAccessible::Id> rows;
 };
 
+/// A pop-up menu that says its label before its choice. The toolkit's own says only the choice, and relies for the
+/// label on a kind of label that this vocabulary does not use.
+class AccessiblePopUp : public QAccessibleWidget {
+public:
+    explicit AccessiblePopUp(PopUp* popUp) : QAccessibleWidget(popUp, QAccessible::ComboBox) {}
+
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind == QAccessible::Name && !popUp()->currentText().isEmpty())
+            return popUp()->accessibleName() + QStringLiteral(": ") + popUp()->currentText();
+        return kind == QAccessible::Value ? popUp()->currentText() : QAccessibleWidget::text(kind);
+    }
+    int childCount() const override { return 1; }
+    QAccessibleInterface* child(int index) const override
+    {
+        return index == 0 ? QAccessible::queryAccessibleInterface(popUp()->view()) : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface* interface) const override
+    {
+        return interface->object() == popUp()->view() ? 0 : -1;
+    }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.expandable = true;
+        state.expanded = popUp()->view()->isVisible();
+        state.collapsed = !state.expanded;
+        return state;
+    }
+    QStringList actionNames() const override
+    {
+        return {QAccessibleActionInterface::showMenuAction(), setFocusAction()};
+    }
+    void doAction(const QString& action) override
+    {
+        if (action != QAccessibleActionInterface::showMenuAction())
+            QAccessibleWidget::doAction(action);
+        else if (popUp()->view()->isVisible())
+            popUp()->hidePopup();
+        else
+            popUp()->showPopup();
+    }
+
+private:
+    PopUp* popUp() const { return static_cast<PopUp*>(widget()); }
+};
+
 QAccessibleInterface* makeInterface(const QString&, QObject* object)
 {
     if (auto* text = qobject_cast<TextWidget*>(object))
         return new AccessibleText(text);
     if (auto* list = qobject_cast<RowList*>(object))
         return new AccessibleRowList(list);
+    if (auto* popUp = qobject_cast<PopUp*>(object))
+        return new AccessiblePopUp(popUp);
     if (auto* box = qobject_cast<Box*>(object); box && !box->accessibleName().isEmpty())
         return new QAccessibleWidget(box, QAccessible::Grouping);
     if (qobject_cast<SymbolWidget*>(object) || qobject_cast<IconTile*>(object))

@@ -7,6 +7,8 @@
 #include "UI/StackLayout.h"
 #include "UI/SymbolWidget.h"
 
+#include <QSignalBlocker>
+
 #include <algorithm>
 #include <iterator>
 
@@ -299,9 +301,15 @@ View LargeButton(TextSource label, const char* symbol, const QColor& tint, Actio
 View Toggle(const QString& label, Condition isOn, std::function<void(bool)> write)
 {
     auto* toggle = new Switch(label);
-    // `clicked` is the user's hand alone; what a refresh sets is not.
-    QObject::connect(toggle, &QCheckBox::clicked, toggle, std::move(write));
-    return {toggle, {[toggle, isOn = std::move(isOn)] { toggle->setChecked(isOn()); }}};
+    // Not `clicked`: assistive technology changes the switch without a click. What a refresh sets is kept silent.
+    QObject::connect(toggle, &QCheckBox::toggled, toggle, std::move(write));
+    return {toggle, {[toggle, isOn = std::move(isOn)] {
+                if (const bool now = isOn(); now != toggle->isChecked()) {
+                    const QSignalBlocker silence(toggle);
+                    toggle->setChecked(now);
+                    toggle->update();
+                }
+            }}};
 }
 
 View Picker(const QString& label, std::function<std::vector<PickerEntry>()> entries,
