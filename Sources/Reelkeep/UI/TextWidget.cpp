@@ -287,9 +287,16 @@ QRectF TextWidget::characterRect(int position) const
 int TextWidget::positionAt(QPointF place) const
 {
     const auto& all = linesNow();
-    const int row = std::clamp(int(place.y() / lineHeight), 0, shownLineCount(all.size()) - 1);
+    const int lastRow = shownLineCount(all.size()) - 1;
+    const int row = std::clamp(int(place.y() / lineHeight), 0, lastRow);
     const Line& line = all[std::size_t(row)];
     const QString lineText = drawnText.mid(line.start, line.length);
+    // The ellipsis stands for all that is cut off: who selects as far as can be seen means the whole text.
+    if (row == lastRow && row + 1 < int(all.size())) {
+        const QString beforeEllipsis = visibleText(line, true).chopped(1);
+        if (place.x() >= QFontMetricsF(typeFont).horizontalAdvance(beforeEllipsis))
+            return int(drawnText.size());
+    }
     QTextLayout layout(lineText, typeFont);
     layout.beginLayout();
     QTextLine only = layout.createLine();
@@ -367,6 +374,8 @@ void TextWidget::mouseDoubleClickEvent(QMouseEvent* event)
 void TextWidget::keyPressEvent(QKeyEvent* event)
 {
     const int end = int(shownText.size());
+    // Steps over whole characters, whatever number of units one takes.
+    const QTextLayout steps(shownText);
     if (!selectable)
         QWidget::keyPressEvent(event);
     else if (event->matches(QKeySequence::Copy))
@@ -374,9 +383,9 @@ void TextWidget::keyPressEvent(QKeyEvent* event)
     else if (event->matches(QKeySequence::SelectAll))
         selectAll();
     else if (event->matches(QKeySequence::SelectNextChar))
-        select(selectionStart, selectionEnd + 1);
+        select(selectionStart, steps.nextCursorPosition(selectionEnd));
     else if (event->matches(QKeySequence::SelectPreviousChar))
-        select(selectionStart, selectionEnd - 1);
+        select(selectionStart, steps.previousCursorPosition(selectionEnd));
     else if (event->matches(QKeySequence::SelectStartOfLine))
         select(selectionStart, 0);
     else if (event->matches(QKeySequence::SelectEndOfLine))
