@@ -3,7 +3,6 @@
 #include "UI/SymbolWidget.h"
 
 #include <QAbstractItemView>
-#include <QEvent>
 #include <QFontMetrics>
 #include <QKeyEvent>
 #include <QPainter>
@@ -58,7 +57,6 @@ Button::Button(const QString& label, QWidget* parent) : QPushButton(label, paren
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
     setAutoDefault(false);
-    updateFont();
 }
 
 void Button::setTint(const QColor& color)
@@ -73,14 +71,12 @@ void Button::setLarge(const QString& symbol)
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
-    updateFont();
 }
 
-void Button::updateFont()
+/// Asked for anew each time, not set on the widget: a font of its own would not hear of a change of the user's.
+QFont Button::labelFont() const
 {
-    const TypeStyle style{.weight = largeSymbol.isEmpty() ? QFont::Normal : QFont::Bold};
-    if (font() != style.font())
-        setFont(style.font());
+    return TypeStyle{.weight = largeSymbol.isEmpty() ? QFont::Normal : QFont::Bold}.font();
 }
 
 QMargins Button::margins() const
@@ -97,27 +93,29 @@ QRect Button::textRect(int width) const
 {
     const QMargins around = margins();
     const int room = std::max(1, width - around.left() - around.right() - leadingWidth());
-    return fontMetrics().boundingRect(QRect(0, 0, room, QWIDGETSIZE_MAX), wrapped, text());
+    return QFontMetrics(labelFont()).boundingRect(QRect(0, 0, room, QWIDGETSIZE_MAX), wrapped, text());
 }
 
 QSize Button::sizeHint() const
 {
     const QMargins around = margins();
-    const int width = fontMetrics().horizontalAdvance(text()) + 1 + around.left() + around.right() + leadingWidth();
+    const int width =
+        QFontMetrics(labelFont()).horizontalAdvance(text()) + 1 + around.left() + around.right() + leadingWidth();
     return {width, heightForWidth(width)};
 }
 
 QSize Button::minimumSizeHint() const
 {
     const QMargins around = margins();
-    return {widestWord(fontMetrics(), text()) + around.left() + around.right() + leadingWidth(), controlHeight};
+    return {widestWord(QFontMetrics(labelFont()), text()) + around.left() + around.right() + leadingWidth(),
+            controlHeight};
 }
 
 int Button::heightForWidth(int width) const
 {
     const QMargins around = margins();
     // One line counts as the design's, whatever the font engine rounds it to.
-    const double lines = std::round(double(textRect(width).height()) / fontMetrics().height());
+    const double lines = std::round(double(textRect(width).height()) / QFontMetrics(labelFont()).height());
     const int designed = int(std::max(1.0, lines) * type::body.height()) + around.top() + around.bottom();
     return std::max(designed, controlHeight);
 }
@@ -152,7 +150,7 @@ void Button::paintEvent(QPaintEvent*)
         left += leadingWidth();
     }
     painter.setPen(label);
-    painter.setFont(font());
+    painter.setFont(labelFont());
     painter.drawText(QRect(left, 0, textWidth + 1, height()), wrapped, text());
     // On a coloured face the ring would drown; white stands out on all of them.
     if (tint && isEnabled() && hasFocus()) {
@@ -161,13 +159,6 @@ void Button::paintEvent(QPaintEvent*)
         painter.drawPath(roundedOutline(painter, rect(), ground.radius - 2, 3));
     }
     paintFocusRing(painter, this, ground.radius);
-}
-
-void Button::changeEvent(QEvent* event)
-{
-    if (event->type() == QEvent::ApplicationFontChange)
-        updateFont();
-    QPushButton::changeEvent(event);
 }
 
 void Button::keyPressEvent(QKeyEvent* event)
@@ -183,24 +174,23 @@ Switch::Switch(const QString& label, QWidget* parent) : QCheckBox(label, parent)
 {
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
-    setFont(type::body.font());
 }
 
 QRect Switch::textRect(int width) const
 {
     const int room = std::max(1, width - gap - switchSize.width() - 6);
-    return fontMetrics().boundingRect(QRect(0, 0, room, QWIDGETSIZE_MAX), Qt::TextWordWrap, text());
+    return QFontMetrics(type::body.font()).boundingRect(QRect(0, 0, room, QWIDGETSIZE_MAX), Qt::TextWordWrap, text());
 }
 
 QSize Switch::sizeHint() const
 {
-    const int width = fontMetrics().horizontalAdvance(text()) + 1 + gap + switchSize.width() + 6;
+    const int width = QFontMetrics(type::body.font()).horizontalAdvance(text()) + 1 + gap + switchSize.width() + 6;
     return {width, heightForWidth(width)};
 }
 
 QSize Switch::minimumSizeHint() const
 {
-    return {widestWord(fontMetrics(), text()) + gap + switchSize.width() + 6, switchSize.height()};
+    return {widestWord(QFontMetrics(type::body.font()), text()) + gap + switchSize.width() + 6, switchSize.height()};
 }
 
 int Switch::heightForWidth(int width) const
@@ -214,6 +204,7 @@ void Switch::paintEvent(QPaintEvent*)
     const Appearance appearance = Appearance::of(this);
     const QRect words = textRect(width());
     painter.setPen(appearance.primary());
+    painter.setFont(type::body.font());
     painter.drawText(QRect(0, 0, words.width() + 1, height()), Qt::TextWordWrap | Qt::AlignVCenter, text());
 
     const QRectF track(words.width() + 1 + gap, (height() - switchSize.height()) / 2, switchSize.width(),
@@ -238,18 +229,10 @@ void Switch::paintEvent(QPaintEvent*)
     }
 }
 
-void Switch::changeEvent(QEvent* event)
-{
-    if (event->type() == QEvent::ApplicationFontChange)
-        setFont(type::body.font());
-    QCheckBox::changeEvent(event);
-}
-
 PopUp::PopUp(QWidget* parent) : QComboBox(parent)
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);
-    setFont(type::body.font());
     // A folder's name may be wider than any window.
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     view()->setTextElideMode(Qt::ElideMiddle);
@@ -257,9 +240,10 @@ PopUp::PopUp(QWidget* parent) : QComboBox(parent)
 
 QSize PopUp::sizeHint() const
 {
+    const QFontMetrics metrics(type::body.font());
     int widest = 0;
     for (int index = 0; index < count(); ++index)
-        widest = std::max(widest, fontMetrics().horizontalAdvance(itemText(index)));
+        widest = std::max(widest, metrics.horizontalAdvance(itemText(index)));
     return {widest + 40, std::max(controlHeight, int(type::body.height()) + 12)};
 }
 
@@ -279,9 +263,10 @@ void PopUp::paintEvent(QPaintEvent*)
            .radius = controlRadius},
           appearance);
     painter.setPen(appearance.primary());
+    painter.setFont(type::body.font());
     const QRect words = rect().adjusted(10, 0, -24, 0);
     painter.drawText(words, Qt::AlignVCenter | Qt::TextSingleLine,
-                     fontMetrics().elidedText(currentText(), Qt::ElideMiddle, words.width()));
+                     painter.fontMetrics().elidedText(currentText(), Qt::ElideMiddle, words.width()));
     const QPointF middle(width() - 11.5, height() / 2.0);
     painter.setPen(QPen(appearance.primary(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     for (const double side : {-1.0, 1.0}) {
@@ -290,13 +275,6 @@ void PopUp::paintEvent(QPaintEvent*)
             QPolygonF({{middle.x() - 3, tip - side * 3}, {middle.x(), tip}, {middle.x() + 3, tip - side * 3}}));
     }
     paintFocusRing(painter, this, controlRadius);
-}
-
-void PopUp::changeEvent(QEvent* event)
-{
-    if (event->type() == QEvent::ApplicationFontChange)
-        setFont(type::body.font());
-    QComboBox::changeEvent(event);
 }
 
 void PopUp::wheelEvent(QWheelEvent* event)

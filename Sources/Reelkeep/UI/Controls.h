@@ -29,14 +29,13 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    QFont labelFont() const;
     QMargins margins() const;
     int leadingWidth() const;
     QRect textRect(int width) const;
-    void updateFont();
 
     std::optional<QColor> tint;
     QString largeSymbol;
@@ -57,7 +56,6 @@ public:
 protected:
     bool hitButton(const QPoint& place) const override { return rect().contains(place); }
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     QRect textRect(int width) const;
@@ -75,7 +73,6 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 };
 
