@@ -61,12 +61,26 @@ QColor Appearance::primary() const
 
 QColor Appearance::secondary() const
 {
-    return ink(highContrast ? 0.9 : 0.58);
+    // The strongest tints that texts stand on are two of the plates on each other.
+    const auto tinted = [this](const QColor& accent) { return over(withOpacity(accent, 0.19), windowColor); };
+    return readableInk(highContrast ? 0.9 : 0.58,
+                       {windowColor, baseColor, tinted(accent::copyGreen), tinted(accent::reviewOrange)});
 }
 
 QColor Appearance::tertiary() const
 {
-    return ink(highContrast ? 0.9 : dark ? 0.50 : 0.56);
+    return readableInk(highContrast ? 0.9 : dark ? 0.50 : 0.56, {windowColor});
+}
+
+QColor Appearance::readableInk(double opacity, std::initializer_list<QColor> grounds) const
+{
+    const auto isReadable = [&](double tried) {
+        return std::all_of(grounds.begin(), grounds.end(),
+                           [&](const QColor& ground) { return contrast(over(ink(tried), ground), ground) >= 4.55; });
+    };
+    while (opacity < 1 && !isReadable(opacity))
+        opacity += 0.02;
+    return ink(std::min(opacity, 1.0));
 }
 
 QColor Appearance::disabledText() const

@@ -6,6 +6,8 @@
 #include <QPalette>
 #include <QRectF>
 
+#include <initializer_list>
+
 class QPainter;
 class QWidget;
 
@@ -34,6 +36,7 @@ public:
     QColor focusRing() const;
 
     QColor primary() const;
+    /// As faint as designed, where the palette leaves that readable (4.5:1) on every ground it is used on.
     QColor secondary() const;
     QColor tertiary() const;
     QColor disabledText() const;
@@ -57,6 +60,8 @@ public:
 
 private:
     QColor ink(double opacity) const;
+    /// The faintest ink from `opacity` on that reaches 4.5:1 on all these grounds.
+    QColor readableInk(double opacity, std::initializer_list<QColor> grounds) const;
 
     QColor windowColor;
     QColor inkColor;
