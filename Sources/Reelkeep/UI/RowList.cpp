@@ -60,6 +60,9 @@ void RowList::measure()
 {
     if (count > 0) {
         measuringRow.show(tallestRow);
+        // What is hidden does not tell the layouts around it that it needs other room now.
+        for (QWidget* part : measuringRow.widget->findChildren<QWidget*>())
+            part->updateGeometry();
         const int width = viewport()->width() - 2 * padding;
         measuringRow.widget->ensurePolished();
         rowHeight = std::max(minimumRowHeight, measuringRow.widget->heightForWidth(width));
