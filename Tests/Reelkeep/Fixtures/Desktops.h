@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QFont>
+#include <QPalette>
+
+#include <string>
+#include <vector>
+
+class QScreen;
+
+namespace reelkeep {
+
+/// The font that the window's measures are given for.
+QFont designFont();
+bool isDesignFontInstalled();
+
+/// The palettes that the window's colours are given for.
+QPalette lightPalette();
+QPalette darkPalette();
+
+struct NamedPalette {
+    std::string name;
+    QPalette palette;
+};
+/// The two of the design and those that common desktops come with.
+std::vector<NamedPalette> commonPalettes();
+std::vector<NamedPalette> highContrastPalettes();
+
+/// One of the screens that the tests run on: "full" (1920 x 1080), "laptop" (1366 x 768), "tall", "sharp" (2 pixels to
+/// the point).
+QScreen* screenNamed(const char* name);
+
+/// Sets the application's palette, or font, for the length of a test.
+class PaletteChange {
+public:
+    explicit PaletteChange(const QPalette& palette);
+    PaletteChange(const PaletteChange&) = delete;
+    PaletteChange& operator=(const PaletteChange&) = delete;
+    ~PaletteChange();
+
+private:
+    QPalette before;
+};
+class FontChange {
+public:
+    explicit FontChange(const QFont& font);
+    FontChange(const FontChange&) = delete;
+    FontChange& operator=(const FontChange&) = delete;
+    ~FontChange();
+
+private:
+    QFont before;
+};
+
+} // namespace reelkeep

@@ -1,0 +1,76 @@
+#include "Fixtures/Widgets.h"
+
+#include "UI/TextWidget.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QTest>
+#include <QWheelEvent>
+
+#include <ostream>
+#include <stdexcept>
+
+void PrintTo(const QString& text, std::ostream* stream)
+{
+    *stream << '"' << text.toStdString() << '"';
+}
+
+namespace reelkeep {
+
+void showActive(QWidget& widget)
+{
+    widget.show();
+    widget.activateWindow();
+    if (!QTest::qWaitForWindowActive(&widget))
+        throw std::runtime_error("the window does not become active");
+}
+
+QImage picture(QWidget& widget)
+{
+    return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+void turnWheel(QWidget& widget, QPoint place, int notches)
+{
+    // A wheel that nobody turned is not passed on by the toolkit to what stands behind a widget that ignores it.
+    for (QWidget* target = &widget; target; target = target->isWindow() ? nullptr : target->parentWidget()) {
+        QWheelEvent event(place, target->mapToGlobal(place), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        if (QApplication::sendEvent(target, &event) && event.isAccepted())
+            return;
+        place = target->mapToParent(place);
+    }
+}
+
+std::vector<TextWidget*> shownTexts(const QWidget& root)
+{
+    std::vector<TextWidget*> texts;
+    for (TextWidget* text : root.findChildren<TextWidget*>()) {
+        if (text->isVisible())
+            texts.push_back(text);
+    }
+    return texts;
+}
+
+QStringList shownWords(const QWidget& root)
+{
+    QStringList words;
+    for (const TextWidget* text : shownTexts(root))
+        words.append(text->text());
+    return words;
+}
+
+QAccessibleInterface& spoken(QWidget& widget)
+{
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(&widget);
+    if (!interface)
+        throw std::logic_error("a widget that screen readers do not know");
+    return *interface;
+}
+
+QString spokenName(QWidget& widget)
+{
+    return spoken(widget).text(QAccessible::Name);
+}
+
+} // namespace reelkeep

@@ -1,0 +1,327 @@
+#include "Fixtures/EventLoop.h"
+#include "Fixtures/Widgets.h"
+#include "UI/RowList.h"
+#include "UI/View.h"
+
+#include <QAccessible>
+#include <QComboBox>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace reelkeep {
+namespace {
+
+class ScreenReader : public testing::Test {
+protected:
+    ScreenReader()
+    {
+        heard.clear();
+        QAccessible::installUpdateHandler(hear);
+    }
+    ~ScreenReader() override { QAccessible::installUpdateHandler(nullptr); }
+
+    struct Event {
+        QAccessible::Event type;
+        QObject* object;
+        int child;
+    };
+    static void hear(QAccessibleEvent* event) { heard.push_back({event->type(), event->object(), event->child()}); }
+    static int countOf(QAccessible::Event type, const QObject* object)
+    {
+        return int(std::count_if(heard.begin(), heard.end(),
+                                 [&](const Event& event) { return event.type == type && event.object == object; }));
+    }
+    QAccessibleInterface& made(View view)
+    {
+        widget.reset(view.widget);
+        view.refresh();
+        return spoken(*widget);
+    }
+    template <class Wanted>
+    QAccessibleInterface& inside(View view)
+    {
+        made(std::move(view));
+        return spoken(*widget->findChild<Wanted*>());
+    }
+
+    static std::vector<Event> heard;
+    std::unique_ptr<QWidget> widget;
+};
+std::vector<ScreenReader::Event> ScreenReader::heard;
+
+TEST_F(ScreenReader, readsATextByItsWords)
+{
+    const auto& text = made(Text("Videos pendientes").title3());
+    EXPECT_EQ(text.role(), QAccessible::StaticText);
+    EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Videos pendientes"));
+    EXPECT_FALSE(text.state().selectableText);
+}
+
+TEST_F(ScreenReader, readsASelectableTextByCharacters)
+{
+    auto& text = made(Text("/media/ana").monospacedCaption().selectable());
+    EXPECT_TRUE(text.state().selectableText);
+    EXPECT_TRUE(text.state().readOnly);
+    EXPECT_TRUE(text.state().focusable);
+    QAccessibleTextInterface* characters = text.textInterface();
+    ASSERT_NE(characters, nullptr);
+    EXPECT_EQ(characters->characterCount(), 10);
+    EXPECT_EQ(characters->text(1, 6), QStringLiteral("media"));
+    characters->setSelection(0, 1, 6);
+    EXPECT_EQ(characters->selectionCount(), 1);
+    int start = 0;
+    int end = 0;
+    characters->selection(0, &start, &end);
+    EXPECT_EQ(start, 1);
+    EXPECT_EQ(end, 6);
+    EXPECT_EQ(characters->cursorPosition(), 6);
+    EXPECT_EQ(static_cast<TextWidget*>(widget.get())->selectedText(), QStringLiteral("media"));
+    characters->removeSelection(0);
+    EXPECT_EQ(characters->selectionCount(), 0);
+}
+
+TEST_F(ScreenReader, findsTheCharactersOfASelectableTextOnTheScreen)
+{
+    auto& text = made(Text("/media/ana").monospacedCaption().selectable());
+    widget->resize(widget->sizeHint());
+    showActive(*widget);
+    QAccessibleTextInterface* characters = text.textInterface();
+    const QRect fourth = characters->characterRect(3);
+    EXPECT_TRUE(text.rect().contains(fourth));
+    EXPECT_EQ(characters->offsetAtPoint(fourth.center() - QPoint(1, 0)), 3);
+}
+
+TEST_F(ScreenReader, doesNotReadATextThatCannotBeSelectedByCharacters)
+{
+    EXPECT_EQ(made(Text("Listo")).textInterface(), nullptr);
+}
+
+TEST_F(ScreenReader, takesATextThatAnnouncesItselfForAStatusBar)
+{
+    const auto& text = made(Text([] { return QStringLiteral("Escaneando videos..."); }).announced());
+    EXPECT_EQ(text.role(), QAccessible::StatusBar);
+    EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Escaneando videos..."));
+}
+
+TEST_F(ScreenReader, hearsOfATextThatAnnouncesItself)
+{
+    if (!QAccessible::isActive())
+        GTEST_SKIP() << "nobody listens on this display";
+    made(Text([] { return QStringLiteral("Escaneando videos..."); }).announced());
+    EXPECT_EQ(countOf(QAccessible::NameChanged, widget.get()), 1);
+}
+
+TEST_F(ScreenReader, pressesAButton)
+{
+    int presses = 0;
+    auto& button = made(ProminentButton("Elegir camara", accent::analysisBlue, [&] { ++presses; }));
+    EXPECT_EQ(button.role(), QAccessible::Button);
+    EXPECT_EQ(button.text(QAccessible::Name), QStringLiteral("Elegir camara"));
+    EXPECT_TRUE(button.state().focusable);
+    ASSERT_EQ(button.actionInterface()->actionNames().value(0), QAccessibleActionInterface::pressAction());
+    button.actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_TRUE(waitUntil([&] { return presses == 1; }));
+}
+
+TEST_F(ScreenReader, tellsThatAButtonIsDisabled)
+{
+    EXPECT_TRUE(made(PushButton("Quitar", [] {}).enabled([] { return false; })).state().disabled);
+}
+
+TEST_F(ScreenReader, tellsWhatAButtonIsFor)
+{
+    const auto& button = made(PushButton("Quitar", [] {}).accessibleDescription(QStringLiteral("/media/ana")));
+    EXPECT_EQ(button.text(QAccessible::Description), QStringLiteral("/media/ana"));
+}
+
+TEST_F(ScreenReader, turnsASwitch)
+{
+    bool isOn = true;
+    auto& toggle = made(Toggle(
+        QStringLiteral("Mantener estructura de carpetas"), [&] { return isOn; }, [&](bool on) { isOn = on; }));
+    EXPECT_EQ(toggle.role(), QAccessible::CheckBox);
+    EXPECT_EQ(toggle.text(QAccessible::Name), QStringLiteral("Mantener estructura de carpetas"));
+    EXPECT_TRUE(toggle.state().checkable);
+    EXPECT_TRUE(toggle.state().checked);
+    ASSERT_EQ(toggle.actionInterface()->actionNames().value(0), QAccessibleActionInterface::toggleAction());
+    toggle.actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    EXPECT_FALSE(isOn);
+    EXPECT_FALSE(toggle.state().checked);
+}
+
+TEST_F(ScreenReader, namesAChooser)
+{
+    const auto& chooser = inside<QComboBox>(Picker(
+        QStringLiteral("HD de copia activo"),
+        [] {
+            return std::vector<PickerEntry>{{"/a", QStringLiteral("a")}, {"/b", QStringLiteral("b")}};
+        },
+        [] { return std::string("/b"); }, [](const std::string&) {}));
+    EXPECT_EQ(chooser.role(), QAccessible::ComboBox);
+    EXPECT_EQ(chooser.text(QAccessible::Description), QStringLiteral("HD de copia activo"));
+    EXPECT_EQ(chooser.text(QAccessible::Value), QStringLiteral("b"));
+}
+
+TEST_F(ScreenReader, readsHowFarAProgressBarIs)
+{
+    auto& bar = made(ProgressBar(QStringLiteral("Progreso"), [] { return 0.25; }));
+    EXPECT_EQ(bar.role(), QAccessible::ProgressBar);
+    EXPECT_EQ(bar.text(QAccessible::Name), QStringLiteral("Progreso"));
+    const double part =
+        bar.valueInterface()->currentValue().toDouble() / bar.valueInterface()->maximumValue().toDouble();
+    EXPECT_DOUBLE_EQ(part, 0.25);
+}
+
+TEST_F(ScreenReader, readsANamedBoxAsAGroup)
+{
+    const auto& group =
+        made(VStack({}, {Text("En camara"), Text("27")}).accessibleName(QStringLiteral("En camara: 27")));
+    EXPECT_EQ(group.role(), QAccessible::Grouping);
+    EXPECT_EQ(group.text(QAccessible::Name), QStringLiteral("En camara: 27"));
+    EXPECT_EQ(group.childCount(), 2);
+}
+
+TEST_F(ScreenReader, knowsASymbolForDecoration)
+{
+    const auto& symbol = made(Symbol("check", 52, {TextColor::Level::secondary, {}}));
+    EXPECT_EQ(symbol.role(), QAccessible::Graphic);
+    EXPECT_EQ(symbol.text(QAccessible::Name), QString());
+}
+
+class ScreenReaderOnAList : public ScreenReader {
+protected:
+    ScreenReaderOnAList()
+    {
+        list.resize(400, 220);
+        showActive(list);
+        list.reload(100'000, 0);
+        list.setAccessibleName(QStringLiteral("Videos pendientes"));
+    }
+    QAccessibleInterface& interface() { return spoken(list); }
+    static QString lineOf(std::size_t row) { return QStringLiteral("MVI_%1.MOV, DCIM, 1 kB").arg(row); }
+
+    RowList list{{.makeRow =
+                      [] {
+                          auto* text = new TextWidget;
+                          return RowList::Row{text, [text](std::size_t row) { text->setText(lineOf(row)); }};
+                      },
+                  .description = [](std::size_t row) { return lineOf(row); },
+                  .copiedText = [](std::size_t row) { return lineOf(row); }}};
+};
+
+TEST_F(ScreenReaderOnAList, countsItsRows)
+{
+    EXPECT_EQ(interface().role(), QAccessible::List);
+    EXPECT_EQ(interface().text(QAccessible::Name), QStringLiteral("Videos pendientes"));
+    EXPECT_EQ(interface().childCount(), 100'000);
+    EXPECT_EQ(interface().child(100'000), nullptr);
+    EXPECT_EQ(interface().child(-1), nullptr);
+}
+
+TEST_F(ScreenReaderOnAList, readsRowsInAndOutOfView)
+{
+    for (const int row : {0, 3, 50'000, 99'999}) {
+        QAccessibleInterface* item = interface().child(row);
+        ASSERT_NE(item, nullptr);
+        EXPECT_EQ(item->role(), QAccessible::ListItem);
+        EXPECT_EQ(item->text(QAccessible::Name), lineOf(std::size_t(row)));
+        EXPECT_EQ(bool(item->state().offscreen), row > 4);
+        EXPECT_EQ(item->parent(), &interface());
+        EXPECT_EQ(interface().indexOfChild(item), row);
+    }
+}
+
+TEST_F(ScreenReaderOnAList, buildsNoWidgetsForTheRowsItReads)
+{
+    const std::size_t before = list.builtRowCount();
+    for (int row = 0; row < 5000; ++row)
+        interface().child(row)->text(QAccessible::Name);
+    EXPECT_EQ(list.builtRowCount(), before);
+}
+
+TEST_F(ScreenReaderOnAList, findsTheRowAtAPlace)
+{
+    const QPoint place = list.viewport()->mapToGlobal(QPoint(20, 10 + 2 * 49 + 5));
+    ASSERT_NE(interface().childAt(place.x(), place.y()), nullptr);
+    EXPECT_EQ(interface().childAt(place.x(), place.y())->text(QAccessible::Name), lineOf(2));
+    EXPECT_TRUE(interface().child(2)->rect().contains(place));
+}
+
+TEST_F(ScreenReaderOnAList, followsTheCurrentRow)
+{
+    list.setFocus();
+    QTest::keyClick(&list, Qt::Key_Down);
+    EXPECT_EQ(interface().focusChild(), interface().child(1));
+    EXPECT_TRUE(interface().child(1)->state().focused);
+    EXPECT_FALSE(interface().child(0)->state().focused);
+}
+
+TEST_F(ScreenReaderOnAList, hearsWhichRowBecomesCurrent)
+{
+    if (!QAccessible::isActive())
+        GTEST_SKIP() << "nobody listens on this display";
+    list.setFocus();
+    heard.clear();
+    QTest::keyClick(&list, Qt::Key_Down);
+    ASSERT_EQ(countOf(QAccessible::Focus, &list), 1);
+    EXPECT_EQ(heard.back().child, 1);
+}
+
+TEST_F(ScreenReaderOnAList, learnsThatARowIsGone)
+{
+    QAccessibleInterface* item = interface().child(50);
+    ASSERT_TRUE(item->isValid());
+    list.reload(10, 0);
+    EXPECT_FALSE(item->isValid());
+    EXPECT_TRUE(item->state().invalid);
+    EXPECT_EQ(item->text(QAccessible::Name), QString());
+    EXPECT_EQ(item->rect(), QRect());
+}
+
+TEST_F(ScreenReaderOnAList, survivesTenThousandChangesOfTheRecordsItIsReading)
+{
+    std::vector<QAccessibleInterface*> held;
+    for (const int row : {0, 1, 7, 40, 999})
+        held.push_back(interface().child(row));
+    list.setFocus();
+    for (std::size_t change = 0; change < 10'000; ++change) {
+        const std::size_t count = change * 7919 % 1000;
+        list.reload(count, count / 2);
+        QTest::keyClick(&list, change % 3 ? Qt::Key_Down : Qt::Key_End);
+        for (std::size_t index = 0; index < held.size(); ++index) {
+            const int row = std::vector<int>{0, 1, 7, 40, 999}[index];
+            ASSERT_EQ(held[index]->isValid(), row < int(count));
+            held[index]->text(QAccessible::Name);
+            held[index]->state();
+            held[index]->rect();
+            ASSERT_EQ(held[index]->parent(), &interface());
+        }
+        ASSERT_EQ(interface().childCount(), int(count));
+        if (QAccessibleInterface* focused = interface().focusChild()) {
+            ASSERT_EQ(focused->text(QAccessible::Name), lineOf(std::size_t(list.currentRow())));
+        }
+    }
+}
+
+TEST_F(ScreenReader, holdsRowsThatOutliveTheirList)
+{
+    auto list =
+        std::make_unique<RowList>(RowList::Source{.makeRow =
+                                                      [] {
+                                                          return RowList::Row{new QWidget, [](std::size_t) {}};
+                                                      },
+                                                  .description = [](std::size_t) { return QStringLiteral("x"); },
+                                                  .copiedText = [](std::size_t) { return QString(); }});
+    list->reload(10, 0);
+    const QAccessible::Id id = QAccessible::uniqueId(spoken(*list).child(3));
+    list.reset();
+    QAccessibleInterface* item = QAccessible::accessibleInterface(id);
+    EXPECT_TRUE(!item || !item->isValid());
+}
+
+} // namespace
+} // namespace reelkeep

@@ -1,0 +1,299 @@
+#include "Fixtures/Desktops.h"
+#include "Fixtures/EventLoop.h"
+#include "Fixtures/Widgets.h"
+#include "UI/Controls.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+QFont doubled()
+{
+    QFont font = designFont();
+    font.setPixelSize(26);
+    return font;
+}
+
+/// The colour of a control's face, beside its label.
+QColor faceOf(QWidget& widget)
+{
+    return picture(widget).pixelColor(6, widget.height() / 2);
+}
+
+void placeAtIdealSize(QWidget& widget)
+{
+    widget.resize(widget.sizeHint());
+    widget.ensurePolished();
+}
+
+TEST(Button, isPressedBySpaceAndByEnter)
+{
+    Button button(QStringLiteral("Elegir camara"));
+    showActive(button);
+    const QSignalSpy presses(&button, &QPushButton::clicked);
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter})
+        QTest::keyClick(&button, key);
+    EXPECT_EQ(presses.count(), 3);
+}
+
+TEST(Button, isPressedByAClick)
+{
+    Button button(QStringLiteral("Elegir camara"));
+    showActive(button);
+    const QSignalSpy presses(&button, &QPushButton::clicked);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(presses.count(), 1);
+}
+
+TEST(Button, isNotPressedWhileDisabled)
+{
+    Button button(QStringLiteral("Elegir camara"));
+    showActive(button);
+    button.setEnabled(false);
+    const QSignalSpy presses(&button, &QPushButton::clicked);
+    QTest::keyClick(&button, Qt::Key_Return);
+    QTest::mouseClick(&button, Qt::LeftButton);
+    EXPECT_EQ(presses.count(), 0);
+}
+
+TEST(Button, is28HighAnd12WiderThanItsLabelAtEachSide)
+{
+    const Button button(QStringLiteral("Elegir camara"));
+    EXPECT_EQ(button.sizeHint().height(), 28);
+    EXPECT_NEAR(button.sizeHint().width(),
+                QFontMetricsF(type::body.font()).horizontalAdvance(QStringLiteral("Elegir camara")) + 24, 2);
+}
+
+TEST(Button, is48HighAndTakesAllTheWidthWhenLarge)
+{
+    Button button(QStringLiteral("No hay nada pendiente"));
+    button.setLarge(QStringLiteral("down"));
+    EXPECT_EQ(button.sizeHint().height(), 48);
+    EXPECT_EQ(button.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
+}
+
+TEST(Button, wrapsItsLabelWhereItIsTooNarrow)
+{
+    Button button(QStringLiteral("Copiar faltantes al HD seleccionado"));
+    button.setLarge(QStringLiteral("down"));
+    EXPECT_EQ(button.heightForWidth(button.sizeHint().width()), 48);
+    EXPECT_EQ(button.heightForWidth(button.sizeHint().width() - 10), 48 + 16);
+    EXPECT_LT(button.minimumSizeHint().width(), 180);
+}
+
+TEST(Button, showsAnAmpersandOfAName)
+{
+    Button button(QStringLiteral("A & B"));
+    Button other(QStringLiteral("A B"));
+    EXPECT_GT(button.sizeHint().width(), other.sizeHint().width());
+}
+
+/// As in the window: shown, and not a window of its own.
+template <class Control>
+Control& shownIn(QWidget& window, Control* control)
+{
+    control->setParent(&window);
+    showActive(window);
+    return *control;
+}
+
+TEST(Button, growsWithTheUsersFont)
+{
+    QWidget window;
+    Button& button = shownIn(window, new Button(QStringLiteral("Elegir camara")));
+    const int width = button.sizeHint().width();
+    const FontChange change(doubled());
+    EXPECT_EQ(button.sizeHint().height(), 32 + 12);
+    EXPECT_NEAR(button.sizeHint().width(), 2 * width - 24, 6);
+}
+
+struct Prominent {
+    QColor tint;
+    QColor face;
+};
+class ProminentButtonFace : public testing::TestWithParam<Prominent> {};
+
+bool areClose(const QColor& one, const QColor& other, int tolerance = 2)
+{
+    return std::abs(one.red() - other.red()) <= tolerance && std::abs(one.green() - other.green()) <= tolerance &&
+           std::abs(one.blue() - other.blue()) <= tolerance;
+}
+
+TEST_P(ProminentButtonFace, isTheTintShadedUntilWhiteIsReadable)
+{
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        Button button(QStringLiteral("Analizar ubicaciones"));
+        button.setTint(GetParam().tint);
+        placeAtIdealSize(button);
+        const QColor face = faceOf(button);
+        EXPECT_TRUE(areClose(face, GetParam().face)) << face.name().toStdString();
+        EXPECT_GE(Appearance::contrast(face, Qt::white), 4.5);
+    }
+}
+
+TEST_P(ProminentButtonFace, isNeutralGreyWhileDisabled)
+{
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        Button button(QStringLiteral("Analizar ubicaciones"));
+        button.setTint(GetParam().tint);
+        button.setEnabled(false);
+        placeAtIdealSize(button);
+        const QColor face = faceOf(button);
+        EXPECT_TRUE(areClose(face, QColor(face.red(), face.red(), face.red()), 1)) << face.name().toStdString();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Tints, ProminentButtonFace,
+                         testing::Values(Prominent{accent::analysisBlue, QColor(22, 117, 211)},
+                                         Prominent{accent::copyGreen, QColor(29, 132, 86)},
+                                         Prominent{accent::reviewOrange, QColor(171, 97, 28)}));
+
+TEST(Controls, showThatTheyHaveTheFocus)
+{
+    Button plain(QStringLiteral("Quitar"));
+    Button prominent(QStringLiteral("Elegir camara"));
+    prominent.setTint(accent::analysisBlue);
+    Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
+    PopUp popUp;
+    popUp.addItem(QStringLiteral("Disco A"));
+    for (QWidget* control : std::initializer_list<QWidget*>{&plain, &prominent, &toggle, &popUp}) {
+        placeAtIdealSize(*control);
+        showActive(*control);
+        control->clearFocus();
+        const QImage without = picture(*control);
+        control->setFocus();
+        EXPECT_NE(without, picture(*control)) << control->metaObject()->className();
+        control->hide();
+    }
+}
+
+TEST(Switch, isTurnedByItsWholeLine)
+{
+    Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
+    placeAtIdealSize(toggle);
+    showActive(toggle);
+    const QSignalSpy turns(&toggle, &QCheckBox::clicked);
+    QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(3, 11));
+    EXPECT_TRUE(toggle.isChecked());
+    QTest::mouseClick(&toggle, Qt::LeftButton, {}, QPoint(toggle.width() - 10, 11));
+    EXPECT_FALSE(toggle.isChecked());
+    EXPECT_EQ(turns.count(), 2);
+}
+
+TEST(Switch, isTurnedBySpace)
+{
+    Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
+    showActive(toggle);
+    QTest::keyClick(&toggle, Qt::Key_Space);
+    EXPECT_TRUE(toggle.isChecked());
+}
+
+TEST(Switch, isBlueWhileOn)
+{
+    Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
+    placeAtIdealSize(toggle);
+    toggle.setChecked(true);
+    const QImage on = picture(toggle);
+    // Left of the knob, inside the track.
+    const QPoint track(toggle.width() - 6 - 28, toggle.height() / 2);
+    EXPECT_TRUE(areClose(on.pixelColor(track), accent::analysisBlue)) << on.pixelColor(track).name().toStdString();
+    toggle.setChecked(false);
+    EXPECT_NE(on, picture(toggle));
+}
+
+TEST(Switch, growsWithTheUsersFont)
+{
+    QWidget window;
+    Switch& toggle = shownIn(window, new Switch(QStringLiteral("Mantener estructura de carpetas")));
+    const int width = toggle.sizeHint().width();
+    const FontChange change(doubled());
+    EXPECT_GT(toggle.sizeHint().width(), 1.7 * width);
+}
+
+TEST(PopUp, showsNothingWhileNothingIsChosen)
+{
+    PopUp popUp;
+    popUp.addItem(QStringLiteral("Disco A"));
+    popUp.setCurrentIndex(-1);
+    placeAtIdealSize(popUp);
+    const QImage nothing = picture(popUp);
+    popUp.setCurrentIndex(0);
+    EXPECT_NE(nothing, picture(popUp));
+}
+
+TEST(PopUp, isChosenFromWithTheArrowKeys)
+{
+    PopUp popUp;
+    popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B")});
+    showActive(popUp);
+    const QSignalSpy choices(&popUp, &QComboBox::activated);
+    QTest::keyClick(&popUp, Qt::Key_Down);
+    EXPECT_EQ(popUp.currentText(), QStringLiteral("Disco B"));
+    EXPECT_EQ(choices.count(), 1);
+}
+
+TEST(PopUp, leavesTheWheelToTheWindow)
+{
+    PopUp popUp;
+    popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B")});
+    showActive(popUp);
+    turnWheel(popUp, {5, 5}, -1);
+    EXPECT_EQ(popUp.currentText(), QStringLiteral("Disco A"));
+}
+
+TEST(PopUp, isNotWidenedByALongName)
+{
+    PopUp popUp;
+    popUp.addItem(QStringLiteral("Disco ").repeated(100));
+    EXPECT_LE(popUp.minimumSizeHint().width(), 80);
+}
+
+TEST(PopUp, growsWithTheUsersFont)
+{
+    QWidget window;
+    PopUp& popUp = shownIn(window, new PopUp);
+    popUp.addItem(QStringLiteral("Disco A"));
+    EXPECT_EQ(popUp.sizeHint().height(), 28);
+    const int width = popUp.sizeHint().width();
+    const FontChange change(doubled());
+    EXPECT_EQ(popUp.sizeHint().height(), 44);
+    EXPECT_GT(popUp.sizeHint().width(), width);
+}
+
+TEST(Bar, isFilledAsFarAsTheWorkIsDone)
+{
+    Bar bar;
+    bar.resize(200, 6);
+    bar.setFraction(0.5);
+    const QImage half = picture(bar);
+    EXPECT_TRUE(areClose(half.pixelColor(90, 3), accent::analysisBlue));
+    EXPECT_FALSE(areClose(half.pixelColor(110, 3), accent::analysisBlue, 40));
+    bar.setFraction(0);
+    EXPECT_FALSE(areClose(picture(bar).pixelColor(3, 3), accent::analysisBlue, 40));
+    bar.setFraction(1);
+    EXPECT_TRUE(areClose(picture(bar).pixelColor(196, 3), accent::analysisBlue));
+}
+
+TEST(Bar, staysWithinItsRange)
+{
+    Bar bar;
+    bar.setFraction(1.5);
+    EXPECT_EQ(bar.value(), bar.maximum());
+    bar.setFraction(-1);
+    EXPECT_EQ(bar.value(), bar.minimum());
+}
+
+TEST(Bar, isNeverIndeterminate)
+{
+    const Bar bar;
+    EXPECT_LT(bar.minimum(), bar.maximum());
+}
+
+} // namespace
+} // namespace reelkeep

@@ -1,0 +1,299 @@
+#include "Fixtures/Widgets.h"
+#include "UI/RowList.h"
+#include "UI/TextWidget.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+class Rows : public testing::Test {
+protected:
+    Rows()
+    {
+        list.resize(600, 220);
+        showActive(list);
+    }
+
+    RowList::Row makeRow()
+    {
+        ++made;
+        auto* text = new TextWidget;
+        return {text, [this, text](std::size_t index) {
+                    ++shown;
+                    text->setText(nameOf(index));
+                }};
+    }
+    static QString nameOf(std::size_t index) { return QStringLiteral("MVI_%1.MOV").arg(index); }
+    QStringList wordsInView() const
+    {
+        QStringList words;
+        for (const TextWidget* text : shownTexts(list)) {
+            if (text->parentWidget() == list.viewport() && text->geometry().intersects(list.viewport()->rect()))
+                words.append(text->text());
+        }
+        std::sort(words.begin(), words.end());
+        return words;
+    }
+    int scrollPosition() const { return list.verticalScrollBar()->value(); }
+    void press(Qt::Key key) { QTest::keyClick(&list, key); }
+
+    int made = 0;
+    int shown = 0;
+    RowList list{{.makeRow = [this] { return makeRow(); },
+                  .description = [](std::size_t index) { return nameOf(index) + QStringLiteral(", 1 kB"); },
+                  .copiedText = [](std::size_t index) { return QStringLiteral("DCIM/") + nameOf(index); }}};
+};
+
+TEST_F(Rows, areBuiltOnlyForWhatIsInView)
+{
+    list.reload(100'000, 0);
+    EXPECT_LE(list.builtRowCount(), 7U);
+    EXPECT_LE(made, 8);
+    EXPECT_EQ(wordsInView(), (QStringList{nameOf(0), nameOf(1), nameOf(2), nameOf(3), nameOf(4)}));
+    EXPECT_EQ(list.rowCount(), 100'000);
+}
+
+TEST_F(Rows, areUsedAgainWhileTheListScrolls)
+{
+    list.reload(100'000, 0);
+    const int before = made;
+    for (int position = 0; position < list.verticalScrollBar()->maximum(); position += 1'000'000)
+        list.verticalScrollBar()->setValue(position);
+    list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum());
+    EXPECT_EQ(made, before);
+    EXPECT_TRUE(wordsInView().contains(nameOf(99'999)));
+}
+
+TEST_F(Rows, showTheRecordsAroundTheScrollPosition)
+{
+    list.reload(100'000, 0);
+    list.verticalScrollBar()->setValue(10 + 50'000 * 49);
+    EXPECT_EQ(wordsInView(),
+              (QStringList{nameOf(50'000), nameOf(50'001), nameOf(50'002), nameOf(50'003), nameOf(50'004)}));
+}
+
+TEST_F(Rows, areNotShownAnewWhileTheyStayInView)
+{
+    list.reload(100, 0);
+    shown = 0;
+    list.verticalScrollBar()->setValue(10);
+    EXPECT_EQ(shown, 0);
+    list.verticalScrollBar()->setValue(10 + 49);
+    EXPECT_EQ(shown, 1);
+}
+
+TEST_F(Rows, stand49Apart)
+{
+    list.reload(100, 0);
+    EXPECT_EQ(list.rowRect(0), QRect(10, 10, list.viewport()->width() - 20, 49));
+    EXPECT_EQ(list.rowRect(1).top(), 59);
+    EXPECT_EQ(list.verticalScrollBar()->maximum(), 100 * 49 + 20 - 220);
+}
+
+TEST_F(Rows, needNoScrollingWhileTheyFit)
+{
+    list.reload(4, 0);
+    EXPECT_EQ(list.verticalScrollBar()->maximum(), 0);
+    EXPECT_EQ(wordsInView().size(), 4);
+}
+
+TEST_F(Rows, areGoneWhenTheRecordsAre)
+{
+    list.reload(100, 0);
+    list.reload(0, 0);
+    EXPECT_EQ(wordsInView(), QStringList());
+    EXPECT_EQ(list.currentRow(), -1);
+    press(Qt::Key_Down);
+    EXPECT_EQ(list.currentRow(), -1);
+}
+
+TEST_F(Rows, beginAtTheTopWhenTheRecordsAreOthers)
+{
+    list.reload(100, 0);
+    list.setCurrentRow(70);
+    EXPECT_GT(scrollPosition(), 0);
+    list.reload(90, 0);
+    EXPECT_EQ(scrollPosition(), 0);
+    EXPECT_EQ(list.currentRow(), 0);
+}
+
+TEST_F(Rows, areFoundByTheirPlace)
+{
+    list.reload(100, 0);
+    EXPECT_EQ(list.rowAt({20, 5}), -1);
+    EXPECT_EQ(list.rowAt({20, 10}), 0);
+    EXPECT_EQ(list.rowAt({20, 10 + 49}), 1);
+    list.verticalScrollBar()->setValue(490);
+    EXPECT_EQ(list.rowAt({20, 10}), 10);
+}
+
+TEST_F(Rows, areWalkedWithTheArrowKeys)
+{
+    list.reload(100, 0);
+    list.setFocus();
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(list.currentRow(), 2);
+    press(Qt::Key_Up);
+    EXPECT_EQ(list.currentRow(), 1);
+    press(Qt::Key_Up);
+    press(Qt::Key_Up);
+    EXPECT_EQ(list.currentRow(), 0);
+}
+
+TEST_F(Rows, areWalkedByPagesAndToTheEnds)
+{
+    list.reload(100, 0);
+    list.setFocus();
+    press(Qt::Key_PageDown);
+    EXPECT_EQ(list.currentRow(), 3);
+    press(Qt::Key_End);
+    EXPECT_EQ(list.currentRow(), 99);
+    EXPECT_TRUE(wordsInView().contains(nameOf(99)));
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(list.currentRow(), 96);
+    press(Qt::Key_Home);
+    EXPECT_EQ(list.currentRow(), 0);
+    EXPECT_EQ(scrollPosition(), 0);
+}
+
+TEST_F(Rows, comeIntoViewWhenTheyBecomeCurrent)
+{
+    list.reload(100, 0);
+    list.setFocus();
+    for (int count = 0; count < 60; ++count) {
+        press(Qt::Key_Down);
+        ASSERT_TRUE(list.viewport()->rect().contains(list.rowRect(list.currentRow())));
+    }
+}
+
+TEST_F(Rows, becomeCurrentByAClick)
+{
+    list.reload(100, 0);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, QPoint(500, 10 + 2 * 49 + 5));
+    EXPECT_EQ(list.currentRow(), 2);
+}
+
+TEST_F(Rows, areCopiedByTheKeyboard)
+{
+    list.reload(100, 0);
+    list.setFocus();
+    list.setCurrentRow(7);
+    QTest::keySequence(&list, QKeySequence::Copy);
+    EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("DCIM/MVI_7.MOV"));
+}
+
+TEST_F(Rows, showWhichOneIsCurrentWhileTheListHasTheFocus)
+{
+    list.reload(4, 0);
+    list.clearFocus();
+    const QImage without = picture(list);
+    list.setFocus();
+    EXPECT_NE(without, picture(list));
+}
+
+TEST_F(Rows, areAsTallAsTheOneThatNeedsMost)
+{
+    RowList wrapping({.makeRow =
+                          [] {
+                              auto* text = new TextWidget;
+                              return RowList::Row{text, [text](std::size_t index) {
+                                                      text->setText(
+                                                          QStringLiteral("palabra ").repeated(index == 5 ? 60 : 1));
+                                                  }};
+                          },
+                      .description = [](std::size_t) { return QString(); },
+                      .copiedText = [](std::size_t) { return QString(); }});
+    wrapping.resize(300, 220);
+    wrapping.show();
+    wrapping.reload(10, 5);
+    const int narrow = wrapping.rowRect(0).height();
+    EXPECT_GT(narrow, 49);
+    wrapping.resize(600, 220);
+    EXPECT_LT(wrapping.rowRect(0).height(), narrow);
+    EXPECT_GT(wrapping.rowRect(0).height(), 49);
+}
+
+TEST_F(Rows, fillATallerList)
+{
+    list.reload(100, 0);
+    list.resize(600, 900);
+    EXPECT_EQ(wordsInView().size(), 19);
+}
+
+/// A list in the middle of a window that is too low for what it holds.
+class RowsInAScrolledWindow : public Rows {
+protected:
+    RowsInAScrolledWindow()
+    {
+        list.setParent(nullptr);
+        auto* content = new QWidget;
+        auto* column = new QVBoxLayout(content);
+        auto* above = new QWidget;
+        above->setFixedHeight(100);
+        auto* below = new QWidget;
+        below->setFixedHeight(600);
+        column->addWidget(above);
+        column->addWidget(&list);
+        column->addWidget(below);
+        list.setFixedHeight(220);
+        list.reload(100, 0);
+        window.setWidget(content);
+        window.setWidgetResizable(true);
+        window.resize(600, 400);
+        showActive(window);
+    }
+    ~RowsInAScrolledWindow() override { list.setParent(nullptr); }
+
+    int windowPosition() const { return window.verticalScrollBar()->value(); }
+    void turn(int notches) { turnWheel(*list.viewport(), {300, 100}, notches); }
+
+    QScrollArea window;
+};
+
+TEST_F(RowsInAScrolledWindow, scrollWithTheWheelBeforeTheWindowDoes)
+{
+    turn(-1);
+    EXPECT_GT(scrollPosition(), 0);
+    EXPECT_EQ(windowPosition(), 0);
+}
+
+TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowAtTheirEnd)
+{
+    list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum());
+    turn(-1);
+    EXPECT_GT(windowPosition(), 0);
+}
+
+TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowAtTheirBeginning)
+{
+    window.verticalScrollBar()->setValue(100);
+    turn(1);
+    EXPECT_EQ(scrollPosition(), 0);
+    EXPECT_LT(windowPosition(), 100);
+}
+
+TEST_F(RowsInAScrolledWindow, scrollWithTheWheelOverTheTextsInThem)
+{
+    TextWidget* text = shownTexts(*list.viewport()).front();
+    turnWheel(*text, {5, 5}, -1);
+    EXPECT_GT(scrollPosition(), 0);
+}
+
+TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowWhileTheyAllFit)
+{
+    list.reload(3, 0);
+    turn(-1);
+    EXPECT_GT(windowPosition(), 0);
+}
+
+} // namespace
+} // namespace reelkeep

@@ -1,0 +1,375 @@
+#include "Fixtures/Desktops.h"
+#include "Fixtures/Widgets.h"
+#include "UI/TextWidget.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QFontMetricsF>
+#include <QMenu>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+const QString longPath = QStringLiteral("/media/ana/") + QStringLiteral("Proyectos terminados/").repeated(40) +
+                         QStringLiteral("el ultimo.MOV");
+
+class Words : public testing::Test {
+protected:
+    TextWidget& make(const QString& content)
+    {
+        text.setText(content);
+        text.resize(text.sizeHint());
+        return text;
+    }
+    TextWidget& make(const QString& content, int width)
+    {
+        text.setText(content);
+        text.resize(width, text.heightForWidth(width));
+        return text;
+    }
+    TextWidget& makeSelectable(const QString& content)
+    {
+        text.setSelectable(true);
+        make(content);
+        showActive(text);
+        text.setFocus();
+        return text;
+    }
+    TextWidget& makePath(int width)
+    {
+        text.setStyle(type::monospacedCaption);
+        text.setWrapsAnywhere(true);
+        text.setLineLimit(3);
+        text.setSelectable(true);
+        make(longPath, width);
+        showActive(text);
+        text.setFocus();
+        return text;
+    }
+    QString clipboard() const { return QApplication::clipboard()->text(); }
+
+    TextWidget text;
+};
+
+TEST_F(Words, standInOneLineAtTheirIdealWidth)
+{
+    make(QStringLiteral("Videos pendientes de copiar"));
+    EXPECT_EQ(text.height(), 16);
+    EXPECT_GE(text.width(), QFontMetricsF(type::body.font()).horizontalAdvance(text.text()));
+    EXPECT_FALSE(text.isCut());
+}
+
+TEST_F(Words, wrapBetweenWordsWhereTheyAreTooWide)
+{
+    const int ideal = make(QStringLiteral("Videos pendientes")).width();
+    make(QStringLiteral("Videos pendientes"), ideal - 10);
+    EXPECT_EQ(text.height(), 32);
+    EXPECT_EQ(text.characterRect(6).top(), 0);
+    EXPECT_EQ(text.characterRect(7).top(), 16);
+    EXPECT_EQ(text.characterRect(7).left(), 0);
+}
+
+TEST_F(Words, wrapInsideAWordThatIsTooWideAlone)
+{
+    make(QStringLiteral("x").repeated(200), 100);
+    EXPECT_GT(text.height(), 10 * 16);
+    for (int position = 0; position < 200; ++position)
+        ASSERT_LE(text.characterRect(position).right(), 101) << position;
+}
+
+TEST_F(Words, breakAnywhereWhenTheyAreAPath)
+{
+    const QString path = QStringLiteral("/media/ana/Proyectos terminados/2026");
+    text.setWrapsAnywhere(true);
+    const int ideal = make(path).width();
+    make(path, ideal - 20);
+    EXPECT_EQ(text.height(), 32);
+    // The first line is full: the break is inside "2026", not before it.
+    EXPECT_EQ(text.characterRect(int(path.size()) - 4).top(), 0);
+    EXPECT_EQ(text.characterRect(int(path.size()) - 1).top(), 16);
+}
+
+TEST_F(Words, needNoMoreThanOneLineWhenEmpty)
+{
+    make(QString());
+    EXPECT_EQ(text.heightForWidth(100), 16);
+}
+
+TEST_F(Words, areNeverTallerThanTheirLineLimit)
+{
+    makePath(300);
+    EXPECT_EQ(text.height(), 3 * 13);
+    EXPECT_EQ(text.heightForWidth(50), 3 * 13);
+    EXPECT_FALSE(text.isCut()) << "what the limit cuts off is meant to be cut off";
+}
+
+TEST_F(Words, endInAnEllipsisWhereTheLineLimitCutsThem)
+{
+    const QString sentence = QStringLiteral("Una frase que no cabe en una sola linea de la ventana");
+    text.setLineLimit(1);
+    make(sentence, 150);
+    const QImage cut = picture(text);
+
+    TextWidget expected;
+    expected.setText(QFontMetricsF(type::body.font()).elidedText(sentence, Qt::ElideRight, 150));
+    ASSERT_TRUE(expected.text().endsWith(QStringLiteral("…")));
+    expected.resize(150, 16);
+    EXPECT_EQ(cut, picture(expected));
+}
+
+TEST_F(Words, endWithoutEllipsisWhereTheyFit)
+{
+    text.setLineLimit(3);
+    make(QStringLiteral("/media/ana"));
+    const QImage limited = picture(text);
+    text.setLineLimit(0);
+    EXPECT_EQ(limited, picture(text));
+}
+
+TEST_F(Words, areCutWhereTheWidgetIsTooLow)
+{
+    make(QStringLiteral("Videos pendientes"), 90);
+    EXPECT_FALSE(text.isCut());
+    text.resize(90, 16);
+    EXPECT_TRUE(text.isCut());
+}
+
+TEST_F(Words, areCopiedWholeAlthoughTheirEndIsCutOff)
+{
+    makePath(300);
+    QTest::keySequence(&text, QKeySequence::SelectAll);
+    QTest::keySequence(&text, QKeySequence::Copy);
+    EXPECT_EQ(clipboard(), longPath);
+}
+
+TEST_F(Words, areCopiedWholeWhenNothingIsSelected)
+{
+    makePath(300);
+    QTest::keySequence(&text, QKeySequence::Copy);
+    EXPECT_EQ(clipboard(), longPath);
+}
+
+TEST_F(Words, areSelectedToTheirCutOffEndByADragAcrossTheEllipsis)
+{
+    makePath(300);
+    QTest::mousePress(&text, Qt::LeftButton, {}, QPoint(0, 3));
+    QTest::mouseMove(&text, QPoint(299, 38));
+    QTest::mouseRelease(&text, Qt::LeftButton, {}, QPoint(299, 38));
+    EXPECT_EQ(text.selectedText(), longPath);
+}
+
+TEST_F(Words, areSelectedByADrag)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    QTest::mousePress(&text, Qt::LeftButton, {}, text.characterRect(7).topLeft().toPoint() + QPoint(0, 8));
+    QTest::mouseMove(&text, text.characterRect(10).topLeft().toPoint() + QPoint(0, 8));
+    QTest::mouseRelease(&text, Qt::LeftButton, {}, text.characterRect(10).topLeft().toPoint() + QPoint(0, 8));
+    EXPECT_EQ(text.selectedText(), QStringLiteral("ana"));
+    QTest::keySequence(&text, QKeySequence::Copy);
+    EXPECT_EQ(clipboard(), QStringLiteral("ana"));
+}
+
+TEST_F(Words, areSelectedAcrossLinesByADrag)
+{
+    text.setWrapsAnywhere(true);
+    makeSelectable(QStringLiteral("/media/ana/EOS_DIGITAL/DCIM/100CANON"));
+    text.resize(120, text.heightForWidth(120));
+    const auto from = text.characterRect(7).center().toPoint() - QPoint(3, 0);
+    const auto to = text.characterRect(23).center().toPoint() - QPoint(3, 0);
+    ASSERT_NE(from.y(), to.y());
+    QTest::mousePress(&text, Qt::LeftButton, {}, from);
+    QTest::mouseMove(&text, to);
+    QTest::mouseRelease(&text, Qt::LeftButton, {}, to);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("ana/EOS_DIGITAL/"));
+}
+
+TEST_F(Words, areSelectedWhollyByADoubleClick)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    QTest::mouseDClick(&text, Qt::LeftButton, {}, QPoint(20, 8));
+    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
+}
+
+TEST_F(Words, extendTheirSelectionToAClickWithShift)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    QTest::mouseClick(&text, Qt::LeftButton, {}, text.characterRect(1).topLeft().toPoint() + QPoint(0, 8));
+    QTest::mouseClick(&text, Qt::LeftButton, Qt::ShiftModifier,
+                      text.characterRect(6).topLeft().toPoint() + QPoint(0, 8));
+    EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
+}
+
+TEST_F(Words, areSelectedByKeys)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
+    for (int count = 0; count < 6; ++count)
+        QTest::keySequence(&text, QKeySequence::SelectNextChar);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("/media"));
+    QTest::keySequence(&text, QKeySequence::SelectPreviousChar);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("/medi"));
+    QTest::keySequence(&text, QKeySequence::SelectEndOfLine);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
+    QTest::keySequence(&text, QKeySequence::MoveToEndOfLine);
+    EXPECT_FALSE(text.hasSelection());
+    QTest::keySequence(&text, QKeySequence::SelectStartOfLine);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
+}
+
+TEST_F(Words, areSelectedCharacterByCharacterAlsoWhereOneTakesTwoUnits)
+{
+    makeSelectable(QStringLiteral("🎬.MOV"));
+    QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
+    QTest::keySequence(&text, QKeySequence::SelectNextChar);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("🎬"));
+    QTest::keySequence(&text, QKeySequence::SelectNextChar);
+    QTest::keySequence(&text, QKeySequence::SelectPreviousChar);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("🎬"));
+    QTest::keySequence(&text, QKeySequence::SelectPreviousChar);
+    EXPECT_FALSE(text.hasSelection());
+}
+
+TEST_F(Words, showWhatIsSelected)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    const QImage plain = picture(text);
+    QTest::keySequence(&text, QKeySequence::SelectAll);
+    EXPECT_NE(plain, picture(text));
+}
+
+TEST_F(Words, offerToBeCopiedInAMenu)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), text.mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&text, &event);
+    auto* menu = text.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    ASSERT_EQ(menu->actions().size(), 2);
+    EXPECT_EQ(menu->actions().at(0)->text(), QStringLiteral("Copiar"));
+    EXPECT_EQ(menu->actions().at(1)->text(), QStringLiteral("Seleccionar todo"));
+    menu->actions().at(1)->trigger();
+    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
+    QApplication::clipboard()->clear();
+    menu->actions().at(0)->trigger();
+    EXPECT_EQ(clipboard(), QStringLiteral("/media/ana/EOS"));
+    menu->close();
+}
+
+TEST_F(Words, loseTheirSelectionWithTheFocus)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    text.selectAll();
+    text.clearFocus();
+    EXPECT_FALSE(text.hasSelection());
+}
+
+TEST_F(Words, loseTheirSelectionWhenTheyChange)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    text.selectAll();
+    text.setText(QStringLiteral("/media/ana"));
+    EXPECT_FALSE(text.hasSelection());
+    EXPECT_EQ(text.selectedText(), QString());
+}
+
+TEST_F(Words, keepTheirSelectionWhenTheyAreSetAgainUnchanged)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    text.select(1, 6);
+    text.setText(QStringLiteral("/media/ana/EOS"));
+    EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
+}
+
+TEST_F(Words, cannotBeSelectedUnlessMeantTo)
+{
+    make(QStringLiteral("Listo"));
+    showActive(text);
+    QTest::mouseDClick(&text, Qt::LeftButton, {}, QPoint(5, 5));
+    QTest::mousePress(&text, Qt::LeftButton, {}, QPoint(0, 5));
+    QTest::mouseMove(&text, QPoint(20, 5));
+    QTest::mouseRelease(&text, Qt::LeftButton, {}, QPoint(20, 5));
+    EXPECT_FALSE(text.hasSelection());
+    EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
+}
+
+TEST_F(Words, areAStopOfTheTabKeyWhenSelectable)
+{
+    text.setSelectable(true);
+    EXPECT_EQ(text.focusPolicy(), Qt::StrongFocus);
+    text.setSelectable(false);
+    EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
+}
+
+TEST_F(Words, showControlCharactersAsSymbols)
+{
+    const QString name = QStringLiteral("a\nb\tc\x7f") + QChar::LineSeparator + QStringLiteral("d\r");
+    make(name);
+    EXPECT_EQ(text.height(), 16) << "a line feed in a name begins no new line";
+    const QImage shown = picture(text);
+    TextWidget expected;
+    expected.setText(QStringLiteral("a␊b␉c␡␤d␍"));
+    expected.resize(text.size());
+    EXPECT_EQ(shown, picture(expected));
+}
+
+TEST_F(Words, areCopiedWithTheirControlCharacters)
+{
+    const QString name = QStringLiteral("a\nb\tc.MOV");
+    makeSelectable(name);
+    QTest::keySequence(&text, QKeySequence::SelectAll);
+    QTest::keySequence(&text, QKeySequence::Copy);
+    EXPECT_EQ(clipboard(), name);
+}
+
+TEST_F(Words, arePlainText)
+{
+    const QString name = QStringLiteral("<b>x</b> &amp; %1.MOV");
+    make(name);
+    EXPECT_GE(text.width(), QFontMetricsF(type::body.font()).horizontalAdvance(name));
+    EXPECT_EQ(text.text(), name);
+}
+
+TEST_F(Words, wrapAtTheWidthTheyAreLimitedTo)
+{
+    text.setMaximumTextWidth(100);
+    make(QStringLiteral("Los videos extra no se consideran un problema"));
+    EXPECT_EQ(text.width(), 100);
+    EXPECT_GT(text.height(), 16);
+}
+
+TEST_F(Words, standAtTheEdgeTheyAreAlignedTo)
+{
+    make(QStringLiteral("abc"), 200);
+    EXPECT_EQ(text.characterRect(0).left(), 0);
+    text.setAlignment(Qt::AlignRight);
+    EXPECT_NEAR(text.characterRect(2).right(), 200, 1);
+    text.setAlignment(Qt::AlignHCenter);
+    EXPECT_NEAR((text.characterRect(0).left() + text.characterRect(2).right()) / 2, 100, 1);
+}
+
+TEST_F(Words, growWithTheUsersFont)
+{
+    make(QStringLiteral("Videos pendientes"));
+    const int width = text.width();
+    QFont larger = designFont();
+    larger.setPixelSize(26);
+    const FontChange change(larger);
+    EXPECT_EQ(text.sizeHint().height(), 32);
+    EXPECT_NEAR(text.sizeHint().width(), 2 * width, 0.05 * width);
+}
+
+TEST_F(Words, neverShrinkBelowTheirDesignedSize)
+{
+    const int width = make(QStringLiteral("Videos pendientes")).width();
+    QFont smaller = designFont();
+    smaller.setPixelSize(9);
+    const FontChange change(smaller);
+    EXPECT_EQ(text.sizeHint(), QSize(width, 16));
+}
+
+} // namespace
+} // namespace reelkeep

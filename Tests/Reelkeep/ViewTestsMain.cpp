@@ -1,0 +1,46 @@
+#include "Fixtures/Desktops.h"
+#include "UI/Accessible.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QLocale>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace {
+
+/// Common screens beside each other; the first is the primary one.
+const char* const screens = R"({"screens": [
+    {"name": "full", "x": 0, "y": 0, "width": 1920, "height": 1080},
+    {"name": "laptop", "x": 2000, "y": 0, "width": 1366, "height": 768},
+    {"name": "tall", "x": 4000, "y": 0, "width": 3000, "height": 3000},
+    {"name": "sharp", "x": 8000, "y": 0, "width": 1920, "height": 1080, "dpr": 2}]})";
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // What the tests see must not depend on the desktop they happen to run on, nor leave anything in its home.
+    const QTemporaryDir home;
+    for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
+        qputenv(variable, home.path().toUtf8());
+    std::ofstream(home.filePath("screens.json").toStdString()) << screens;
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + home.filePath("screens.json").toUtf8());
+    qunsetenv("QT_STYLE_OVERRIDE");
+    qunsetenv("QT_SCALE_FACTOR");
+
+    QApplication application(argc, argv);
+    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setFont(reelkeep::designFont());
+    QApplication::setPalette(reelkeep::lightPalette());
+    QLocale::setDefault(QLocale(QLocale::Spanish, QLocale::Spain));
+    QAccessible::setActive(true);
+    reelkeep::installAccessibility();
+
+    testing::InitGoogleTest(&argc, argv);
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    return RUN_ALL_TESTS();
+}
