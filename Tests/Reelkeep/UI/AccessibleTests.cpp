@@ -153,17 +153,43 @@ TEST_F(ScreenReader, turnsASwitch)
     EXPECT_FALSE(toggle.state().checked);
 }
 
-TEST_F(ScreenReader, namesAChooser)
+TEST_F(ScreenReader, readsAChooserByItsLabelAndItsChoice)
 {
-    const auto& chooser = inside<QComboBox>(Picker(
-        QStringLiteral("HD de copia activo"),
-        [] {
-            return std::vector<PickerEntry>{{"/a", QStringLiteral("a")}, {"/b", QStringLiteral("b")}};
-        },
-        [] { return std::string("/b"); }, [](const std::string&) {}));
+    std::string chosen = "/b";
+    const auto entries = [] {
+        return std::vector<PickerEntry>{{"/a", QStringLiteral("a")}, {"/b", QStringLiteral("b")}};
+    };
+    View view = Picker(
+        QStringLiteral("HD de copia activo"), entries, [&] { return chosen; }, [](const std::string&) {});
+    const auto& chooser = inside<QComboBox>(view);
     EXPECT_EQ(chooser.role(), QAccessible::ComboBox);
-    EXPECT_EQ(chooser.text(QAccessible::Description), QStringLiteral("HD de copia activo"));
+    EXPECT_EQ(chooser.text(QAccessible::Name), QStringLiteral("HD de copia activo: b"));
     EXPECT_EQ(chooser.text(QAccessible::Value), QStringLiteral("b"));
+    chosen.clear();
+    view.refresh();
+    EXPECT_EQ(chooser.text(QAccessible::Name), QStringLiteral("HD de copia activo"));
+    EXPECT_EQ(chooser.text(QAccessible::Value), QString());
+}
+
+TEST_F(ScreenReader, opensAChooser)
+{
+    auto& chooser = made(VStack({}, {Picker(
+                                        QStringLiteral("HD de copia activo"),
+                                        [] {
+                                            return std::vector<PickerEntry>{{"/a", QStringLiteral("a")}};
+                                        },
+                                        [] { return std::string("/a"); }, [](const std::string&) {})}));
+    (void)chooser;
+    showActive(*widget);
+    auto& popUp = spoken(*widget->findChild<QComboBox*>());
+    EXPECT_TRUE(popUp.state().expandable);
+    EXPECT_FALSE(popUp.state().expanded);
+    popUp.actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
+    EXPECT_TRUE(popUp.state().expanded);
+    ASSERT_EQ(popUp.childCount(), 1);
+    EXPECT_EQ(popUp.child(0)->childCount(), 1);
+    popUp.actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
+    EXPECT_FALSE(popUp.state().expanded);
 }
 
 TEST_F(ScreenReader, readsHowFarAProgressBarIs)
