@@ -1,5 +1,6 @@
 #include "ContentView.h"
 #include "Platform/ApplicationEnd.h"
+#include "Platform/DesktopIdentity.h"
 #include "Platform/QtFolderDialog.h"
 #include "Platform/SleepInhibitor.h"
 #include "UI/ScrollingWindow.h"
@@ -32,7 +33,7 @@ public:
         // A write beyond the allowed file size shall fail with an error text instead of ending the program.
         std::signal(SIGXFSZ, SIG_IGN);
         QApplication application(argc, argv);
-        QApplication::setApplicationName(QStringLiteral("reelkeep"));
+        identifyToDesktop();
         // The program speaks Spanish to everybody; the toolkit's own texts follow.
         QTranslator standardTexts;
         if (standardTexts.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))

@@ -1,0 +1,50 @@
+#!/usr/bin/python3
+"""How the program stands on the desktop, one test in a process: desktopIdentityTests.py PROGRAM DesktopIdentity.TEST"""
+
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+from desktop import Desktop
+from screen import BUTTON, LABEL
+from window import CAMERA, DESTINATION, REVIEW, Window
+
+ID = "org.reelkeep.Reelkeep"
+PROGRAM = None
+
+
+class DesktopIdentity(unittest.TestCase):
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop())
+
+    def property(self, window, name):
+        """What an X11 window tells the desktop of itself."""
+        said = subprocess.run(["xprop", "-notype", "-name", window, name], env=self.desktop.environment,
+                              stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True).stdout
+        return said.partition(" = ")[2].strip()
+
+    def test_window_and_dialogs_belong_to_the_installed_application(self):
+        window = Window(self.desktop.run(PROGRAM))
+        dialog = window.ask(CAMERA)
+        for title in ("Reelkeep", CAMERA[1]):
+            self.assertEqual(self.property(title, "WM_CLASS"), f'"reelkeep", "{ID}"')
+            self.assertIn("Icon (64 x 64)", self.property(title, "_NET_WM_ICON"))
+        dialog.cancel()
+
+    def test_dialogs_speak_spanish_in_any_locale(self):
+        window = Window(self.desktop.run(PROGRAM, LANG="de_DE.UTF-8", LANGUAGE="de:fr"))
+        for question in (CAMERA, DESTINATION, REVIEW):
+            dialog = window.ask(question)
+            buttons = {button.name for button in dialog.window.all(BUTTON) if button.name and button.showing}
+            self.assertLessEqual({"Seleccionar", "Cancelar", "Directorio superior", "Atrás", "Siguiente"}, buttons)
+            labels = {label.name for label in dialog.window.all(LABEL) if label.showing}
+            self.assertLessEqual({"Ver en:", "Directorio:"}, labels)
+            dialog.cancel()
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    PROGRAM = Path(sys.argv.pop(1)).absolute()
+    unittest.main(verbosity=2)
