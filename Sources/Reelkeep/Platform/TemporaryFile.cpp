@@ -96,9 +96,12 @@ void TemporaryFile::removeLeftover(const std::string& name)
     lock(leftover.get(), name);
     // A reservation goes before the sealed file, which is all that tells it from somebody's empty file.
     struct stat status = {};
-    if (::fstatat(folder.get(), targetName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-        isAbandonedReservation(target, status) && ::unlinkat(folder.get(), targetName.c_str(), 0) != 0)
+    if (::fstatat(folder.get(), targetName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENOENT)
+            throw failure(errno);
+    } else if (isAbandonedReservation(target, status) && ::unlinkat(folder.get(), targetName.c_str(), 0) != 0) {
         throw failure(errno);
+    }
     if (::unlinkat(folder.get(), name.c_str(), 0) != 0)
         throw failure(errno);
 }

@@ -65,7 +65,7 @@ private:
 std::optional<std::int64_t> largestFile(std::int64_t fileSystemType);
 
 /// Whether what stands at `place` is only the empty file with which a run, killed in the act of publishing, held the
-/// name on a disk that can neither link nor rename without replacing.
+/// name on a disk that can neither link nor rename without replacing. Throws FileError when it cannot be told.
 bool isAbandonedReservation(const Location& place, const struct stat& status);
 
 } // namespace reelkeep

@@ -64,22 +64,28 @@ bool TemporaryFile::publishByLink()
 void TemporaryFile::publishOverReservation()
 {
     const std::string sealed = sealedName(targetName, fileSystem);
-    if (::renameat(folder.get(), currentName.c_str(), folder.get(), sealed.c_str()) != 0)
-        throw publishingFailure(errno);
+    if (::renameat(folder.get(), currentName.c_str(), folder.get(), sealed.c_str()) != 0) {
+        const FileError error = publishingFailure(errno);
+        ::unlinkat(folder.get(), sealed.c_str(), 0); // a failure over a bad connection may have done its work
+        throw error;
+    }
     currentName = sealed;
     // Not opened: FUSE disks keep an open file under another name when it is replaced.
-    if (::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) != 0)
-        throw publishingFailure(errno);
+    const bool isReserved = ::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0;
+    if (!isReserved && errno == EEXIST)
+        throw publishingFailure(EEXIST);
     struct stat reserved = {};
     const auto look = [&] { return ::fstatat(folder.get(), targetName.c_str(), &reserved, AT_SYMLINK_NOFOLLOW) == 0; };
-    const bool isSeen = look();
+    const bool isSeen = isReserved && look();
     if (isSeen && !isEmptyFile(reserved))
         throw publishingFailure(EEXIST);
     if (isSeen && ::renameat(folder.get(), sealed.c_str(), folder.get(), targetName.c_str()) == 0)
         return;
     const FileError error = publishingFailure(errno);
-    if (look() && isEmptyFile(reserved))
-        ::unlinkat(folder.get(), targetName.c_str(), 0);
+    const bool isFree =
+        look() ? !isEmptyFile(reserved) || ::unlinkat(folder.get(), targetName.c_str(), 0) == 0 : errno == ENOENT;
+    if (!isFree)
+        currentName.clear(); // the sealed file stays as long as the empty one does: it tells what that is
     throw error;
 }
 
@@ -101,12 +107,18 @@ bool isAbandonedReservation(const Location& place, const struct stat& status)
         return false;
     const Location folder = place.deletingLastPathComponent();
     const ReachablePath path(folder.path());
-    const FileDescriptor opened(::openat(path.folder(), path.rest(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor opened(
+        uninterrupted([&] { return ::openat(path.folder(), path.rest(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
     struct statfs fileSystem = {};
-    struct stat sealed = {};
-    return opened && ::fstatfs(opened.get(), &fileSystem) == 0 &&
-           ::fstatat(opened.get(), sealedName(place.lastPathComponent(), fileSystem).c_str(), &sealed,
-                     AT_SYMLINK_NOFOLLOW) == 0;
+    if (!opened || ::fstatfs(opened.get(), &fileSystem) != 0)
+        throw FileError(place.path(), errno);
+    const std::string sealed = sealedName(place.lastPathComponent(), fileSystem);
+    struct stat sealedStatus = {};
+    if (::fstatat(opened.get(), sealed.c_str(), &sealedStatus, AT_SYMLINK_NOFOLLOW) == 0)
+        return true;
+    if (errno == ENOENT)
+        return false;
+    throw FileError(place.path(), errno);
 }
 
 } // namespace reelkeep
