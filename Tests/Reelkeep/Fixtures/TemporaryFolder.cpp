@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace reelkeep {
@@ -49,7 +48,10 @@ std::string contentOf(const Location& file)
     std::ifstream stream(file.path(), std::ios::binary);
     if (!stream)
         throw std::runtime_error("cannot read " + file.path());
-    return {std::istreambuf_iterator<char>(stream), {}};
+    std::string content(fs::file_size(file.path()), '\0');
+    stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+    content.resize(static_cast<std::size_t>(stream.gcount()));
+    return content;
 }
 
 std::vector<std::string> everythingBelow(const Location& folder)

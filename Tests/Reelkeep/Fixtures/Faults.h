@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+/// System calls that fail on demand. The linker leads every call of the program under test here first
+/// (`--wrap`, see CMakeLists.txt), so that the tested code has no part in it.
+namespace reelkeep::faults {
+
+constexpr std::size_t forEver = std::numeric_limits<std::size_t>::max();
+
+struct Plan {
+    std::string call = {};      ///< The function that fails; empty for every one.
+    std::size_t occurrence = 0; ///< The first call that fails, counted from 1; 0 for none.
+    std::size_t times = 1;      ///< How many calls fail from there on.
+    int errorNumber = 0;
+    bool happensFirst = false; ///< The call does its work and then reports the failure, as over a bad connection.
+    std::map<std::string, int> refusals = {}; ///< Functions that the file system does not know, with their answers.
+    bool hidesTypes = false;                  ///< Folder listings do not tell what an entry is.
+};
+
+/// From now on, until `disarm`, calls are recorded and fail as planned.
+void arm(const Plan& plan);
+/// The functions called meanwhile, in order.
+std::vector<std::string> disarm();
+/// Whether a planned failure came to pass since `arm`.
+bool struck();
+
+/// What a disk, a kernel or a limit may plausibly answer to this function.
+std::vector<int> plausibleErrors(const std::string& call);
+
+} // namespace reelkeep::faults
