@@ -39,6 +39,9 @@ public:
     void publish();
 
 private:
+    /// Who stands at the target's place.
+    enum class Holder { nobody, reservation, another, unknown };
+
     void removeLeftover(const std::string& name);
     void lock(int descriptor, const std::string& name);
     bool hasRoom() const;
@@ -46,6 +49,9 @@ private:
     bool publishByRename();
     bool publishByLink();
     void publishOverReservation();
+    void seal();
+    bool isNothingButReserved() const;
+    Holder lookAtTarget(int flags) const;
     void remove();
     FileError failure(int errorNumber) const;
     FileError publishingFailure(int errorNumber) const;

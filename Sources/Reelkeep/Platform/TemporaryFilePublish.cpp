@@ -19,11 +19,6 @@ bool isUnknownHere(int errorNumber)
     return errorNumber == EINVAL || errorNumber == ENOSYS || errorNumber == ENOTSUP;
 }
 
-bool isEmptyFile(const struct stat& status)
-{
-    return S_ISREG(status.st_mode) && status.st_size == 0;
-}
-
 } // namespace
 
 void TemporaryFile::publish()
@@ -63,6 +58,25 @@ bool TemporaryFile::publishByLink()
 /// the empty file from somebody else's, and neither a copy nor the existence test will take it for a video.
 void TemporaryFile::publishOverReservation()
 {
+    seal();
+    // Not opened: FUSE disks keep an open file under another name when it is replaced.
+    const bool isReserved = ::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0;
+    if (!isReserved && errno == EEXIST)
+        throw publishingFailure(EEXIST);
+    if (isReserved && isNothingButReserved() &&
+        ::renameat(folder.get(), currentName.c_str(), folder.get(), targetName.c_str()) == 0)
+        return;
+    const FileError error = publishingFailure(errno);
+    const Holder holder = lookAtTarget(AT_STATX_FORCE_SYNC);
+    const bool isFree = holder == Holder::nobody || holder == Holder::another ||
+                        (holder == Holder::reservation && ::unlinkat(folder.get(), targetName.c_str(), 0) == 0);
+    if (!isFree)
+        currentName.clear(); // the sealed file stays as long as the empty one does: it tells what that is
+    throw error;
+}
+
+void TemporaryFile::seal()
+{
     const std::string sealed = sealedName(targetName, fileSystem);
     if (::renameat(folder.get(), currentName.c_str(), folder.get(), sealed.c_str()) != 0) {
         const FileError error = publishingFailure(errno);
@@ -70,23 +84,31 @@ void TemporaryFile::publishOverReservation()
         throw error;
     }
     currentName = sealed;
-    // Not opened: FUSE disks keep an open file under another name when it is replaced.
-    const bool isReserved = ::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0;
-    if (!isReserved && errno == EEXIST)
-        throw publishingFailure(EEXIST);
-    struct stat reserved = {};
-    const auto look = [&] { return ::fstatat(folder.get(), targetName.c_str(), &reserved, AT_SYMLINK_NOFOLLOW) == 0; };
-    const bool isSeen = isReserved && look();
-    if (isSeen && !isEmptyFile(reserved))
-        throw publishingFailure(EEXIST);
-    if (isSeen && ::renameat(folder.get(), sealed.c_str(), folder.get(), targetName.c_str()) == 0)
-        return;
-    const FileError error = publishingFailure(errno);
-    const bool isFree =
-        look() ? !isEmptyFile(reserved) || ::unlinkat(folder.get(), targetName.c_str(), 0) == 0 : errno == ENOENT;
-    if (!isFree)
-        currentName.clear(); // the sealed file stays as long as the empty one does: it tells what that is
-    throw error;
+}
+
+/// Whether the name is still held by our empty file; else `errno` tells why not. Somebody may have written to it, or
+/// renamed a file onto it: that is theirs now. After this look a few microseconds remain in which a file renamed onto
+/// it is lost; no call of the system closes them, on the few disks that come to this.
+bool TemporaryFile::isNothingButReserved() const
+{
+    // First at the disk itself: FUSE remembers sizes for a second, for each letter case of a name its own.
+    Holder holder = lookAtTarget(AT_STATX_FORCE_SYNC);
+    if (holder == Holder::reservation) {
+        // This fails, as the name is taken, but only once whoever is changing the folder at the moment is done.
+        ::renameat2(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), RENAME_NOREPLACE);
+        holder = lookAtTarget(0);
+    }
+    if (holder == Holder::another || holder == Holder::nobody)
+        errno = holder == Holder::another ? EEXIST : EBUSY;
+    return holder == Holder::reservation;
+}
+
+TemporaryFile::Holder TemporaryFile::lookAtTarget(int flags) const
+{
+    struct statx status = {};
+    if (::statx(folder.get(), targetName.c_str(), AT_SYMLINK_NOFOLLOW | flags, STATX_TYPE | STATX_SIZE, &status) != 0)
+        return errno == ENOENT ? Holder::nobody : Holder::unknown;
+    return S_ISREG(status.stx_mode) && status.stx_size == 0 ? Holder::reservation : Holder::another;
 }
 
 FileError TemporaryFile::publishingFailure(int errorNumber) const
@@ -103,7 +125,7 @@ FileError TemporaryFile::publishingFailure(int errorNumber) const
 
 bool isAbandonedReservation(const Location& place, const struct stat& status)
 {
-    if (!isEmptyFile(status))
+    if (!S_ISREG(status.st_mode) || status.st_size != 0)
         return false;
     const Location folder = place.deletingLastPathComponent();
     const ReachablePath path(folder.path());
