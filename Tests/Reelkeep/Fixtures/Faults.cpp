@@ -260,7 +260,10 @@ int __wrap_flock(int descriptor, int operation)
 int __real_fstatfs(int descriptor, struct statfs* status);
 int __wrap_fstatfs(int descriptor, struct statfs* status)
 {
-    return faulty<int>("fstatfs", [&] { return __real_fstatfs(descriptor, status); });
+    const int result = faulty<int>("fstatfs", [&] { return __real_fstatfs(descriptor, status); });
+    if (state.isArmed && state.plan.fileSystemType != 0)
+        status->f_type = state.plan.fileSystemType;
+    return result;
 }
 
 int __real_fstatvfs(int descriptor, struct statvfs* status);

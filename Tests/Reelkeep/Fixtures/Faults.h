@@ -19,6 +19,7 @@ struct Plan {
     int errorNumber = 0;
     bool happensFirst = false; ///< The call does its work and then reports the failure, as over a bad connection.
     std::map<std::string, int> refusals = {}; ///< Functions that the file system does not know, with their answers.
+    long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
     bool hidesTypes = false;                  ///< Folder listings do not tell what an entry is.
 };
 

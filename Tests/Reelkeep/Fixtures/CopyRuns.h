@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Fixtures/TemporaryFolder.h"
+#include "VideoSyncModels.h"
+
+#include <cstddef>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <sys/stat.h>
+
+namespace reelkeep {
+
+/// Bytes that do not repeat, the same ones for the same `seed`.
+std::string contentOfLength(std::size_t length, unsigned seed);
+/// As of `lstat`; throws FileError.
+struct stat attributesOf(const Location& file);
+
+/// Ten videos with names that every disk admits and sizes around those of blocks and chunks, and a file that is none.
+void fillCard(const TemporaryFolder& card);
+
+/// Analyses both and returns what `disk` lacks.
+VideoList missing(const Location& card, const Location& disk);
+/// Analyses both and copies what `disk` lacks.
+CopySummary copyMissing(const Location& card, const Location& disk, const std::stop_token& stop = {});
+/// The same; "none", or the text of the failure.
+std::string failureOfCopy(const Location& card, const Location& disk);
+/// Every video of the card that stands on the disk stands there whole, and nothing of ours is left in hiding.
+void expectOnlyWholeVideos(const Location& card, const Location& disk);
+
+/// Whether the condition came true before patience ended.
+bool waitUntil(const std::function<bool()>& condition);
+
+} // namespace reelkeep

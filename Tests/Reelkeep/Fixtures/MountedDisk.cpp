@@ -1,0 +1,152 @@
+#include "Fixtures/MountedDisk.h"
+
+#include "Fixtures/Processes.h"
+#include "Platform/FileDescriptor.h"
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <linux/loop.h>
+#include <map>
+#include <sched.h>
+#include <stdexcept>
+#include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace reelkeep {
+
+namespace {
+
+void requireRun(const std::vector<std::string>& command)
+{
+    if (!run(command))
+        throw std::runtime_error("failed: " + command[0] + " " + command.back());
+}
+
+bool takePrivateView()
+{
+    return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+/// A block device over `image` that goes by itself when nobody uses it any more. It is ours until `hold` is closed.
+std::string attach(const Location& image, FileDescriptor& hold)
+{
+    const FileDescriptor backing(::open(image.path().c_str(), O_RDWR | O_CLOEXEC));
+    const FileDescriptor control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
+    struct loop_config config = {};
+    config.fd = static_cast<__u32>(backing.get());
+    config.info.lo_flags = LO_FLAGS_AUTOCLEAR;
+    for (int attempt = 0; attempt < 100; ++attempt) { // others look for a free one too
+        const std::string device = "/dev/loop" + std::to_string(::ioctl(control.get(), LOOP_CTL_GET_FREE));
+        hold = FileDescriptor(::open(device.c_str(), O_RDWR | O_CLOEXEC));
+        if (hold && ::ioctl(hold.get(), LOOP_CONFIGURE, &config) == 0)
+            return device;
+    }
+    throw std::runtime_error("no loop device");
+}
+
+dev_t deviceOf(const Location& place)
+{
+    struct stat status = {};
+    return ::stat(place.path().c_str(), &status) == 0 ? status.st_dev : 0;
+}
+
+} // namespace
+
+bool MountedDisk::isPossible()
+{
+    static const bool isPrivate = takePrivateView();
+    return isPrivate;
+}
+
+MountedDisk::MountedDisk(std::string fileSystem, int mebibytes)
+    : kind(std::move(fileSystem)), place("/dev/shm"), image(place.file("image", "")),
+      mountPoint(place.folder("mounted"))
+{
+    if (!isPossible())
+        throw std::runtime_error("may not mount");
+    std::filesystem::resize_file(image.path(), std::uintmax_t(mebibytes) << 20);
+    const std::map<std::string, std::vector<std::string>> makers = {
+        {"ext4", {"mkfs.ext4", "-q", "-F"}}, {"btrfs", {"mkfs.btrfs", "-q", "-f"}},
+        {"xfs", {"mkfs.xfs", "-q", "-f"}},   {"ntfs", {"mkfs.ntfs", "-Q", "-F"}},
+        {"exfat", {"mkfs.exfat"}},
+    };
+    if (kind == "tmpfs") {
+        requireRun(
+            {"mount", "-t", "tmpfs", "-o", "size=" + std::to_string(mebibytes) + "M", "none", mountPoint.path()});
+        return;
+    }
+    std::vector<std::string> maker = makers.at(kind);
+    maker.push_back(image.path());
+    requireRun(maker);
+    mount();
+}
+
+MountedDisk::~MountedDisk()
+{
+    unmount();
+}
+
+void MountedDisk::mount()
+{
+    FileDescriptor hold;
+    if (kind == "ntfs")
+        program = start({"ntfs-3g", "-o", "no_detach", attach(image, hold), mountPoint.path()});
+    else if (kind == "exfat")
+        program = start({"mount.exfat-fuse", "-d", attach(image, hold), mountPoint.path()});
+    else
+        requireRun({"mount", "-o", "loop", image.path(), mountPoint.path()});
+    waitUntilMounted();
+}
+
+void MountedDisk::waitUntilMounted()
+{
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (deviceOf(mountPoint) == deviceOf(place.location()) || deviceOf(mountPoint) == 0) {
+        if (std::chrono::steady_clock::now() > patience)
+            throw std::runtime_error("cannot mount " + kind);
+        std::this_thread::yield();
+    }
+}
+
+void MountedDisk::unmount()
+{
+    if (::umount2(mountPoint.path().c_str(), 0) != 0)
+        ::umount2(mountPoint.path().c_str(), MNT_DETACH);
+    if (program > 0)
+        finish(program); // its last writes too
+    program = -1;
+}
+
+void MountedDisk::remount()
+{
+    unmount();
+    ::sync();
+    std::ofstream("/proc/sys/vm/drop_caches") << "3\n";
+    mount();
+}
+
+void MountedDisk::makeReadOnly()
+{
+    requireRun({"mount", "-o", "remount,ro", mountPoint.path()});
+}
+
+void MountedDisk::kill()
+{
+    ::kill(program, SIGKILL);
+    finish(program);
+    program = -1;
+}
+
+void MountedDisk::detach()
+{
+    ::umount2(mountPoint.path().c_str(), MNT_DETACH);
+}
+
+} // namespace reelkeep

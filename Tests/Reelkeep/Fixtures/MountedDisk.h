@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Fixtures/TemporaryFolder.h"
+
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace reelkeep {
+
+/// A real file system on a disk of its own: an image in memory, mounted for the test.
+/// It is mounted in a view of the file system that only this process has, and its FUSE program dies with the process:
+/// however a test ends, no mount, loop device or process stays.
+class MountedDisk {
+public:
+    /// `kind` is one of ext4, btrfs, xfs, ntfs, exfat, tmpfs. Throws where the tools are missing.
+    explicit MountedDisk(std::string kind, int mebibytes = 512);
+    MountedDisk(const MountedDisk&) = delete;
+    MountedDisk& operator=(const MountedDisk&) = delete;
+    ~MountedDisk();
+
+    /// Whether this process may mount. Tests skip, loudly, where it may not.
+    static bool isPossible();
+
+    const Location& location() const { return mountPoint; }
+    /// Takes the disk out and puts it in again, with all caches dropped: what is read then comes from the disk.
+    void remount();
+    void makeReadOnly();
+    /// Pulls the plug of a FUSE disk: its program is killed.
+    void kill();
+    /// Takes it from the tree of folders while it may be in use.
+    void detach();
+
+private:
+    void mount();
+    void unmount();
+    void waitUntilMounted();
+
+    std::string kind;
+    TemporaryFolder place;
+    Location image;
+    Location mountPoint;
+    pid_t program = -1; ///< Of a FUSE disk.
+};
+
+} // namespace reelkeep

@@ -1,0 +1,98 @@
+#include "CopyJob.h"
+#include "Fixtures/CopyRuns.h"
+#include "Fixtures/LongRuns.h"
+#include "Fixtures/MountedDisk.h"
+#include "Fixtures/Processes.h"
+#include "VideoSyncService.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <sys/wait.h>
+#include <thread>
+
+namespace reelkeep {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// A copy of fifty videos in a process of its own, killed at random moments.
+class KilledCopyTest : public testing::TestWithParam<const char*> {
+protected:
+    static constexpr int videos = 50;
+
+    void SetUp() override
+    {
+        for (int i = 0; i < videos; ++i)
+            card.file("DCIM/" + std::to_string(100 + i / 10) + "/MVI_" + std::to_string(i) + ".MOV",
+                      contentOfLength(1000 + std::size_t(i) * 20'000, unsigned(i)));
+        if (std::string(GetParam()) == "here")
+            return;
+        if (!MountedDisk::isPossible())
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+        disk = std::make_unique<MountedDisk>(GetParam());
+    }
+
+    Location freshFolder(int number) const
+    {
+        const Location base = disk ? disk->location() : folder.location();
+        const Location made = base.appending("disk" + std::to_string(number));
+        FileManager().createDirectory(made);
+        return made;
+    }
+    pid_t startCopy(const Location& target) const { return start({COPY_PROBE, card.location().path(), target.path()}); }
+    /// What a kill may leave: whole videos, at most one hidden temporary, and on some disks an empty file that is
+    /// known to stand for it.
+    void expectNoHarm(const Location& target) const
+    {
+        int hidden = 0;
+        for (const std::string& path : everythingBelow(target)) {
+            const Location found = target.appending(path);
+            const bool isHidden = path.find("/.MVI_") != std::string::npos;
+            const bool isVideo = !isHidden && S_ISREG(attributesOf(found).st_mode) && FileManager().fileExists(found);
+            hidden += isHidden ? 1 : 0;
+            EXPECT_TRUE(!isVideo || contentOf(found) == contentOf(card / path)) << path;
+        }
+        EXPECT_LE(hidden, 1);
+    }
+
+    TemporaryFolder card{"/dev/shm"};
+    TemporaryFolder folder;
+    std::unique_ptr<MountedDisk> disk;
+};
+
+TEST_P(KilledCopyTest, leavesNoHalfVideoAndTheNextRunCompletes)
+{
+    const auto before = Clock::now();
+    ASSERT_EQ(finish(startCopy(freshFolder(0))), 0);
+    const auto wholeTime = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - before).count();
+    std::mt19937 random(20240501);
+    int inMidCopy = 0;
+    const int kills =
+        rounds(std::string(GetParam()) == "here" ? 30 : 10, std::string(GetParam()) == "here" ? 500 : 100);
+    for (int number = 1; number <= kills && !HasFailure(); ++number) {
+        const Location target = freshFolder(number);
+        const pid_t copy = startCopy(target);
+        const auto moment = std::chrono::microseconds(std::uniform_int_distribution<long>(0, wholeTime)(random));
+        std::this_thread::sleep_for(moment); // the moment of the kill is what varies
+        ::kill(copy, SIGKILL);
+        inMidCopy += WIFSIGNALED(finish(copy)) ? 1 : 0;
+        expectNoHarm(target);
+        EXPECT_EQ(failureOfCopy(card.location(), target), "none");
+        EXPECT_TRUE(missing(card.location(), target).empty());
+        expectOnlyWholeVideos(card.location(), target);
+        std::filesystem::remove_all(target.path());
+    }
+    std::printf("%d kills, %d of them in mid-run\n", kills, inMidCopy);
+    EXPECT_GT(inMidCopy, kills / 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(On, KilledCopyTest, testing::Values("here", "ntfs", "exfat"),
+                         [](const auto& tested) { return std::string(tested.param); });
+
+} // namespace
+} // namespace reelkeep
