@@ -2,14 +2,36 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace reelkeep {
 
+namespace {
+
+/// Freeing a million records takes long enough to be seen, and whoever lets go of a list last may be the interface
+/// thread: a long list ends on a thread of its own.
+void destroyList(const std::vector<VideoFile>* videos)
+{
+    constexpr std::size_t quicklyFreed = 10'000;
+    if (videos->size() > quicklyFreed) {
+        try {
+            std::thread([videos] { delete videos; }).detach();
+            return;
+        } catch (const std::system_error&) { // No thread left: it ends here.
+        }
+    }
+    delete videos;
+}
+
+} // namespace
+
 VideoList::VideoList(std::vector<VideoFile> videos)
 {
     if (!videos.empty())
-        records = std::make_shared<const std::vector<VideoFile>>(std::move(videos));
+        records =
+            std::shared_ptr<const std::vector<VideoFile>>(new std::vector<VideoFile>(std::move(videos)), destroyList);
 }
 
 bool VideoList::operator==(const VideoList& other) const

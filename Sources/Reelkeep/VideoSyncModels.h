@@ -29,7 +29,8 @@ struct VideoFile {
     bool operator==(const VideoFile&) const = default;
 };
 
-/// An immutable list of records, shared instead of copied: handing a million records to another thread costs nothing.
+/// An immutable list of records, shared instead of copied: handing a million records to another thread costs nothing,
+/// and neither does letting go of them.
 class VideoList {
 public:
     VideoList() = default;

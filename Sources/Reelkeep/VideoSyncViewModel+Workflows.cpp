@@ -100,18 +100,12 @@ void VideoSyncViewModel::applyScan(Outcome<ScanSummary> outcome, const Continuat
         afterwards();
 }
 
-bool VideoSyncViewModel::storeResults(ScanSummary& found)
+bool VideoSyncViewModel::storeResults(const ScanSummary& found)
 {
     const std::size_t missingCount = found.missingVideos.size();
-    if (!exchange(fields.sourceVideos, found.sourceVideos) ||
-        !exchange(fields.destinationVideos, found.destinationVideos) ||
-        !exchange(fields.missingVideos, found.missingVideos))
+    if (!write(fields.sourceVideos, found.sourceVideos) || !write(fields.destinationVideos, found.destinationVideos) ||
+        !write(fields.missingVideos, found.missingVideos))
         return false;
-    try {
-        // Freeing a million records takes long enough to be seen, so the replaced lists end on a worker.
-        backgroundTasks.run([replaced = std::move(found)](const std::stop_token&) {});
-    } catch (const std::system_error&) { // No thread left: they ended here.
-    }
     return write(fields.lastScanDate, Date(std::chrono::system_clock::now())) &&
            write(fields.statusMessage, verdict(missingCount));
 }

@@ -106,20 +106,14 @@ private:
 
     // These return false when a slot destroyed this session: nothing of it may be touched then.
     bool announce();
-    /// Announces, then stores `value` and leaves the replaced one in it.
-    template <typename Value>
-    bool exchange(Value& field, Value& value)
-    {
-        if (!announce())
-            return false;
-        std::swap(field, value);
-        return true;
-    }
     /// Announces, then stores.
     template <typename Value>
     bool write(Value& field, std::type_identity_t<Value> value)
     {
-        return exchange(field, value);
+        if (!announce())
+            return false;
+        field = std::move(value);
+        return true;
     }
 
     static std::vector<Location> uniqueFolders(const std::vector<Location>& folders);
@@ -129,7 +123,7 @@ private:
     /// A scan that goes on with `afterwards` on whatever end it comes to.
     void beginScan(Continuation afterwards);
     void applyScan(Outcome<ScanSummary> outcome, const Continuation& afterwards);
-    bool storeResults(ScanSummary& found);
+    bool storeResults(const ScanSummary& found);
     void applyProgress(const CopyProgress& progress);
     void applyCopy(const Outcome<CopySummary>& outcome);
     void endCopy();
