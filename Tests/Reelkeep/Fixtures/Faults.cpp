@@ -117,6 +117,13 @@ using reelkeep::faults::state;
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" {
 
+// What a hardened build makes of an `openat` whose flags it cannot see: the same call under another name.
+int __real___openat_2(int folder, const char* path, int flags);
+int __wrap___openat_2(int folder, const char* path, int flags)
+{
+    return faulty<int>("openat", [&] { return __real___openat_2(folder, path, flags); });
+}
+
 int __real_openat(int folder, const char* path, int flags, ...);
 int __wrap_openat(int folder, const char* path, int flags, ...)
 {
