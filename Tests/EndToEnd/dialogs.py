@@ -46,6 +46,7 @@ class FolderDialog:
         """Marks several folders of one folder, with the mouse or, where they stand one below the other, by keys."""
         self.go(folder)
         self.row(names[0]).click()
+        wait_for(lambda: names[0] in self.typed(), f"{names[0]!r} to be selected")
         for name in names[1:]:
             if by_keyboard:
                 strike(DOWN, holding=SHIFT)

@@ -19,11 +19,14 @@ namespace reelkeep {
 
 namespace {
 
-/// Where desktops mount what is plugged in.
+/// Disks, and network folders, where desktops and people mount what is not part of the system.
 bool isRemovable(const QStorageInfo& volume)
 {
     const QString path = volume.rootPath();
-    return volume.isValid() && volume.isReady() &&
+    const bool isDisk = volume.device().startsWith("/dev/");
+    const bool isRemote = volume.fileSystemType().startsWith("fuse") || volume.fileSystemType().startsWith("nfs") ||
+                          volume.fileSystemType() == "cifs";
+    return volume.isValid() && volume.isReady() && (isDisk || isRemote) &&
            (path.startsWith(QStringLiteral("/media/")) || path.startsWith(QStringLiteral("/run/media/")) ||
             path.startsWith(QStringLiteral("/mnt")));
 }
@@ -47,7 +50,8 @@ void fillSidebar(QFileDialog& dialog)
         if (!isRemovable(volume))
             continue;
         urls.append(QUrl::fromLocalFile(volume.rootPath()));
-        labels.insert(volume.rootPath(), volume.displayName());
+        if (!volume.name().isEmpty())
+            labels.insert(volume.rootPath(), volume.name());
     }
     dialog.setSidebarUrls(urls + attachedDevices());
 
@@ -80,7 +84,8 @@ void makeRoom(QFileDialog& dialog)
         constexpr int typeColumn = 2;
         details->hideColumn(sizeColumn);
         details->hideColumn(typeColumn);
-        details->header()->resizeSection(0, 380);
+        details->header()->resizeSection(0, 400);
+        details->header()->setStretchLastSection(true);
     }
 }
 
