@@ -62,7 +62,7 @@ public:
     virtual void createDirectory(const Location& folder) const;
 
     /// Whether any entry stands at that place: a file, a folder, a link that leads nowhere. Throws FileError when it
-    /// cannot be told.
+    /// cannot be told. What a killed `copyItem` left in its stead is none.
     virtual bool fileExists(const Location& place) const;
 
     /// Copies a file to a place where nothing stands. The target appears whole and synced to its disk, or not at all;

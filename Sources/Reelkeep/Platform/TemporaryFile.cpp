@@ -89,8 +89,8 @@ void TemporaryFile::removeLeftover(const std::string& name)
     FileDescriptor leftover = open(O_RDWR); // some network disks lock only what may be written
     if (!leftover && errno == EACCES)
         leftover = open(O_RDONLY);
-    if (!leftover && errno == ENOENT)
-        return;
+    if (!leftover && (errno == ENOENT || errno == EINVAL || errno == EILSEQ))
+        return; // the last two: a name that the disk does not admit, as making it will tell
     if (!leftover)
         throw failure(errno);
     lock(leftover.get(), name);
