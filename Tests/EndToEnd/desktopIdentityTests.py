@@ -2,22 +2,15 @@
 """How the program stands on the desktop, one test in a process: desktopIdentityTests.py PROGRAM DesktopIdentity.TEST"""
 
 import subprocess
-import sys
-import unittest
-from pathlib import Path
 
-from desktop import Desktop
+from case import DesktopTest, main
 from screen import BUTTON, LABEL
-from window import CAMERA, DESTINATION, REVIEW, Window
+from window import CAMERA, DESTINATION, REVIEW
 
 ID = "org.reelkeep.Reelkeep"
-PROGRAM = None
 
 
-class DesktopIdentity(unittest.TestCase):
-    def setUp(self):
-        self.desktop = self.enterContext(Desktop())
-
+class DesktopIdentity(DesktopTest):
     def property(self, window, name):
         """What an X11 window tells the desktop of itself."""
         said = subprocess.run(["xprop", "-notype", "-name", window, name], env=self.desktop.environment,
@@ -25,7 +18,7 @@ class DesktopIdentity(unittest.TestCase):
         return said.partition(" = ")[2].strip()
 
     def test_window_and_dialogs_belong_to_the_installed_application(self):
-        window = Window(self.desktop.run(PROGRAM))
+        window = self.start()
         dialog = window.ask(CAMERA)
         for title in ("Reelkeep", CAMERA[1]):
             self.assertEqual(self.property(title, "WM_CLASS"), f'"reelkeep", "{ID}"')
@@ -33,7 +26,7 @@ class DesktopIdentity(unittest.TestCase):
         dialog.cancel()
 
     def test_dialogs_speak_spanish_in_any_locale(self):
-        window = Window(self.desktop.run(PROGRAM, LANG="de_DE.UTF-8", LANGUAGE="de:fr"))
+        window = self.start(LANG="de_DE.UTF-8", LANGUAGE="de:fr")
         for question in (CAMERA, DESTINATION, REVIEW):
             dialog = window.ask(question)
             buttons = {button.name for button in dialog.window.all(BUTTON) if button.name and button.showing}
@@ -44,7 +37,4 @@ class DesktopIdentity(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
-        sys.exit(__doc__)
-    PROGRAM = Path(sys.argv.pop(1)).absolute()
-    unittest.main(verbosity=2)
+    main(__doc__)

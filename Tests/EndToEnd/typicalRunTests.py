@@ -2,53 +2,20 @@
 """The real program, driven through its window and dialogs on a sample card and disks, one test in a process:
 typicalRunTests.py PROGRAM TypicalRun.TEST"""
 
-import functools
 import json
-import os
 import subprocess
-import sys
-import unittest
 from pathlib import Path
 
-from desktop import Desktop, wait_for
-from screen import ALT, F4, strike
-from window import (ALL_SAVED, ANALYSE, CAMERA, CHOOSE_FIRST, COPY, DESTINATION, NOTHING_TO_COPY, REVIEW, Window, found,
-                    slow_disk)
+from case import DesktopTest, main, snapshot
+from desktop import wait_for
+from window import (ALL_SAVED, ANALYSE, CAMERA, CHOOSE_FIRST, COPY, DESTINATION, NOTHING_TO_COPY, REVIEW, found, slow_disk)
 
 MAKE_SAMPLE = Path(__file__).resolve().parents[2] / "scripts" / "make-sample"
-PROGRAM = None
 
 
-def snapshot(root):
-    """Everything below a folder, hidden things too: path, and for a file its time and content."""
-    entries = {}
-    for folder, folders, files in os.walk(root):
-        for name in folders + files:
-            path = Path(folder) / name
-            entries[str(path.relative_to(root))] = (
-                "folder" if path.is_dir() and not path.is_symlink() else (path.lstat().st_mtime_ns, path.read_bytes()))
-    return entries
-
-
-def keeping_evidence(test):
-    """Makes a test that fails keep a picture of the display, and tell what the program has said."""
-
-    @functools.wraps(test)
-    def watched(self):
-        try:
-            test(self)
-        except BaseException:
-            picture = Path.cwd() / f"{test.__name__}-failed.png"
-            self.desktop.picture(picture)
-            print(f"\nWhat it looked like: {picture}\nWhat the program said:\n{self.desktop.said()}", file=sys.stderr)
-            raise
-
-    return watched
-
-
-class TypicalRun(unittest.TestCase):
+class TypicalRun(DesktopTest):
     def setUp(self):
-        self.desktop = self.enterContext(Desktop())
+        super().setUp()
         self.media = self.desktop.folder / "media"
         subprocess.run([str(MAKE_SAMPLE), str(self.media)], check=True)
         self.sample = json.loads((self.media / "manifest.json").read_text(encoding="utf-8"))
@@ -57,14 +24,6 @@ class TypicalRun(unittest.TestCase):
         self.reviewed = [self.media / name for name in self.sample["reviewLocations"]]
         self.missing = self.sample["missing"]
         self.before = snapshot(self.media)
-
-    def start(self, **more):
-        return Window(self.desktop.run(PROGRAM, **more))
-
-    def close(self):
-        """Closes the window by the keyboard, as one closes any window; the program must then end well by itself."""
-        strike(F4, holding=ALT)
-        self.assertEqual(self.desktop.program.wait(20), 0)
 
     def choose_all(self, window):
         window.choose(CAMERA, self.card)
@@ -90,11 +49,6 @@ class TypicalRun(unittest.TestCase):
         self.assertEqual(sorted(after), sorted(expected))
         self.assertEqual([path for path in after if after[path] != expected[path]], [])
 
-    def assert_left_no_trace(self):
-        for folder in (self.desktop.home, self.desktop.runtime, self.desktop.temporary):
-            self.assertEqual(sorted(snapshot(folder)), [], f"written to {folder.name}")
-
-    @keeping_evidence
     def test_copies_exactly_what_is_missing(self):
         window = self.start(**slow_disk(self.desktop.folder, 150))
         self.assertEqual(window.status(), CHOOSE_FIRST)
@@ -147,7 +101,6 @@ class TypicalRun(unittest.TestCase):
         window.wait_until_idle()
         return seen, bars
 
-    @keeping_evidence
     def test_copies_flat_to_the_disk_picked_in_the_chooser(self):
         window = self.start()
         self.choose_all(window)
@@ -168,7 +121,6 @@ class TypicalRun(unittest.TestCase):
         self.assert_only_copied(disk, [video["name"] for video in self.missing])
         self.assert_left_no_trace()
 
-    @keeping_evidence
     def test_dialogs_take_several_folders_by_keyboard_and_nothing_when_cancelled(self):
         window = self.start()
         for question in (CAMERA, DESTINATION, REVIEW):
@@ -191,7 +143,4 @@ class TypicalRun(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 3:
-        sys.exit(__doc__)
-    PROGRAM = Path(sys.argv.pop(1)).absolute()
-    unittest.main(verbosity=2)
+    main(__doc__)

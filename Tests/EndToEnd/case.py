@@ -1,0 +1,75 @@
+"""What all tests of the real program stand on: a desktop, the program on it, and proof of what it wrote."""
+
+import functools
+import os
+import sys
+import unittest
+from pathlib import Path
+
+from desktop import Desktop
+from screen import ALT, F4, strike
+from window import Window
+
+
+def snapshot(root):
+    """Everything below a folder, hidden things too: path, and for a file its time and content."""
+    entries = {}
+    for folder, folders, files in os.walk(root):
+        for name in folders + files:
+            path = Path(folder) / name
+            entries[str(path.relative_to(root))] = (
+                "folder" if path.is_dir() and not path.is_symlink() else (path.lstat().st_mtime_ns, path.read_bytes()))
+    return entries
+
+
+def keeping_evidence(test):
+    """Makes a test that fails keep a picture of the display, and tell what the program has said."""
+
+    @functools.wraps(test)
+    def watched(self):
+        try:
+            test(self)
+        except unittest.SkipTest:
+            raise
+        except BaseException:
+            picture = Path.cwd() / f"{test.__name__}-failed.png"
+            self.desktop.picture(picture)
+            print(f"\nWhat it looked like: {picture}\nWhat the program said:\n{self.desktop.said()}", file=sys.stderr)
+            raise
+
+    return watched
+
+
+class DesktopTest(unittest.TestCase):
+    """A test with a desktop of its own. Only one of them can run in a process, see Desktop."""
+
+    program = None
+    screen = (1366, 768)
+
+    def __init_subclass__(cls):
+        for name, member in list(vars(cls).items()):
+            if name.startswith("test_"):
+                setattr(cls, name, keeping_evidence(member))
+
+    def setUp(self):
+        self.desktop = self.enterContext(Desktop(*self.screen))
+
+    def start(self, **more):
+        return Window(self.desktop.run(self.program, **more))
+
+    def close(self):
+        """Closes the window by the keyboard, as one closes any window; the program must then end well by itself."""
+        strike(F4, holding=ALT)
+        self.assertEqual(self.desktop.program.wait(20), 0)
+
+    def assert_left_no_trace(self):
+        for folder in (self.desktop.home, self.desktop.runtime, self.desktop.temporary):
+            self.assertEqual(sorted(snapshot(folder)), [], f"written to {folder.name}")
+
+
+def main(usage):
+    """Runs the one test that the command line names, with the program that it names first."""
+    if len(sys.argv) != 3:
+        sys.exit(usage)
+    DesktopTest.program = Path(sys.argv.pop(1)).absolute()
+    unittest.main(verbosity=2)
