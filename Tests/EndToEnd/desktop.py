@@ -98,11 +98,10 @@ class Desktop:
         # Only what every login has: an answer must not depend on how the one was set up who runs this.
         self.environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "es_ES.UTF-8", "TZ": "Europe/Madrid",
                             "FONTCONFIG_FILE": str(fonts)}
-        own = {**self.environment, "HOME": str(services), "XDG_RUNTIME_DIR": str(self.make("services-runtime")),
+        self.own = own = {**self.environment, "HOME": str(services), "XDG_RUNTIME_DIR": str(self.make("services-runtime")),
                "GSETTINGS_BACKEND": "memory", "LANG": "C.UTF-8"}
 
-        display = self.launch(["Xvfb", "-displayfd", "{fd}", "-screen", "0", self.size, "-nolisten", "tcp", "-noreset"], own)
-        own["DISPLAY"] = self.environment["DISPLAY"] = f":{display}"
+        own["DISPLAY"] = self.environment["DISPLAY"] = self.launch_display()
         bus = self.launch(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address={fd}",
                            f"--address=unix:path={self.folder}/bus"], own)
         own["DBUS_SESSION_BUS_ADDRESS"] = self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus
@@ -113,6 +112,11 @@ class Desktop:
         folder = self.folder / name
         folder.mkdir(mode=0o700)
         return folder
+
+    def launch_display(self):
+        """Starts a display in memory: its name."""
+        return ":" + self.launch(["Xvfb", "-displayfd", "{fd}", "-screen", "0", self.size, "-nolisten", "tcp", "-noreset"],
+                                 self.own)
 
     def launch(self, command, environment):
         """Starts a service of this desktop. One that is given a descriptor says there when it is ready: the answer."""

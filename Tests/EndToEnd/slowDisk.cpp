@@ -1,20 +1,29 @@
-// Preloaded into the program, makes every sync take as long as on a slow external disk, so that a copy of small clips
-// can be watched. SLOW_DISK_MS: how long, in milliseconds. SLOW_DISK_HOLD: a file; while it exists, no sync ends.
+// Preloaded into the program, makes disks as slow as external ones can be, so that work on small clips can be watched.
+// SLOW_DISK_MS: how long a write-out takes, in milliseconds. SLOW_DISK_HOLD: a file; while it exists, none ends; the
+// first that is held empties it.
+// SLOW_DISK_LOOK_MS: how long it takes to read an entry's attributes.
 
 #include <cstdlib>
 #include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-static void linger()
+static void pauseFor(const char* variable)
 {
-    const char* text = std::getenv("SLOW_DISK_MS");
+    const char* text = std::getenv(variable);
     const long milliseconds = text ? std::atol(text) : 0;
     const timespec duration{milliseconds / 1000, milliseconds % 1000 * 1000000};
     nanosleep(&duration, nullptr);
+}
+
+static void linger()
+{
+    pauseFor("SLOW_DISK_MS");
     const char* hold = std::getenv("SLOW_DISK_HOLD");
     const timespec pause{0, 20'000'000};
-    while (hold && access(hold, F_OK) == 0)
+    while (hold && truncate(hold, 0) == 0)
         nanosleep(&pause, nullptr);
 }
 
@@ -28,4 +37,16 @@ extern "C" int fdatasync(int file)
 {
     linger();
     return static_cast<int>(syscall(SYS_fdatasync, file));
+}
+
+extern "C" int sync_file_range(int file, off64_t offset, off64_t count, unsigned flags)
+{
+    linger();
+    return static_cast<int>(syscall(SYS_sync_file_range, file, offset, count, flags));
+}
+
+extern "C" int fstatat(int folder, const char* name, struct stat* status, int flags)
+{
+    pauseFor("SLOW_DISK_LOOK_MS");
+    return static_cast<int>(syscall(SYS_newfstatat, folder, name, status, flags));
 }

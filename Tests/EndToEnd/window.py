@@ -111,11 +111,12 @@ class Window:
         wait_for(lambda: self.progress() is None and self.button(ANALYSE).enabled, "the work to end")
 
 
-def slow_disk(folder, milliseconds):
-    """The environment in which a program's disks are slow: each sync takes this long, and none ends while the file
-    `hold` exists in the folder."""
+def slow_disk(folder, milliseconds, look=0):
+    """The environment in which a program's disks are slow: each write-out takes this long, and none ends while the file
+    `hold` exists in the folder, which is empty once one is held; each look at an entry's attributes takes `look` milliseconds."""
     library = Path(folder) / "slowDisk.so"
-    subprocess.run(["c++", "-shared", "-fPIC", "-O1", "-o", str(library), str(Path(__file__).with_name("slowDisk.cpp"))],
-                   check=True, stdin=subprocess.DEVNULL)
-    return {"LD_PRELOAD": str(library), "SLOW_DISK_MS": str(milliseconds),
+    if not library.exists():
+        subprocess.run(["c++", "-shared", "-fPIC", "-O1", "-o", str(library), str(Path(__file__).with_name("slowDisk.cpp"))],
+                       check=True, stdin=subprocess.DEVNULL)
+    return {"LD_PRELOAD": str(library), "SLOW_DISK_MS": str(milliseconds), "SLOW_DISK_LOOK_MS": str(look),
             "SLOW_DISK_HOLD": str(Path(folder) / "hold")}

@@ -1,0 +1,156 @@
+#!/usr/bin/python3
+"""The program's end in the middle of its work, one test in a process: endingTests.py PROGRAM Endings.TEST"""
+
+import os
+import random
+import shutil
+import signal
+import time
+
+from bigClips import MEBIBYTE, BigClips
+from case import DesktopTest, main
+from desktop import wait_for
+from screen import ALT, F4, strike
+from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_disk
+
+SOON = 1.0  # seconds
+
+
+def close_window(_):
+    strike(F4, holding=ALT)
+
+
+def send(number):
+    return lambda program: program.send_signal(number)
+
+
+ENDINGS = {"closing": close_window, "SIGTERM": send(signal.SIGTERM), "SIGINT": send(signal.SIGINT),
+           "SIGHUP": send(signal.SIGHUP)}
+
+
+class Endings(DesktopTest):
+    def begin(self, **more):
+        """A window with the card and the disk chosen."""
+        window = self.start(**more)
+        window.choose(CAMERA, self.clips.card)
+        window.choose(DESTINATION, self.clips.disk)
+        return window
+
+    def begin_scan(self, **more):
+        """A window that reads a slow card."""
+        window = self.begin(**slow_disk(self.desktop.folder, 0, look=20), **more)
+        window.button(ANALYSE).press()
+        window.wait_for_status("Escaneando videos...")
+        return window
+
+    def begin_copy(self, **more):
+        """A window that copies to a slow disk: one clip more is there than before, and of the next one a part."""
+        window = self.begin(**slow_disk(self.desktop.folder, 30), **more)
+        before = self.clips.copied()
+        window.analyse(found(len(self.clips.names) - len(before)))
+        window.button(COPY).press()
+        wait_for(lambda: len(self.clips.copied()) > len(before) and self.clips.growing() > 8 * MEBIBYTE,
+                 "one clip to be copied and the next to be on its way")
+        return window
+
+    def begin_held_copy(self, **more):
+        """A window that copies to a disk that has ceased to answer."""
+        window = self.begin_copy(**more)
+        self.hold.write_text("held", encoding="ascii")
+        wait_for(lambda: self.hold.read_bytes() == b"", "the disk to hold")
+        return window
+
+    def end(self, name, ending, status=0, parts=0):
+        """Ends the program: it must be gone soon, without a crash, and leave whole clips and no parts of any."""
+        began = time.monotonic()
+        ending(self.desktop.program)
+        ended_with = self.desktop.program.wait(20)
+        took = time.monotonic() - began
+        print(f"\n{name}: {took * 1000:.0f} ms", flush=True)
+        self.assertEqual(ended_with, status, self.desktop.said())
+        self.assertLess(took, SOON)
+        self.assertEqual(len(self.clips.flaws()), parts, self.clips.flaws())
+
+    def complete(self):
+        """What was cut off is finished by the next run."""
+        window = self.begin()
+        left = len(self.clips.names) - len(self.clips.copied())
+        window.analyse(found(left))
+        window.button(COPY).press()
+        window.wait_for_status(ALL_SAVED)
+        window.wait_until_idle()
+        self.close()
+        self.assertEqual(self.clips.copied(), self.clips.names)
+        self.assertEqual(self.clips.flaws(), [])
+        self.assert_left_no_trace()
+
+    def test_a_copy_ends_in_every_way_and_the_next_run_completes_it(self):
+        self.clips = BigClips(self.desktop.folder / "media", len(ENDINGS) + 2)
+        for count, (name, ending) in enumerate(ENDINGS.items(), start=1):
+            with self.subTest(name):
+                self.begin_copy()
+                self.end(name, ending)
+                self.assertEqual(len(self.clips.copied()), count)
+        self.complete()
+
+    def test_a_scan_ends_in_every_way(self):
+        self.clips = BigClips(self.desktop.folder / "media", 500, MEBIBYTE)
+        for name, ending in ENDINGS.items():
+            with self.subTest(name):
+                self.begin_scan()
+                self.end(name, ending)
+                self.assertEqual(os.listdir(self.clips.disk), [])
+        self.assert_left_no_trace()
+
+    def test_work_ends_with_the_display(self):
+        self.clips = BigClips(self.desktop.folder / "media", 300, 16 * MEBIBYTE)
+        for begin in (self.begin_scan, self.begin_copy):
+            with self.subTest(begin.__name__):
+                self.end_with_display(begin)
+                self.assertIn("Did the X11 server die?", self.desktop.said())
+        self.assertEqual(len(self.clips.copied()), 1)
+        self.assert_left_no_trace()
+
+    def end_with_display(self, begin, parts=0):
+        begin(DISPLAY=self.desktop.launch_display())
+        display = self.desktop.processes[-2]
+        self.end(f"display, {begin.__name__}", lambda _: display.kill(), status=1, parts=parts)
+
+    def test_work_ends_while_a_dialog_is_open(self):
+        self.clips = BigClips(self.desktop.folder / "media", 300, 16 * MEBIBYTE)
+        for begin in (self.begin_scan, self.begin_copy):
+            with self.subTest(begin.__name__):
+                begin().ask(CAMERA)
+                self.end(f"SIGTERM at a dialog, {begin.__name__}", send(signal.SIGTERM))
+        self.assert_left_no_trace()
+
+    def test_a_disk_that_does_not_answer_keeps_nobody_waiting(self):
+        """The one case in which a part of a clip is left, under a hidden name of the program's own."""
+        self.clips = BigClips(self.desktop.folder / "media", 4)
+        self.hold = self.desktop.folder / "hold"
+        self.begin_held_copy()
+        self.end("closing, held", close_window, parts=1)
+        self.hold.unlink()
+        self.end_with_display(self.begin_held_copy, parts=1)
+        self.hold.unlink()
+        self.complete()
+
+    def test_a_window_closes_at_any_moment_of_a_copy(self):
+        rounds = 50 if "REELKEEP_LONG" in os.environ else 2
+        seed = random.randrange(1 << 32)
+        print(f"\nseed {seed}", flush=True)
+        moments = random.Random(seed)
+        self.clips = BigClips(self.desktop.folder / "media", 12)
+        for number in range(rounds):
+            with self.subTest(number):
+                window = self.begin(**slow_disk(self.desktop.folder, 20))
+                window.analyse(found(len(self.clips.names)))
+                window.button(COPY).press()
+                time.sleep(moments.uniform(0, 2))
+                self.end(f"closing, {len(self.clips.copied())} copied", close_window)
+                shutil.rmtree(self.clips.disk / "DCIM")
+        self.complete()
+
+
+if __name__ == "__main__":
+    main(__doc__)
