@@ -81,18 +81,21 @@ TEST_P(KilledCopyTest, leavesNoHalfVideoAndTheNextRunCompletes)
 {
     const auto before = Clock::now();
     ASSERT_EQ(finish(startCopy(freshFolder(0))), 0);
-    const auto wholeTime = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - before).count();
+    auto wholeTime = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - before).count();
     std::mt19937 random(20240501);
     int inMidCopy = 0;
     const int kills =
         rounds(std::string(GetParam()) == "here" ? 30 : 10, std::string(GetParam()) == "here" ? 500 : 100);
-    for (int number = 1; number <= kills && !HasFailure(); ++number) {
+    for (int number = 1; inMidCopy < kills && number <= 20 * kills && !HasFailure(); ++number) {
         const Location target = freshFolder(number);
         const pid_t copy = startCopy(target);
         const auto moment = std::chrono::microseconds(std::uniform_int_distribution<long>(0, wholeTime)(random));
         std::this_thread::sleep_for(moment); // the moment of the kill is what varies
         ::kill(copy, SIGKILL);
-        inMidCopy += WIFSIGNALED(finish(copy)) ? 1 : 0;
+        if (WIFSIGNALED(finish(copy)))
+            ++inMidCopy;
+        else // the machine has become faster than it was at the first copy
+            wholeTime -= wholeTime / 4;
         expectNoHarm(target);
         EXPECT_EQ(failureOfCopy(card.location(), target), "none");
         EXPECT_TRUE(missing(card.location(), target).empty());
@@ -100,8 +103,8 @@ TEST_P(KilledCopyTest, leavesNoHalfVideoAndTheNextRunCompletes)
         expectOnlyWholeVideos(card.location(), target);
         std::filesystem::remove_all(target.path());
     }
-    std::printf("%d kills, %d of them in mid-run\n", kills, inMidCopy);
-    EXPECT_GT(inMidCopy, kills / 4);
+    std::printf("%d kills in mid-run\n", inMidCopy);
+    EXPECT_EQ(inMidCopy, kills);
 }
 
 INSTANTIATE_TEST_SUITE_P(On, KilledCopyTest, testing::Values("here", "ntfs", "exfat"),
