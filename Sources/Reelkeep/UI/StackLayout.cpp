@@ -80,10 +80,13 @@ std::vector<QLayoutItem*> StackLayout::shown() const
 
 Qt::Orientations StackLayout::expandingDirections() const
 {
-    Qt::Orientations directions = fillsWidth ? Qt::Horizontal : Qt::Orientations();
-    for (QLayoutItem* item : shown())
-        directions |= item->expandingDirections();
-    return directions;
+    // Every parent asks again and again, so without a memory the question would run through all generations each time.
+    if (!expanding) {
+        expanding = fillsWidth ? Qt::Horizontal : Qt::Orientations();
+        for (QLayoutItem* item : shown())
+            *expanding |= item->expandingDirections();
+    }
+    return *expanding;
 }
 
 int StackLayout::idealWidth(const Arrangement& arrangement) const
@@ -210,6 +213,7 @@ QSize StackLayout::minimumSize() const
 void StackLayout::invalidate()
 {
     ideal = minimum = QSize();
+    expanding.reset();
     QLayout::invalidate();
 }
 

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QWidget>
 
+#include <optional>
 #include <vector>
 
 namespace reelkeep {
@@ -71,6 +72,7 @@ private:
     int minimumContentHeight = 0;
     mutable QSize ideal;
     mutable QSize minimum;
+    mutable std::optional<Qt::Orientations> expanding;
 };
 
 } // namespace reelkeep
