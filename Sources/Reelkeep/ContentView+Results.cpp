@@ -13,7 +13,17 @@ namespace {
 /// without zeros at the end.
 QString fileSizeText(std::int64_t bytes)
 {
-    const int finest = bytes < 999'500 ? 0 : bytes < 999'950'000 ? 1 : 2;
+    struct Step {
+        std::int64_t from;
+        std::int64_t unit;
+    };
+    // What would round up to a thousand of its unit is one of the next.
+    for (const Step& step :
+         {Step{999'500, 1'000'000}, Step{999'950'000, 1'000'000'000}, Step{999'995'000'000, 1'000'000'000'000}}) {
+        if (bytes >= step.from && bytes < step.unit)
+            bytes = step.unit;
+    }
+    const int finest = bytes < 1'000'000 ? 0 : bytes < 1'000'000'000 ? 1 : 2;
     const QLocale locale;
     QString text = locale.formattedDataSize(bytes, finest, QLocale::DataSizeSIFormat);
     for (int precision = finest; precision > 0; --precision) {
