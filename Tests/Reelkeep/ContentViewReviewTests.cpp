@@ -1,0 +1,209 @@
+#include "Fixtures/WindowTest.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+const QString onlyDestination = QStringLiteral("Usar solo HD de copia");
+const QString add = QStringLiteral("Anadir ubicaciones");
+
+class ReviewLocations : public WindowTest {
+protected:
+    QStringList sectionWords() const { return wordsIn(QStringLiteral("Paso 3, Ubicaciones a revisar")); }
+    /// What the rows show: name, path, and the tag where there is one.
+    QList<QStringList> rows() const
+    {
+        QList<QStringList> found;
+        for (const Button* remove : removeButtons())
+            found.append(shownWords(*remove->parentWidget()));
+        return found;
+    }
+    std::vector<Button*> removeButtons() const
+    {
+        std::vector<Button*> found;
+        for (Button* candidate : content->findChildren<Button*>()) {
+            if (candidate->isVisible() && candidate->text() == QStringLiteral("Quitar"))
+                found.push_back(candidate);
+        }
+        return found;
+    }
+    void remove(int row)
+    {
+        QTest::mouseClick(removeButtons().at(std::size_t(row)), Qt::LeftButton);
+        settle();
+    }
+    QStringList summary() const
+    {
+        const QStringList all = sectionWords();
+        return all.mid(4, 3);
+    }
+    QString badge() const { return sectionWords().at(3); }
+};
+
+TEST_F(ReviewLocations, areNoneAtFirst)
+{
+    EXPECT_EQ(sectionWords(),
+              (QStringList{QStringLiteral("Paso 3"), QStringLiteral("Ubicaciones a revisar"),
+                           QStringLiteral("Busca los videos de la camara en uno o varios HDs o carpetas. El HD de "
+                                          "copia se incluye tambien en la revision."),
+                           QStringLiteral("Pendiente"), QStringLiteral("0"), QStringLiteral("ubicaciones revisadas"),
+                           QStringLiteral("Sin seleccionar")}));
+    EXPECT_TRUE(removeButtons().empty());
+    EXPECT_FALSE(button(onlyDestination).isEnabled());
+    EXPECT_TRUE(button(add).isEnabled());
+}
+
+TEST_F(ReviewLocations, areTheCopyDestinationWhereNothingElseIsChosen)
+{
+    chooseDestination("/media/ana/Archivo");
+    EXPECT_EQ(rows(), (QList<QStringList>{
+                          {QStringLiteral("Archivo"), QStringLiteral("/media/ana/Archivo"), QStringLiteral("Copia")}}));
+    EXPECT_FALSE(removeButtons()[0]->isEnabled());
+    EXPECT_EQ(badge(), QStringLiteral("Listo"));
+    EXPECT_EQ(summary(), (QStringList{QStringLiteral("1"), QStringLiteral("ubicacion revisada"),
+                                      QStringLiteral("/media/ana/Archivo")}));
+}
+
+TEST_F(ReviewLocations, areAddedInTheOrderOfTheDialog)
+{
+    addReviewFolders({"/media/ana/B", "/media/ana/A"});
+    EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("B"), QStringLiteral("/media/ana/B")},
+                                          {QStringLiteral("A"), QStringLiteral("/media/ana/A")}}));
+    EXPECT_EQ(summary(), (QStringList{QStringLiteral("2"), QStringLiteral("ubicaciones revisadas"),
+                                      QStringLiteral("2 ubicaciones seleccionadas")}));
+    EXPECT_EQ(badge(), QStringLiteral("Listo"));
+    ASSERT_EQ(dialogs.shown.size(), 1U);
+    EXPECT_EQ(dialogs.shown[0].title, "Selecciona uno o varios HDs o carpetas a revisar");
+    EXPECT_TRUE(dialogs.shown[0].allowsMultipleSelection);
+}
+
+TEST_F(ReviewLocations, areListedOnceThoughTheCopyDestinationIsAmongThem)
+{
+    addReviewFolders({"/media/ana/B", "/media/ana/A"});
+    chooseDestination("/media/ana/A");
+    EXPECT_EQ(rows(),
+              (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A"), QStringLiteral("Copia")},
+                                  {QStringLiteral("B"), QStringLiteral("/media/ana/B")}}));
+    EXPECT_EQ(summary()[0], QStringLiteral("2"));
+}
+
+TEST_F(ReviewLocations, canBeRemovedButForTheCopyDestination)
+{
+    chooseDestination("/media/ana/A");
+    addReviewFolders({"/media/ana/B", "/media/ana/C"});
+    EXPECT_FALSE(removeButtons()[0]->isEnabled());
+    EXPECT_TRUE(removeButtons()[1]->isEnabled());
+    remove(1);
+    EXPECT_EQ(rows(),
+              (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A"), QStringLiteral("Copia")},
+                                  {QStringLiteral("C"), QStringLiteral("/media/ana/C")}}));
+}
+
+TEST_F(ReviewLocations, areRemovedWithEveryEntryOfTheirPath)
+{
+    addReviewFolders({"/media/ana/B", "/media/ana/A", "/media/ana/B"});
+    EXPECT_EQ(session().destinationReviewFolders().size(), 3U);
+    EXPECT_EQ(rows().size(), 2);
+    remove(0);
+    EXPECT_EQ(session().destinationReviewFolders(), std::vector<Location>{Location("/media/ana/A")});
+    EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A")}}));
+}
+
+TEST_F(ReviewLocations, leaveNothingBehindWhenTheLastIsRemoved)
+{
+    addReviewFolders({"/media/ana/B"});
+    remove(0);
+    EXPECT_TRUE(rows().isEmpty());
+    EXPECT_EQ(badge(), QStringLiteral("Pendiente"));
+    EXPECT_EQ(summary(), (QStringList{QStringLiteral("0"), QStringLiteral("ubicaciones revisadas"),
+                                      QStringLiteral("Sin seleccionar")}));
+}
+
+TEST_F(ReviewLocations, areReducedToTheCopyDestination)
+{
+    chooseDestination("/media/ana/A");
+    addReviewFolders({"/media/ana/B", "/media/ana/C"});
+    ASSERT_TRUE(button(onlyDestination).isEnabled());
+    press(onlyDestination);
+    EXPECT_EQ(rows(),
+              (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A"), QStringLiteral("Copia")}}));
+}
+
+TEST_F(ReviewLocations, cannotBeReducedToACopyDestinationThatIsNotChosen)
+{
+    addReviewFolders({"/media/ana/B"});
+    EXPECT_FALSE(button(onlyDestination).isEnabled());
+}
+
+TEST_F(ReviewLocations, stayAsTheyWereWhenTheDialogIsCancelled)
+{
+    addReviewFolders({"/media/ana/B"});
+    const QStringList before = words();
+    willCancel();
+    press(add);
+    EXPECT_EQ(words(), before);
+}
+
+TEST_F(ReviewLocations, giveTheRootItsWholePathForAName)
+{
+    addReviewFolders({"/"});
+    EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("/"), QStringLiteral("/")}}));
+    EXPECT_EQ(summary()[2], QStringLiteral("/"));
+}
+
+TEST_F(ReviewLocations, moveTheTagWithTheCopyDestination)
+{
+    chooseDestination("/media/ana/A");
+    chooseDestination("/media/ana/B");
+    EXPECT_EQ(rows(),
+              (QList<QStringList>{{QStringLiteral("B"), QStringLiteral("/media/ana/B"), QStringLiteral("Copia")},
+                                  {QStringLiteral("A"), QStringLiteral("/media/ana/A")}}));
+    EXPECT_FALSE(removeButtons()[0]->isEnabled());
+    EXPECT_TRUE(removeButtons()[1]->isEnabled());
+}
+
+TEST_F(ReviewLocations, differByLetterCase)
+{
+    addReviewFolders({"/media/ana/disco", "/media/ana/Disco"});
+    EXPECT_EQ(rows().size(), 2);
+}
+
+TEST_F(ReviewLocations, letTheirPathsAndTheSummaryBeCopied)
+{
+    addReviewFolders({"/media/ana/B"});
+    int selectable = 0;
+    for (TextWidget* text : shownTexts(part(QStringLiteral("Paso 3, Ubicaciones a revisar")))) {
+        if (!text->isSelectable())
+            continue;
+        ++selectable;
+        QTest::mouseDClick(text, Qt::LeftButton, {}, QPoint(5, 5));
+        QTest::keySequence(text, QKeySequence::Copy);
+        EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("/media/ana/B"));
+    }
+    EXPECT_EQ(selectable, 2);
+}
+
+TEST_F(ReviewLocations, tellAScreenReaderWhatEachButtonRemoves)
+{
+    addReviewFolders({"/media/ana/B", "/media/ana/C"});
+    EXPECT_EQ(spoken(*removeButtons()[1]).text(QAccessible::Description), QStringLiteral("/media/ana/C"));
+}
+
+TEST_F(ReviewLocations, countWithoutGrouping)
+{
+    std::vector<std::string> many;
+    for (int number = 0; number < 1234; ++number)
+        many.push_back("/media/disco " + std::to_string(number));
+    addReviewFolders(many);
+    EXPECT_EQ(summary(), (QStringList{QStringLiteral("1234"), QStringLiteral("ubicaciones revisadas"),
+                                      QStringLiteral("1234 ubicaciones seleccionadas")}));
+}
+
+} // namespace
+} // namespace reelkeep

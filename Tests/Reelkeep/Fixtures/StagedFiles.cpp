@@ -1,0 +1,30 @@
+#include "Fixtures/StagedFiles.h"
+
+namespace reelkeep {
+
+void StagedFiles::holdCopy(int number)
+{
+    const std::lock_guard lock(mutex);
+    held = number;
+    begun = 0;
+}
+
+void StagedFiles::releaseCopy()
+{
+    const std::lock_guard lock(mutex);
+    held = -1;
+    moved.notify_all();
+}
+
+void StagedFiles::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const
+{
+    {
+        std::unique_lock lock(mutex);
+        const int number = begun++;
+        if (!moved.wait(lock, stop, [&] { return held != number; }))
+            throw Stopped();
+    }
+    MemoryFileManager::copyItem(source, target, stop);
+}
+
+} // namespace reelkeep

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Fixtures/MemoryFileManager.h"
+
+namespace reelkeep {
+
+/// Files in memory whose copying can be stopped in the middle.
+class StagedFiles : public MemoryFileManager {
+public:
+    /// The copy with this number, counted from 0, waits until `releaseCopy`.
+    void holdCopy(int number);
+    void releaseCopy();
+
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
+
+private:
+    mutable std::mutex mutex;
+    mutable std::condition_variable_any moved;
+    mutable int begun = 0;
+    int held = -1;
+};
+
+} // namespace reelkeep

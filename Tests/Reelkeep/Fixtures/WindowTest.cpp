@@ -1,0 +1,206 @@
+#include "Fixtures/WindowTest.h"
+
+#include <QApplication>
+#include <QLayout>
+#include <QTest>
+
+#include <stdexcept>
+
+namespace reelkeep {
+
+namespace {
+
+std::vector<Location> locations(const std::vector<std::string>& paths)
+{
+    return {paths.begin(), paths.end()};
+}
+
+std::invalid_argument notShown(const QString& what)
+{
+    return std::invalid_argument("not shown, or more than once: " + what.toStdString());
+}
+
+} // namespace
+
+WindowTest::WindowTest()
+    : content(new ContentView(dialogs.factory(), files)),
+      window(std::make_unique<ScrollingWindow>(QStringLiteral("Reelkeep"), content))
+{
+    window->openAtFirstSize();
+    if (!QTest::qWaitForWindowActive(window.get()))
+        throw std::runtime_error("the window does not become active");
+    resize(1148, 1000);
+}
+
+WindowTest::~WindowTest()
+{
+    files->open(); // Nothing may be left waiting behind a test.
+    files->releaseCopy();
+    window.reset();
+    EXPECT_EQ(dialogs.openCount, 0);
+}
+
+void WindowTest::settle() const
+{
+    // Started after the last change and longer than the pause between two refreshes, it ends after the next refresh.
+    bool refreshed = false;
+    QTimer::singleShot(25, Qt::PreciseTimer, content, [&] { refreshed = true; });
+    if (!waitUntil([&] { return refreshed; }))
+        throw std::runtime_error("the event loop stands still");
+    letEventsPass();
+}
+
+void WindowTest::resize(int width, int height)
+{
+    window->resize(width, height);
+    settle();
+}
+
+void WindowTest::resizeToContent(int width)
+{
+    resize(width, 400);
+    resize(width, content->heightForWidth(width));
+}
+
+Button& WindowTest::button(const QString& name) const
+{
+    auto* found = shownWidget<Button>(*content, name);
+    if (!found)
+        throw notShown(name);
+    return *found;
+}
+
+Switch& WindowTest::toggle() const
+{
+    const QString name = QStringLiteral("Mantener estructura de carpetas");
+    auto* found = shownWidget<Switch>(*content, name);
+    if (!found)
+        throw notShown(name);
+    return *found;
+}
+
+QWidget& WindowTest::part(const QString& name) const
+{
+    auto* found = shownWidget<Box>(*content, name);
+    if (!found)
+        throw notShown(name);
+    return *found;
+}
+
+TextWidget& WindowTest::text(const QString& searched) const
+{
+    auto* found = shownWidget<TextWidget>(*content, searched);
+    if (!found)
+        throw notShown(searched);
+    return *found;
+}
+
+QString WindowTest::status() const
+{
+    return content->findChild<TextWidget*>(QStringLiteral("statusMessage"))->text();
+}
+
+void WindowTest::press(const QString& buttonName)
+{
+    Button& pressed = button(buttonName);
+    if (!pressed.isEnabled())
+        throw std::logic_error("cannot be pressed: " + buttonName.toStdString());
+    QTest::mouseClick(&pressed, Qt::LeftButton);
+    settle();
+}
+
+void WindowTest::chooseCamera(const std::string& path)
+{
+    willChoose({path});
+    press(QStringLiteral("Elegir camara"));
+}
+
+void WindowTest::chooseDestination(const std::string& path)
+{
+    willChoose({path});
+    press(QStringLiteral("Elegir HD de copia"));
+}
+
+void WindowTest::addReviewFolders(const std::vector<std::string>& paths)
+{
+    willChoose(paths);
+    press(QStringLiteral("Anadir ubicaciones"));
+}
+
+void WindowTest::analyse()
+{
+    press(QStringLiteral("Analizar ubicaciones"));
+    ASSERT_TRUE(becomesIdle());
+}
+
+void WindowTest::pick(const QString& entry)
+{
+    PopUp* popUp = chooser();
+    if (!popUp || popUp->findText(entry) < 0)
+        throw notShown(entry);
+    popUp->setFocus();
+    while (popUp->currentText() != entry) {
+        const bool isAbove = popUp->currentIndex() > popUp->findText(entry);
+        QTest::keyClick(popUp, isAbove ? Qt::Key_Up : Qt::Key_Down);
+    }
+    settle();
+}
+
+void WindowTest::willChoose(const std::vector<std::string>& paths)
+{
+    dialogs.answers.push_back({.response = FolderDialog::Response::ok, .chosen = locations(paths), .whileOpen = {}});
+}
+
+void WindowTest::willCancel()
+{
+    // The dialog may still report what was marked in it.
+    dialogs.answers.push_back(
+        {.response = FolderDialog::Response::cancel, .chosen = locations({"/marked"}), .whileOpen = {}});
+}
+
+bool WindowTest::becomesIdle()
+{
+    const bool isIdle = waitUntil([this] { return !session().isScanning() && !session().isCopying(); });
+    settle();
+    return isIdle;
+}
+
+void WindowTest::fill(const std::string& card, const std::string& disk, int onCard, int onDisk)
+{
+    for (int number = 0; number < onCard; ++number) {
+        const std::string name = "MVI_" + std::to_string(1000 + number) + ".MOV";
+        files->add(card + "/DCIM/100CANON/" + name, 1000);
+        if (number < onDisk)
+            files->add(disk + "/Julio/" + name, 1000);
+    }
+}
+
+void WindowTest::enterState(char state)
+{
+    if (state == 'A')
+        return;
+    const std::string card = "/media/ana/EOS_DIGITAL";
+    fill(card, "/media/ana/Disco B", 23, 23);
+    files->add(card + "/DCIM/100CANON/MVI_0412.MOV", 1'840'000'000);
+    files->add(card + "/DCIM/100CANON/MVI_0413.MOV", 612'400'000);
+    files->add(card + "/DCIM/101CANON/MVI_0431.MP4", 3'070'000'000);
+    files->add(card + "/DCIM/101CANON/MVI_0432.MP4", 958'100'000);
+    chooseCamera(card);
+    chooseDestination("/media/ana/Archivo 2026");
+    addReviewFolders({"/media/ana/Disco B", "/media/ana/Proyectos/Boda Marta"});
+    if (state == 'B')
+        return;
+    analyse();
+    if (state == 'C')
+        return;
+    if (state == 'D')
+        files->holdCopy(2);
+    press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+    if (state == 'E')
+        ASSERT_TRUE(becomesIdle());
+    else
+        ASSERT_TRUE(waitUntil([this] { return status() == QStringLiteral("Copiando 2/4: MVI_0431.MP4"); }));
+    settle();
+}
+
+} // namespace reelkeep

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "ContentView.h"
+#include "Fixtures/EventLoop.h"
+#include "Fixtures/ScriptedFolderDialogs.h"
+#include "Fixtures/StagedFiles.h"
+#include "Fixtures/Widgets.h"
+#include "UI/Box.h"
+#include "UI/Controls.h"
+#include "UI/RowList.h"
+#include "UI/ScrollingWindow.h"
+#include "UI/TextWidget.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace reelkeep {
+
+/// The window as a user meets it, over files in memory, with dialogs that the test answers.
+class WindowTest : public testing::Test {
+protected:
+    WindowTest();
+    ~WindowTest() override;
+
+    VideoSyncViewModel& session() { return content->viewModel(); }
+
+    /// Waits until the window shows what the session holds, and stands still.
+    void settle() const;
+    void resize(int width, int height);
+    /// As low as the content allows at a width.
+    void resizeToContent(int width);
+
+    // What the user sees. A name is what a screen reader says; asking for something that is not shown fails the test.
+    Button& button(const QString& name) const;
+    bool hasButton(const QString& name) const { return shownWidget<Button>(*content, name) != nullptr; }
+    Switch& toggle() const;
+    PopUp* chooser() const { return shownWidgetWith<PopUp>(QStringLiteral("HD de copia activo")); }
+    /// The part of the window with a name; its words in reading order.
+    QWidget& part(const QString& name) const;
+    QStringList wordsIn(const QString& partName) const { return shownWords(part(partName)); }
+    QStringList words() const { return shownWords(*content); }
+    TextWidget& text(const QString& words) const;
+    RowList* list() const { return shownWidget<RowList>(*content, QStringLiteral("Videos pendientes")); }
+    Bar* bar() const { return shownWidget<Bar>(*content, QStringLiteral("Progreso")); }
+    QString status() const;
+
+    // What the user does. Each waits until the window shows the outcome.
+    void press(const QString& buttonName);
+    void chooseCamera(const std::string& path);
+    void chooseDestination(const std::string& path);
+    void addReviewFolders(const std::vector<std::string>& paths);
+    void analyse();
+    void pick(const QString& entry);
+
+    void willChoose(const std::vector<std::string>& paths);
+    void willCancel();
+    bool becomesIdle();
+
+    /// A card with `onCard` videos of 1000 bytes each, of which the first `onDisk` stand on the disk too.
+    void fill(const std::string& card, const std::string& disk, int onCard, int onDisk);
+
+    /// The five states that the window was drawn in: A fresh, B chosen, C analysed, D copying, E all saved.
+    void enterState(char state);
+
+    std::shared_ptr<StagedFiles> files = std::make_shared<StagedFiles>();
+    ScriptedFolderDialogs dialogs;
+    ContentView* content;
+    std::unique_ptr<ScrollingWindow> window;
+
+private:
+    template <class Widget>
+    Widget* shownWidgetWith(const QString& beginning) const
+    {
+        for (Widget* widget : content->findChildren<Widget*>()) {
+            if (widget->isVisible() && spokenName(*widget).startsWith(beginning))
+                return widget;
+        }
+        return nullptr;
+    }
+};
+
+} // namespace reelkeep
