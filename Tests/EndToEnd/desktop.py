@@ -61,7 +61,7 @@ def wait_for(condition, what, timeout=TIMEOUT):
             trouble = error
         if time.monotonic() > end:
             raise AssertionError(f"Waited {timeout} s in vain for {what}" + (f" ({trouble.message})" if trouble else ""))
-        time.sleep(0.03)
+        time.sleep(0.01)
 
 
 class Desktop:

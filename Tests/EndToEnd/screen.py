@@ -49,13 +49,16 @@ class Element:
             except GLib.Error:
                 continue  # Gone while we were reading.
 
-    def all(self, roles, name=None):
+    def search(self, roles, name=None):
         """What is inside of one of these roles, with this name or one that the given function accepts."""
         accepts = name if callable(name) else lambda text: name is None or text == name
-        return [element for element in self.descendants() if element.role in roles and accepts(element.name)]
+        return (element for element in self.descendants() if element.role in roles and accepts(element.name))
+
+    def all(self, roles, name=None):
+        return list(self.search(roles, name))
 
     def maybe(self, roles, name=None):
-        return next(iter(self.all(roles, name)), None)
+        return next(self.search(roles, name), None)
 
     def find(self, roles, name=None):
         """The first such element, waited for."""
