@@ -61,7 +61,7 @@ View ContentView::setupPill(const SetupPill& pill)
                    .padding = Padding::symmetric(14, 12),
                    .background = Background{.fill = Tint::white(0.04), .stroke = Tint::secondary(0.15), .radius = 12}},
                   {
-                      Circle(28, Background{.fill = Tint::primary(0.08), .radius = 14}, {Text(pill.number).headline()}),
+                      Circle(28, Background{.fill = Tint::primary(0.08)}, {Text(pill.number).headline()}),
                       VStack({.spacing = 2},
                              {
                                  Text(pill.title).headline(),
@@ -130,10 +130,8 @@ View ContentView::selectionStateBadge(const Condition& isSelected, const QColor&
                  return Background{.fill = isSelected() ? Tint::of(accent, 0.12) : Tint::secondary(0.12), .radius = 99};
              }},
         {
-            Circle(8,
-                   [isSelected, accent] {
-                       return Background{.fill = isSelected() ? Tint::of(accent) : Tint::secondary(0.35), .radius = 4};
-                   }),
+            Circle(8, [isSelected,
+                       accent] { return Background{.fill = isSelected() ? Tint::of(accent) : Tint::secondary(0.35)}; }),
             Text([isSelected] { return isSelected() ? tr("Listo") : tr("Pendiente"); })
                 .font(12, 15, QFont::Bold)
                 .colorWhen(isSelected, accent),

@@ -172,8 +172,8 @@ QSize TextWidget::minimumSizeHint() const
         double widest = 0;
         for (const QString& word : drawnText.split(u' '))
             widest = std::max(widest, metrics.horizontalAdvance(word));
-        // Rather break inside a word than push the window wider.
-        const double bearable = 80 * textScale();
+        // Rather break inside a word than push the window wider, however large the user's font is.
+        constexpr double bearable = 56;
         longestWord = int(std::ceil(std::min(widest, wrapsAnywhere ? bearable / 2 : bearable))) + 1;
     }
     return {*longestWord, int(lineHeight)};

@@ -10,11 +10,31 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 namespace reelkeep {
 
 namespace {
+
+/// A box as wide as it is high, which grows with the text in it.
+class Disc : public Box {
+public:
+    explicit Disc(int designDiameter) : diameter(designDiameter)
+    {
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    }
+    QSize sizeHint() const override
+    {
+        const int side = int(std::lround(diameter * textScale()));
+        return {side, side};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+    bool hasHeightForWidth() const override { return false; }
+
+private:
+    int diameter;
+};
 
 /// Room between elements: a mark that a stack turns into a spacer.
 class SpacerMark : public QWidget {};
@@ -32,9 +52,9 @@ std::vector<Update> takeUpdates(std::vector<View>& children)
     return updates;
 }
 
-View makeStack(std::vector<Arrangement> arrangements, const Stack& stack, std::vector<View> children)
+View makeStack(std::vector<Arrangement> arrangements, const Stack& stack, std::vector<View> children,
+               Box* box = new Box)
 {
-    auto* box = new Box;
     auto* layout = new StackLayout(std::move(arrangements));
     layout->setContentsMargins(stack.padding.leading, stack.padding.top, stack.padding.trailing, stack.padding.bottom);
     layout->setFillsWidth(stack.fillsWidth);
@@ -270,12 +290,18 @@ View Tile(const char* symbol, double symbolWidth, const Background& ground)
 
 View Circle(int diameter, BackgroundSource ground, std::vector<View> content)
 {
-    View circle = VStack(
-        {.alignment = Qt::AlignCenter, .background = std::move(ground), .fillsWidth = true, .minimumHeight = diameter},
-        std::move(content));
-    circle.widget->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    circle.widget->setFixedSize(diameter, diameter);
-    return circle;
+    constexpr double wholly = 99;
+    ground.initial.radius = wholly;
+    if (ground.read) {
+        ground.read = [read = std::move(ground.read)] {
+            Background round = read();
+            round.radius = wholly;
+            return round;
+        };
+    }
+    const Stack stack{
+        .alignment = Qt::AlignCenter, .background = std::move(ground), .fillsWidth = true, .minimumHeight = diameter};
+    return makeStack({arrangementOf(stack, Qt::Vertical)}, stack, std::move(content), new Disc(diameter));
 }
 
 View PushButton(TextSource label, Action action)

@@ -134,7 +134,8 @@ TextView Text(TextSource text);
 /// A symbol in a colour; `frame` is the width kept for it where that is more than its own.
 View Symbol(const char* name, double width, const TextColor& color, int frame = 0);
 View Tile(const char* symbol, double symbolWidth, const Background& ground);
-/// A filled circle of that diameter, around what it holds.
+/// A filled circle of that diameter, around what it holds; it grows with the user's font. The ground's radius is its
+/// own.
 View Circle(int diameter, BackgroundSource ground, std::vector<View> content = {});
 
 View PushButton(TextSource label, Action action);
