@@ -1,3 +1,4 @@
+#include "Fixtures/Desktops.h"
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
 #include "UI/RowList.h"
@@ -193,6 +194,42 @@ TEST(ProgressBarView, showsHowFarItIs)
     value = 1.0;
     shown.refresh();
     EXPECT_EQ(bar.value(), bar.maximum());
+}
+
+class CircleView : public testing::Test {
+protected:
+    void expectCentred(const QWidget& circle) const
+    {
+        const TextWidget* number = shownTexts(circle).front();
+        const QPointF middle = QRectF(number->geometry()).center();
+        EXPECT_NEAR(middle.x(), circle.width() / 2.0, 1);
+        EXPECT_NEAR(middle.y(), circle.height() / 2.0, 1);
+        EXPECT_TRUE(circle.rect().contains(number->geometry()));
+    }
+
+    Shown shown{VStack({}, {Circle(28, Background{.fill = Tint::of(Qt::red)}, {Text("1").headline()})})};
+};
+
+TEST_F(CircleView, isRoundAroundItsText)
+{
+    QWidget& circle = *shownTexts(*shown.widget).front()->parentWidget();
+    EXPECT_EQ(circle.size(), QSize(28, 28));
+    expectCentred(circle);
+    const QImage drawn = picture(circle);
+    EXPECT_EQ(drawn.pixelColor(2, 14), QColor(Qt::red));
+    EXPECT_NE(drawn.pixelColor(2, 2), QColor(Qt::red));
+}
+
+TEST_F(CircleView, growsWithTheUsersFont)
+{
+    QFont font = designFont();
+    font.setPixelSize(26);
+    const FontChange change(font);
+    letEventsPass();
+    QWidget& circle = *shownTexts(*shown.widget).front()->parentWidget();
+    EXPECT_EQ(circle.size(), QSize(56, 56));
+    expectCentred(circle);
+    EXPECT_NE(picture(circle).pixelColor(5, 5), QColor(Qt::red)) << "still round";
 }
 
 class ForEachView : public testing::Test {

@@ -1,0 +1,327 @@
+#include "Fixtures/Desktops.h"
+#include "Fixtures/WindowTest.h"
+
+#include <QScrollBar>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <map>
+
+namespace reelkeep {
+namespace {
+
+std::string written(const QColor& color)
+{
+    return std::to_string(color.red()) + " " + std::to_string(color.green()) + " " + std::to_string(color.blue());
+}
+
+/// What is painted, in the colours of a theme.
+class Colours : public WindowTest {
+protected:
+    void show(const QPalette& palette, char state, int width = 1148)
+    {
+        change.emplace(palette);
+        enterState(state);
+        resizeToContent(width);
+        content->setFocus(); // No ring is drawn around anything.
+        settle();
+        window->scrollArea()->verticalScrollBar()->setValue(0);
+        image = picture(*window);
+    }
+    QRect placeOf(const QWidget& widget) const { return {widget.mapTo(window.get(), QPoint()), widget.size()}; }
+    QColor at(int x, int y) const { return image.pixelColor(x, y); }
+    /// The colour that fills most of a place: its ground. Shades of one gradient count as one.
+    QColor groundOf(const QRect& place) const
+    {
+        struct Shade {
+            int count = 0;
+            QRgb color = 0;
+        };
+        std::map<QRgb, Shade> shades;
+        const QRect inside = place & image.rect();
+        for (int y = inside.top(); y <= inside.bottom(); ++y) {
+            for (int x = inside.left(); x <= inside.right(); ++x) {
+                Shade& shade = shades[image.pixel(x, y) & 0xf8f8f8];
+                ++shade.count;
+                shade.color = image.pixel(x, y);
+            }
+        }
+        return QColor(std::max_element(shades.begin(), shades.end(), [](const auto& a, const auto& b) {
+                          return a.second.count < b.second.count;
+                      })->second.color);
+    }
+    double ratioOf(const TextWidget& words) const
+    {
+        const QColor ground = groundOf(placeOf(words).adjusted(-4, -2, 4, 2));
+        const QColor ink = Appearance::over(words.color().resolved(Appearance::of(&words)), ground);
+        return Appearance::contrast(ink, ground);
+    }
+    void expectColour(const QColor& actual, const QColor& expected, const char* what) const
+    {
+        const int off = std::max({std::abs(actual.red() - expected.red()), std::abs(actual.green() - expected.green()),
+                                  std::abs(actual.blue() - expected.blue())});
+        EXPECT_LE(off, 2) << what << " is " << written(actual) << " and not " << written(expected);
+    }
+
+    std::optional<PaletteChange> change;
+    QImage image;
+};
+
+/// The texts that keep the exact accent whatever their contrast. Their meaning never rests on the colour alone.
+bool isNamedException(const TextWidget& words)
+{
+    static const QStringList names = {QStringLiteral("Paso 1"), QStringLiteral("Paso 2"), QStringLiteral("Paso 3"),
+                                      QStringLiteral("Listo"), QStringLiteral("Copia")};
+    return names.contains(words.text()) && words.color().level == TextColor::Level::accent;
+}
+
+struct Theme {
+    const char* name;
+    char state;
+};
+void PrintTo(const Theme& theme, std::ostream* stream)
+{
+    *stream << theme.name << ", state " << theme.state;
+}
+class Contrast : public Colours, public testing::WithParamInterface<Theme> {
+protected:
+    static QPalette paletteNamed(const std::string& name)
+    {
+        auto palettes = commonPalettes();
+        const auto highContrast = highContrastPalettes();
+        palettes.insert(palettes.end(), highContrast.begin(), highContrast.end());
+        return std::find_if(palettes.begin(), palettes.end(), [&](const auto& named) { return named.name == name; })
+            ->palette;
+    }
+};
+
+TEST_P(Contrast, isReadableForEveryTextButTheNamedExceptions)
+{
+    show(paletteNamed(GetParam().name), GetParam().state);
+    std::map<std::string, double> exceptions;
+    for (const TextWidget* words : shownTexts(*content)) {
+        const double ratio = ratioOf(*words);
+        if (isNamedException(*words)) {
+            double& least = exceptions.try_emplace(words->text().toStdString(), ratio).first->second;
+            least = std::min(least, ratio);
+            EXPECT_EQ(words->color().resolved(Appearance::of(words)).rgb(), words->color().accent.rgb());
+        } else {
+            EXPECT_GE(ratio, 4.5) << words->text().toStdString();
+        }
+    }
+    for (const auto& [words, ratio] : exceptions)
+        std::cout << GetParam().name << ": \"" << words << "\" keeps its accent at " << ratio << ":1\n";
+}
+
+TEST_P(Contrast, isReadableOnEveryEnabledControl)
+{
+    show(paletteNamed(GetParam().name), GetParam().state);
+    for (const Button* button : content->findChildren<Button*>()) {
+        if (!button->isVisible() || !button->isEnabled())
+            continue;
+        // The face beside the label, and the pixel of the label that the letters cover most.
+        const QRect place = placeOf(*button);
+        const QColor face = groundOf(place.adjusted(3, 3, -3, -3));
+        double best = 1;
+        for (int y = place.top() + 6; y < place.bottom() - 6; ++y) {
+            for (int x = place.left() + 8; x < place.right() - 8; ++x)
+                best = std::max(best, Appearance::contrast(at(x, y), face));
+        }
+        EXPECT_GE(best, 4.5) << button->text().toStdString() << " on " << written(face);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Themes, Contrast,
+                         testing::Values(Theme{"light", 'A'}, Theme{"light", 'C'}, Theme{"light", 'D'},
+                                         Theme{"light", 'E'}, Theme{"dark", 'A'}, Theme{"dark", 'C'},
+                                         Theme{"dark", 'D'}, Theme{"dark", 'E'}, Theme{"Breeze", 'C'},
+                                         Theme{"Breeze Dark", 'C'}, Theme{"Adwaita", 'C'}, Theme{"Adwaita Dark", 'C'},
+                                         Theme{"Yaru Dark", 'C'}, Theme{"black on white", 'C'},
+                                         Theme{"white on black", 'C'}));
+
+struct ThemeColours {
+    const char* name;
+    QPalette (*palette)();
+    QColor window, plateStart, plateEnd, pill, reviewRow, listBase;
+    QColor blueBox, blueStroke, greenBox, greenStroke, orangeBox, orangeStroke;
+    QColor copyPanelStart, copyPanelStroke, greyBadge, greyDot;
+    std::map<std::string, std::pair<double, double>> exceptions; ///< Least and greatest ratio.
+};
+void PrintTo(const ThemeColours& theme, std::ostream* stream)
+{
+    *stream << theme.name;
+}
+class ColourTable : public Colours, public testing::WithParamInterface<ThemeColours> {
+protected:
+    QWidget& boxOf(const QString& words) const { return *text(words).parentWidget(); }
+    /// The middle of the leading edge: stroke over fill.
+    QColor strokeOf(const QWidget& widget) const
+    {
+        const QRect place = placeOf(widget);
+        return at(place.left(), place.center().y());
+    }
+    /// Beside the trailing edge, where nothing stands.
+    QColor fillOf(const QWidget& widget) const
+    {
+        const QRect place = placeOf(widget);
+        return at(place.right() - 5, place.center().y());
+    }
+};
+
+TEST_P(ColourTable, isPainted)
+{
+    const ThemeColours& expected = GetParam();
+    show(expected.palette(), 'C');
+    expectColour(at(4, 4), expected.window, "window");
+    const QRect plate = placeOf(part(QStringLiteral("Paso 1, Camara o tarjeta")));
+    expectColour(at(plate.left() + 9, plate.top() + 9), expected.plateStart, "plate start");
+    expectColour(at(plate.right() - 9, plate.bottom() - 9), expected.plateEnd, "plate end");
+    expectColour(fillOf(part(QStringLiteral("1, Camara, origen"))), expected.pill, "pill");
+    expectColour(fillOf(part(QStringLiteral("Disco B, /media/ana/Disco B"))), expected.reviewRow, "review row");
+    expectColour(fillOf(part(QStringLiteral("En camara: 27, videos detectados"))), expected.window, "card");
+    expectColour(fillOf(*list()), expected.listBase, "list");
+
+    const QWidget& blueBox = boxOf(QStringLiteral("EOS_DIGITAL"));
+    expectColour(fillOf(blueBox), expected.blueBox, "path box of step 1");
+    expectColour(strokeOf(blueBox), expected.blueStroke, "its stroke");
+    const QWidget& greenBox = *shownTexts(part(QStringLiteral("Paso 2, Destino de copia"))).at(4)->parentWidget();
+    expectColour(fillOf(greenBox), expected.greenBox, "path box of step 2");
+    expectColour(strokeOf(greenBox), expected.greenStroke, "its stroke");
+    const QWidget& orangeBox = boxOf(QStringLiteral("3 ubicaciones seleccionadas"));
+    expectColour(fillOf(orangeBox), expected.orangeBox, "count box");
+    expectColour(strokeOf(orangeBox), expected.orangeStroke, "its stroke");
+
+    const QRect copyPanel = placeOf(part(QStringLiteral("Copiar lo que falta")));
+    expectColour(at(copyPanel.left() + 9, copyPanel.top() + 9), expected.copyPanelStart, "copy panel start");
+    expectColour(at(copyPanel.left() + 20, copyPanel.top()), expected.copyPanelStroke, "its stroke");
+}
+
+TEST_P(ColourTable, isPaintedWhileNothingIsChosen)
+{
+    const ThemeColours& expected = GetParam();
+    show(expected.palette(), 'A');
+    const TextWidget* pending = shownTexts(part(QStringLiteral("Paso 1, Camara o tarjeta"))).at(3);
+    ASSERT_EQ(pending->text(), QStringLiteral("Pendiente"));
+    const QRect badge = placeOf(*pending->parentWidget());
+    expectColour(at(badge.right() - 6, badge.center().y()), expected.greyBadge, "grey badge");
+    expectColour(at(badge.left() + 10 + 4, badge.center().y()), expected.greyDot, "grey dot");
+    const QWidget& empty = boxOf(QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas"));
+    expectColour(fillOf(empty), expected.pill, "empty state");
+}
+
+TEST_P(ColourTable, holdsForTheRatiosOfTheNamedExceptions)
+{
+    show(GetParam().palette(), 'C');
+    int met = 0;
+    for (const TextWidget* words : shownTexts(*content)) {
+        const auto range = GetParam().exceptions.find(words->text().toStdString());
+        if (range == GetParam().exceptions.end())
+            continue;
+        ++met;
+        EXPECT_GE(ratioOf(*words), range->second.first - 0.2) << range->first;
+        EXPECT_LE(ratioOf(*words), range->second.second + 0.2) << range->first;
+    }
+    EXPECT_EQ(met, 7) << "three steps, three badges, one tag";
+}
+
+QColor grey(int level)
+{
+    return {level, level, level};
+}
+
+INSTANTIATE_TEST_SUITE_P(Themes, ColourTable,
+                         testing::Values(ThemeColours{"light",
+                                                      lightPalette,
+                                                      grey(236),
+                                                      grey(237),
+                                                      grey(236),
+                                                      grey(237),
+                                                      grey(237),
+                                                      grey(255),
+                                                      {220, 228, 237},
+                                                      {185, 211, 237},
+                                                      {221, 232, 227},
+                                                      {188, 222, 207},
+                                                      {237, 229, 221},
+                                                      {237, 214, 192},
+                                                      {216, 230, 224},
+                                                      {177, 218, 200},
+                                                      grey(222),
+                                                      grey(182),
+                                                      {{"Paso 1", {3.2, 3.2}},
+                                                       {"Paso 2", {2.4, 2.4}},
+                                                       {"Paso 3", {2.2, 2.2}},
+                                                       {"Listo", {2.0, 2.8}},
+                                                       {"Copia", {2.1, 2.1}}}},
+                                         ThemeColours{"dark",
+                                                      darkPalette,
+                                                      grey(36),
+                                                      grey(47),
+                                                      grey(41),
+                                                      grey(45),
+                                                      grey(53),
+                                                      grey(28),
+                                                      {43, 51, 60},
+                                                      {40, 66, 92},
+                                                      {44, 55, 50},
+                                                      {43, 77, 62},
+                                                      {60, 51, 44},
+                                                      {88, 65, 43},
+                                                      {36, 50, 44},
+                                                      {37, 78, 59},
+                                                      grey(57),
+                                                      grey(92),
+                                                      {{"Paso 1", {3.6, 21}},
+                                                       {"Paso 2", {3.6, 21}},
+                                                       {"Paso 3", {3.6, 21}},
+                                                       {"Listo", {3.3, 4.4}},
+                                                       {"Copia", {3.6, 3.6}}}}));
+
+TEST_F(Colours, followAChangeOfTheThemeWhileOpen)
+{
+    show(lightPalette(), 'C');
+    const QImage light = image;
+    change.reset();
+    change.emplace(darkPalette());
+    settle();
+    const QImage dark = picture(*window);
+    const QRect step = placeOf(part(QStringLiteral("Paso 1, Camara o tarjeta")));
+    const QRect listPlace = placeOf(*list());
+    for (const QPoint& place :
+         {QPoint(4, 4), step.topLeft() + QPoint(20, 9), listPlace.center(), QPoint(24 + 20, 102 + 8)}) {
+        EXPECT_GT(light.pixelColor(place).lightness(), 200);
+        EXPECT_LT(dark.pixelColor(place).lightness(), 80);
+    }
+    const auto darkest = [](const QImage& of, const QRect& place) {
+        int level = 255;
+        for (int y = place.top(); y <= place.bottom(); ++y) {
+            for (int x = place.left(); x <= place.right(); ++x)
+                level = std::min(level, of.pixelColor(x, y).lightness());
+        }
+        return level;
+    };
+    const QRect title = placeOf(text(QStringLiteral("Videos pendientes")));
+    EXPECT_LT(darkest(light, title), 60) << "dark letters";
+    EXPECT_GE(darkest(dark, title), 35) << "no dark letters any more";
+    change.reset();
+    change.emplace(lightPalette());
+    settle();
+    EXPECT_EQ(picture(*window), light) << "and back";
+}
+
+TEST_F(Colours, keepTheAccentsInBothThemes)
+{
+    show(lightPalette(), 'C');
+    const QRect tile = placeOf(part(QStringLiteral("Paso 3, Ubicaciones a revisar"))).translated(18, 18);
+    const QColor lightTile = at(tile.left() + 12, tile.top() + 12);
+    change.reset();
+    change.emplace(darkPalette());
+    settle();
+    image = picture(*window);
+    expectColour(at(tile.left() + 12, tile.top() + 12), lightTile, "tile of step 3");
+}
+
+} // namespace
+} // namespace reelkeep

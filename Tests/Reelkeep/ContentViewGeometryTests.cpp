@@ -1,0 +1,426 @@
+#include "Fixtures/Desktops.h"
+#include "Fixtures/WindowTest.h"
+
+#include <QScreen>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <optional>
+
+namespace reelkeep {
+namespace {
+
+QFont fontAt(double scale)
+{
+    QFont font = designFont();
+    font.setPixelSize(int(std::lround(13 * scale)));
+    return font;
+}
+
+class Geometry : public WindowTest {
+protected:
+    void SetUp() override
+    {
+        if (!isDesignFontInstalled())
+            GTEST_SKIP() << "the measures are those of Inter, which is not installed";
+    }
+    QRect place(const QWidget& widget) const { return {widget.mapTo(content, QPoint()), widget.size()}; }
+    QRect placeOf(const QString& partName) const { return place(part(partName)); }
+    QRect placeOfText(const QString& words) const { return place(text(words)); }
+    /// The lowest window of that width in which `holds` is true, and false one point below.
+    std::optional<int> widthFrom(int from, int to, const std::function<bool()>& holds)
+    {
+        resize(to, 1000);
+        if (!holds())
+            return std::nullopt;
+        while (from < to) {
+            const int middle = (from + to) / 2;
+            resize(middle, 1000);
+            (holds() ? to : from) = holds() ? middle : middle + 1;
+        }
+        return to;
+    }
+};
+
+struct Height {
+    char state;
+    int width;
+    int expected;
+};
+void PrintTo(const Height& height, std::ostream* stream)
+{
+    *stream << height.state << " at " << height.width;
+}
+class ContentHeight : public Geometry, public testing::WithParamInterface<Height> {};
+
+TEST_P(ContentHeight, isThatOfTheDesign)
+{
+    enterState(GetParam().state);
+    resizeToContent(GetParam().width);
+    EXPECT_EQ(content->width(), GetParam().width);
+    const int needed = content->heightForWidth(GetParam().width);
+    EXPECT_EQ(content->height(), needed);
+    EXPECT_NEAR(needed, GetParam().expected, 0.01 * GetParam().expected);
+    std::cout << GetParam().state << " at " << GetParam().width << ": " << needed << ", designed "
+              << GetParam().expected << "\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(States, ContentHeight,
+                         testing::Values(Height{'A', 1148, 1709}, Height{'B', 1148, 1971}, Height{'C', 1148, 1923},
+                                         Height{'D', 1148, 1939}, Height{'E', 1148, 1971}, Height{'A', 760, 1925},
+                                         Height{'B', 760, 2187}, Height{'C', 760, 2139}, Height{'D', 760, 2155},
+                                         Height{'E', 760, 2187}, Height{'A', 480, 2285}, Height{'B', 480, 2544},
+                                         Height{'C', 480, 2496}, Height{'D', 480, 2496}, Height{'E', 480, 2544},
+                                         Height{'A', 1600, 1709}, Height{'C', 1600, 1923}));
+
+TEST_F(Geometry, placesTheSectionsAsDesigned)
+{
+    enterState('C');
+    resizeToContent(1148);
+    const auto expectPlace = [](const QRect& actual, int top, int height, const char* what) {
+        EXPECT_NEAR(actual.top(), top, 3) << what;
+        EXPECT_NEAR(actual.height(), height, 3) << what;
+    };
+    expectPlace(placeOfText(QStringLiteral("Reelkeep")), 24, 34, "header");
+    expectPlace(placeOf(QStringLiteral("1, Camara, origen")), 102, 56, "pills");
+    expectPlace(placeOf(QStringLiteral("Paso 1, Camara o tarjeta")), 172, 222, "step 1");
+    expectPlace(placeOf(QStringLiteral("Paso 2, Destino de copia")), 408, 222, "step 2");
+    expectPlace(placeOf(QStringLiteral("Paso 3, Ubicaciones a revisar")), 644, 433, "step 3");
+    expectPlace(placeOf(QStringLiteral("Copiar lo que falta")), 1097, 335, "action area");
+    expectPlace(placeOf(QStringLiteral("En camara: 27, videos detectados")), 1452, 112, "cards");
+    expectPlace(place(*list()), 1584 + 30, 220, "list");
+    EXPECT_NEAR(placeOfText(QStringLiteral("La comprobacion es solo de camara hacia los destinos revisados.")).bottom(),
+                1854 + 45, 3);
+}
+
+TEST_F(Geometry, makesAReviewRow56HighAndPutsThem8Apart)
+{
+    enterState('C');
+    const QRect first = placeOf(QStringLiteral("Archivo 2026, /media/ana/Archivo 2026, Copia"));
+    const QRect second = placeOf(QStringLiteral("Disco B, /media/ana/Disco B"));
+    EXPECT_EQ(first.height(), 56);
+    EXPECT_EQ(second.top() - first.bottom() - 1, 8);
+}
+
+TEST_F(Geometry, letsReviewRowsHugTheirContent)
+{
+    enterState('C');
+    const QRect row = placeOf(QStringLiteral("Disco B, /media/ana/Disco B"));
+    EXPECT_LT(row.width(), 300);
+    const QRect section = placeOf(QStringLiteral("Paso 3, Ubicaciones a revisar"));
+    EXPECT_EQ(row.left(), section.left() + 18 + 58 + 16);
+}
+
+TEST_F(Geometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
+{
+    enterState('C');
+    resize(1600, 1000);
+    for (const QString& section :
+         {QStringLiteral("Paso 1, Camara o tarjeta"), QStringLiteral("Paso 2, Destino de copia"),
+          QStringLiteral("Paso 3, Ubicaciones a revisar")}) {
+        EXPECT_EQ(placeOf(section).left(), 24) << section.toStdString();
+        EXPECT_EQ(placeOf(section).width(), 1100) << section.toStdString();
+    }
+    EXPECT_EQ(placeOf(QStringLiteral("Copiar lo que falta")).right(), 24 + 1100 - 1);
+    EXPECT_EQ(place(*list()).left(), 24);
+    EXPECT_EQ(place(*list()).width(), 1100);
+}
+
+TEST_F(Geometry, putsThePanelsSideBySideWhereTheyFit)
+{
+    enterState('C');
+    resize(1148, 1000);
+    const QRect analysis = placeOf(QStringLiteral("Analizar primero"));
+    const QRect copy = placeOf(QStringLiteral("Copiar lo que falta"));
+    EXPECT_EQ(analysis.width(), 543);
+    EXPECT_EQ(copy.width(), 543);
+    EXPECT_EQ(copy.left() - analysis.right() - 1, 14);
+    EXPECT_EQ(analysis.top(), copy.top());
+    EXPECT_LT(analysis.height(), copy.height()) << "each as tall as its own content";
+}
+
+TEST_F(Geometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
+{
+    enterState('C');
+    const auto areSideBySide = [this] { return placeOf(QStringLiteral("Copiar lo que falta")).left() > 24; };
+    EXPECT_NEAR(widthFrom(900, 1148, areSideBySide).value_or(0), 1099, 4);
+    resize(1000, 1000);
+    const QRect analysis = placeOf(QStringLiteral("Analizar primero"));
+    const QRect copy = placeOf(QStringLiteral("Copiar lo que falta"));
+    EXPECT_EQ(copy.left(), analysis.left());
+    EXPECT_EQ(copy.top() - analysis.bottom() - 1, 14);
+    EXPECT_EQ(copy.width(), 1000 - 48);
+    EXPECT_EQ(analysis.width(), 1000 - 48);
+}
+
+TEST_F(Geometry, putsThePanelsBelowEachOtherForALongPathToo)
+{
+    chooseDestination("/media/" + std::string(120, 'x'));
+    resize(1148, 1000);
+    EXPECT_EQ(placeOf(QStringLiteral("Copiar lo que falta")).left(), 24);
+}
+
+TEST_F(Geometry, putsThePillsInARowWhereTheyFit)
+{
+    window->setMinimumSize(0, 0);
+    const auto areInARow = [this] {
+        return placeOf(QStringLiteral("2, HD principal, copia")).top() ==
+               placeOf(QStringLiteral("1, Camara, origen")).top();
+    };
+    EXPECT_NEAR(widthFrom(440, 600, areInARow).value_or(0), 475, 4);
+    resize(480, 1000);
+    EXPECT_TRUE(areInARow());
+    EXPECT_EQ(placeOf(QStringLiteral("2, HD principal, copia")).left() -
+                  placeOf(QStringLiteral("1, Camara, origen")).right() - 1,
+              12);
+}
+
+TEST_F(Geometry, centresThePillsOnEachOtherWhereTheyStandInAColumn)
+{
+    window->setMinimumSize(0, 0);
+    resize(469, 1000);
+    const QRect first = placeOf(QStringLiteral("1, Camara, origen"));
+    const QRect second = placeOf(QStringLiteral("2, HD principal, copia"));
+    const QRect third = placeOf(QStringLiteral("3, Otros discos, revision"));
+    EXPECT_EQ(second.top() - first.bottom() - 1, 10);
+    EXPECT_EQ(third.top() - second.bottom() - 1, 10);
+    EXPECT_NEAR(first.center().x(), second.center().x(), 1);
+    EXPECT_NEAR(third.center().x(), second.center().x(), 1);
+    EXPECT_EQ(std::min({first.left(), second.left(), third.left()}), 24);
+}
+
+TEST_F(Geometry, arrangesTheCardsInAsManyColumnsAsFit)
+{
+    enterState('C');
+    const std::vector<QString> names = {QStringLiteral("En camara: 27, videos detectados"),
+                                        QStringLiteral("Ya en destinos: 23, videos de la camara ya encontrados"),
+                                        QStringLiteral("Pendientes: 4, videos de la camara por copiar")};
+    const std::map<int, int> inFirstRow = {{1600, 3}, {1148, 3}, {964, 3}, {963, 3}, {732, 3},
+                                           {731, 2},  {500, 2},  {499, 1}, {480, 1}};
+    for (const auto& [width, expected] : inFirstRow) {
+        resize(width, 1000);
+        int count = 0;
+        for (const QString& name : names) {
+            count += placeOf(name).top() == placeOf(names[0]).top();
+            EXPECT_GE(placeOf(name).width(), 220) << width;
+        }
+        EXPECT_EQ(count, expected) << width;
+    }
+    resize(1148, 1000);
+    EXPECT_EQ(placeOf(names[0]).width(), 266);
+    EXPECT_EQ(placeOf(names[2]).right(), 24 + 3 * 266 + 2 * 12 - 1) << "the fourth column stays empty";
+    resize(964, 1000);
+    EXPECT_EQ(placeOf(names[0]).width(), 220);
+    resize(963, 1000);
+    EXPECT_GT(placeOf(names[0]).width(), 290);
+}
+
+TEST_F(Geometry, growsThePendingSectionBy48WhenTheListEmpties)
+{
+    enterState('C');
+    resizeToContent(1148);
+    const int listHeight = place(*list()).height();
+    files->releaseCopy();
+    press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+    ASSERT_TRUE(becomesIdle());
+    resizeToContent(1148);
+    const QRect title = placeOfText(QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas"));
+    const QWidget* box =
+        text(QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas")).parentWidget();
+    EXPECT_EQ(box->height(), listHeight + 48);
+    EXPECT_TRUE(place(*box).contains(title));
+}
+
+TEST_F(Geometry, keepsLongPathsInThreeLinesOfTheWidthAtHand)
+{
+    const std::string longPath = "/media/" + std::string(2000, 'x');
+    chooseCamera(longPath);
+    chooseDestination(longPath);
+    addReviewFolders({"/media/" + std::string(500, 'y')});
+    for (const int width : {480, 760, 1148, 1600}) {
+        resize(width, 1000);
+        EXPECT_EQ(content->width(), width);
+        for (TextWidget* shown : shownTexts(*content)) {
+            EXPECT_LE(place(*shown).right(), 24 + std::min(width - 48, 1100)) << width;
+            EXPECT_FALSE(shown->isCut()) << width;
+        }
+        EXPECT_LE(shownTexts(part(QStringLiteral("Paso 1, Camara o tarjeta"))).at(5)->height(), 3 * 13);
+        EXPECT_LE(shownTexts(part(QStringLiteral("Paso 2, Destino de copia"))).at(5)->height(), 3 * 13);
+    }
+}
+
+TEST_F(Geometry, keepsItsMeasuresWithARowOfEveryLength)
+{
+    for (int length = 1; length < 120; length += 7)
+        files->add("/card/" + std::string(std::size_t(length), 'x') + ".MOV", 1);
+    chooseCamera("/card");
+    chooseDestination("/disk");
+    analyse();
+    for (const int width : {480, 760, 1148}) {
+        resize(width, 1000);
+        for (int row = 0; row < list()->rowCount(); ++row) {
+            list()->setCurrentRow(row);
+            letEventsPass();
+            for (const TextWidget* shown : shownTexts(*list()->viewport())) {
+                EXPECT_FALSE(shown->isCut()) << width << " " << shown->text().toStdString();
+                EXPECT_LE(shown->mapTo(list()->viewport(), QPoint(shown->width(), 0)).x(), list()->viewport()->width());
+            }
+        }
+    }
+}
+
+struct Room {
+    int width;
+    double fontScale;
+};
+void PrintTo(const Room& room, std::ostream* stream)
+{
+    *stream << room.width << " wide, font at " << room.fontScale * 100 << " %";
+}
+class EveryRoom : public Geometry, public testing::WithParamInterface<Room> {
+protected:
+    static std::string nameOf(QWidget& widget)
+    {
+        const auto* words = qobject_cast<TextWidget*>(&widget);
+        return std::string(widget.metaObject()->className()) + " \"" +
+               (words ? words->text() : spokenName(widget)).toStdString() + "\"";
+    }
+    void expectNothingClippedOrOverlapping() const
+    {
+        for (QWidget* widget : content->findChildren<QWidget*>()) {
+            if (!widget->isVisible() || list() == widget || (list() && list()->isAncestorOf(widget)))
+                continue;
+            EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry()))
+                << nameOf(*widget) << " leaves " << nameOf(*widget->parentWidget());
+            EXPECT_GT(widget->width(), 0) << nameOf(*widget);
+            EXPECT_GT(widget->height(), 0) << nameOf(*widget);
+            expectWholeAt(*widget);
+            expectApartFromSiblings(*widget);
+        }
+        if (list())
+            expectWholeRows();
+    }
+    static void expectWholeAt(QWidget& widget)
+    {
+        const auto* words = qobject_cast<TextWidget*>(&widget);
+        EXPECT_FALSE(words && words->isCut()) << nameOf(widget);
+        EXPECT_GE(widget.width(), widget.minimumSizeHint().width()) << nameOf(widget);
+        if (widget.hasHeightForWidth() && !widget.layout()) {
+            EXPECT_GE(widget.height(), widget.heightForWidth(widget.width())) << nameOf(widget);
+        }
+    }
+    static void expectApartFromSiblings(QWidget& widget)
+    {
+        for (QObject* other : widget.parentWidget()->children()) {
+            auto* sibling = qobject_cast<QWidget*>(other);
+            if (sibling && sibling != &widget && sibling->isVisible()) {
+                EXPECT_FALSE(sibling->geometry().intersects(widget.geometry()))
+                    << nameOf(widget) << " overlaps " << nameOf(*sibling);
+            }
+        }
+    }
+    void expectWholeRows() const
+    {
+        for (QWidget* widget : list()->viewport()->findChildren<QWidget*>()) {
+            if (!widget->isVisible())
+                continue;
+            expectWholeAt(*widget);
+            if (widget->parentWidget() != list()->viewport()) {
+                EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry())) << nameOf(*widget);
+                expectApartFromSiblings(*widget);
+            }
+        }
+    }
+};
+
+TEST_P(EveryRoom, holdsEveryStateWithoutClippingOrOverlapping)
+{
+    const FontChange change(fontAt(GetParam().fontScale));
+    for (const char state : {'A', 'C'}) {
+        SCOPED_TRACE(state);
+        enterState(state);
+        resize(GetParam().width, 700);
+        EXPECT_EQ(content->width(), GetParam().width);
+        expectNothingClippedOrOverlapping();
+    }
+}
+
+TEST_P(EveryRoom, holdsACopyWithoutClippingOrOverlapping)
+{
+    const FontChange change(fontAt(GetParam().fontScale));
+    enterState('D');
+    resize(GetParam().width, 700);
+    expectNothingClippedOrOverlapping();
+}
+
+TEST_P(EveryRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
+{
+    const FontChange change(fontAt(GetParam().fontScale));
+    enterState('E');
+    resize(GetParam().width, 700);
+    expectNothingClippedOrOverlapping();
+}
+
+INSTANTIATE_TEST_SUITE_P(Rooms, EveryRoom,
+                         testing::Values(Room{480, 1.0}, Room{760, 1.0}, Room{1148, 1.0}, Room{1600, 1.0},
+                                         Room{480, 1.5}, Room{1148, 1.5}, Room{480, 2.0}, Room{760, 2.0},
+                                         Room{1148, 2.0}));
+
+class FirstSize : public Geometry {
+protected:
+    /// The size that a new window takes on a screen.
+    QSize onScreen(const char* name)
+    {
+        auto* fresh = new ContentView(dialogs.factory(), files);
+        ScrollingWindow opened(QStringLiteral("Reelkeep"), fresh);
+        opened.setScreen(screenNamed(name));
+        opened.openAtFirstSize();
+        return opened.size();
+    }
+};
+
+TEST_F(FirstSize, showsAllWhereTheScreenAllows)
+{
+    const QSize size = onScreen("tall");
+    EXPECT_EQ(size.width(), 1148);
+    EXPECT_NEAR(size.height(), 1709, 8);
+}
+
+TEST_F(FirstSize, fitsCommonScreens)
+{
+    EXPECT_EQ(onScreen("full").width(), 1148);
+    EXPECT_LE(onScreen("full").height(), 1080);
+    EXPECT_EQ(onScreen("laptop").width(), 1148);
+    EXPECT_LE(onScreen("laptop").height(), 768);
+}
+
+TEST_F(FirstSize, pressesNothingByAccident)
+{
+    EXPECT_EQ(qobject_cast<QAbstractButton*>(window->focusWidget()), nullptr);
+    QTest::keyClick(window->focusWidget(), Qt::Key_Return);
+    QTest::keyClick(window->focusWidget(), Qt::Key_Space);
+    EXPECT_TRUE(dialogs.shown.empty());
+}
+
+TEST_F(Geometry, followsAChangeOfTheFontWhileOpen)
+{
+    enterState('C');
+    resizeToContent(1148);
+    const int before = content->height();
+    {
+        const FontChange change(fontAt(1.5));
+        settle();
+        EXPECT_GT(content->heightForWidth(1148), 1.3 * before);
+        EXPECT_NEAR(placeOfText(QStringLiteral("Reelkeep")).height(), 51, 1);
+        EXPECT_GT(button(QStringLiteral("Elegir camara")).height(), 32);
+    }
+    settle();
+    EXPECT_EQ(content->heightForWidth(1148), before);
+}
+
+} // namespace
+} // namespace reelkeep
