@@ -44,6 +44,7 @@ void ContentView::scheduleRefresh()
 void ContentView::refresh()
 {
     content.refresh();
+    restoreTabOrder(this);
     sinceRefresh.start();
 }
 

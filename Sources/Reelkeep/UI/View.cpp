@@ -375,4 +375,16 @@ View ProgressBar(const QString& name, std::function<double()> value)
     return {bar, {[bar, value = std::move(value)] { bar->setFraction(value()); }}};
 }
 
+void restoreTabOrder(QWidget* root)
+{
+    QWidget* before = nullptr;
+    for (QWidget* widget : root->findChildren<QWidget*>()) {
+        if (!(widget->focusPolicy() & Qt::TabFocus) || widget->window() != root->window())
+            continue;
+        if (before)
+            QWidget::setTabOrder(before, widget);
+        before = widget;
+    }
+}
+
 } // namespace reelkeep

@@ -158,6 +158,9 @@ View Picker(const QString& label, std::function<std::vector<PickerEntry>()> entr
 /// A determinate bar, 0.0 to 1.0.
 View ProgressBar(const QString& name, std::function<double()> value);
 
+/// Leads the Tab key through everything below `root` in reading order, also after elements came and went.
+void restoreTabOrder(QWidget* root);
+
 /// One element per item, made anew only when the items change.
 template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build);
