@@ -2,8 +2,6 @@
 
 #include "Platform/TextOrder.h"
 
-#include <algorithm>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -43,29 +41,6 @@ void appendVideos(std::vector<VideoFile>& videos, const Location& root, const Fi
     }
 }
 
-/// By name, and records of exactly the same name by relative path; whatever is equal in both keeps its order.
-std::vector<VideoFile> inFileBrowserOrder(const std::vector<const VideoFile*>& videos)
-{
-    struct Keyed {
-        std::string key;
-        const VideoFile* video;
-    };
-    const FileBrowserOrder order(collationLocale());
-    std::vector<Keyed> sorted;
-    sorted.reserve(videos.size());
-    for (const VideoFile* video : videos) {
-        // Neither key of a name holds a zero byte after the name itself, so a zero byte may part name from path.
-        sorted.push_back({order.sortKey(video->fileName) + '\0' + order.sortKey(video->relativePath), video});
-    }
-    std::stable_sort(sorted.begin(), sorted.end(), [](const Keyed& a, const Keyed& b) { return a.key < b.key; });
-
-    std::vector<VideoFile> result;
-    result.reserve(sorted.size());
-    for (const Keyed& keyed : sorted)
-        result.push_back(*keyed.video);
-    return result;
-}
-
 } // namespace
 
 const std::set<std::string, std::less<>>& VideoSyncService::supportedExtensions()
@@ -88,26 +63,6 @@ VideoList VideoSyncService::scanVideoFiles(const std::vector<Location>& roots, c
     for (const Location& root : roots)
         appendVideos(videos, root, fileManager, stop);
     return videos;
-}
-
-VideoList VideoSyncService::missingVideos(const VideoList& source, const VideoList& reviewed)
-{
-    std::unordered_set<std::string> reviewedKeys;
-    reviewedKeys.reserve(reviewed.size());
-    for (const VideoFile& video : reviewed)
-        reviewedKeys.insert(matchKey(video));
-
-    std::vector<const VideoFile*> missing;
-    for (const VideoFile& video : source) {
-        if (reviewedKeys.count(matchKey(video)) == 0)
-            missing.push_back(&video);
-    }
-    return inFileBrowserOrder(missing);
-}
-
-std::string VideoSyncService::matchKey(const VideoFile& video)
-{
-    return foldedName(video.fileName) + "::" + std::to_string(video.size);
 }
 
 } // namespace reelkeep

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -208,6 +209,61 @@ RC_GTEST_PROP(FileBrowserOrder, followsTheNumber, ())
     const FileBrowserOrder order("");
     const auto key = [&](int number) { return order.sortKey("MVI_" + std::to_string(number) + ".MOV"); };
     RC_ASSERT((key(a) < key(b)) == (a < b));
+}
+
+/// Characters with a weight of each kind, few of them, so that nearly equal names are frequent.
+rc::Gen<std::string> asciiNames()
+{
+    return rc::gen::container<std::string>(rc::gen::element('a', 'A', 'b', 'B', 'c', 'h', 'y', 'i', 'z', '0', '1', '2',
+                                                            '9', '_', '-', '.', '/', ' ', '('));
+}
+
+RC_GTEST_PROP(FileBrowserOrder, isTheCollatorsForPlainAsciiInEveryLanguage, ())
+{
+    static std::map<std::string, FileBrowserOrder> orders; // Made once: a language's tables take long to look through.
+    const std::string locale = *rc::gen::element<std::string>("C", "es_ES", "cs_CZ", "da_DK", "lt_LT", "th_TH", "hu_HU",
+                                                              "et_EE", "cy_GB", "sk_SK", "de_DE", "ja_JP", "ca_ES");
+    const FileBrowserOrder& order = orders.try_emplace(locale, locale).first->second;
+    const std::string one = *asciiNames();
+    const std::string other = *asciiNames();
+    const auto keys = order.sortKeys({one, other});
+    RC_ASSERT((keys[0] < keys[1]) == (order.sortKey(one) < order.sortKey(other)));
+    RC_ASSERT((keys[0] == keys[1]) == (one == other));
+}
+
+TEST(FileBrowserOrder, isTheCollatorsForEveryPairOfPrintableCharacters)
+{
+    for (const char* locale : {"C", "es_ES.UTF-8", "cs_CZ.UTF-8", "lt_LT.UTF-8"}) {
+        const FileBrowserOrder order(locale);
+        for (char a = ' '; a <= '~'; ++a) {
+            for (char b = ' '; b <= '~'; ++b) {
+                const auto keys = order.sortKeys({std::string(1, a) + "2", std::string(1, b) + "10"});
+                EXPECT_EQ(keys[0] < keys[1],
+                          order.sortKey(std::string(1, a) + "2") < order.sortKey(std::string(1, b) + "10"))
+                    << locale << ": " << a << b;
+            }
+        }
+    }
+}
+
+TEST(FileBrowserOrder, hasKeysForNumbersOfAnyLength)
+{
+    const FileBrowserOrder order("C");
+    for (const std::size_t digits : {1U, 253U, 254U, 255U, 600U}) {
+        const std::string number(digits, '7');
+        const auto keys = order.sortKeys({number, "0" + number, number + "1", "a"});
+        EXPECT_LT(keys[1], keys[0]) << digits;
+        EXPECT_LT(keys[0], keys[2]) << digits;
+        EXPECT_LT(keys[2], keys[3]) << digits;
+    }
+}
+
+RC_GTEST_PROP(FoldedName, isWhatHashAndComparisonGoBy, (const std::string& one, const std::string& other))
+{
+    RC_ASSERT(isSameName(one, other) == (foldedName(one) == foldedName(other)));
+    const std::string folded = foldedName(one);
+    RC_ASSERT(isSameName(one, one) && isSameName(one, folded) == (foldedName(folded) == folded));
+    RC_ASSERT(foldedHash(one) == foldedHash(folded) || foldedName(folded) != folded);
 }
 
 } // namespace

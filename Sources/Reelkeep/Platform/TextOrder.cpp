@@ -23,14 +23,26 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+char asciiLowercased(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 std::string asciiLowercased(std::string_view text)
 {
     std::string result(text);
-    for (char& c : result) {
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    }
+    for (char& c : result)
+        c = asciiLowercased(c);
     return result;
+}
+
+/// FNV-1a of the lower-cased text.
+std::uint64_t asciiFoldedHash(std::string_view text)
+{
+    std::uint64_t hash = 0xcbf29ce484222325;
+    for (const char c : text)
+        hash = (hash ^ static_cast<unsigned char>(asciiLowercased(c))) * 0x100000001b3;
+    return hash;
 }
 
 void check(UErrorCode status)
@@ -159,6 +171,21 @@ std::string foldedName(std::string_view name)
     return composed(lowercased(composed(name)));
 }
 
+std::uint64_t foldedHash(std::string_view name)
+{
+    if (!isAscii(name))
+        return asciiFoldedHash(foldedName(name));
+    return asciiFoldedHash(name);
+}
+
+bool isSameName(std::string_view one, std::string_view other)
+{
+    if (isAscii(one) && isAscii(other))
+        return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                          [](char a, char b) { return asciiLowercased(a) == asciiLowercased(b); });
+    return foldedName(one) == foldedName(other);
+}
+
 std::string collationLocale()
 {
     for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
@@ -190,6 +217,7 @@ FileBrowserOrder::FileBrowserOrder(std::string_view localeName)
     ucol_setAttribute(collator.get(), UCOL_STRENGTH, UCOL_TERTIARY, &status);
     ucol_setAttribute(collator.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &status); // Names may be decomposed.
     check(status);
+    rankAscii();
 }
 
 std::string FileBrowserOrder::sortKey(std::string_view text) const
@@ -209,5 +237,4 @@ std::string FileBrowserOrder::sortKey(std::string_view text) const
     // The key ends with its only zero byte, so what follows counts only between texts that collate as equal.
     return key += text;
 }
-
 } // namespace reelkeep

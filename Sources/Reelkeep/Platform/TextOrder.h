@@ -1,8 +1,11 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct UCollator;
 
@@ -16,6 +19,12 @@ std::string lowercased(std::string_view text);
 /// that another system wrote decomposed is the same name. Bytes that are not UTF-8 stay as they are, so that two
 /// different damaged names never become one.
 std::string foldedName(std::string_view name);
+
+/// A number that is the same for names with the same `foldedName`, mostly without making that text.
+std::uint64_t foldedHash(std::string_view name);
+
+/// Whether two names have the same `foldedName`, mostly without making those texts.
+bool isSameName(std::string_view one, std::string_view other);
 
 /// The name of the locale whose order the user wants: the first of LC_ALL, LC_COLLATE and LANG that is set.
 std::string collationLocale();
@@ -32,11 +41,23 @@ public:
     /// One thread at a time.
     std::string sortKey(std::string_view text) const;
 
+    /// One key per text, to be compared with each other only. Where all texts are printable ASCII and the language has
+    /// no rules of its own for it, the keys are made without Unicode's tables: the same order at a tenth of the time.
+    /// One thread at a time.
+    std::vector<std::string> sortKeys(const std::vector<std::string_view>& texts) const;
+
 private:
     struct CloseCollator {
         void operator()(UCollator* open) const;
     };
+    void rankAscii();
+    bool isPlain(std::string_view text) const;
+    std::string plainKey(std::string_view text) const;
+
     std::unique_ptr<UCollator, CloseCollator> collator;
+    /// The place of each printable ASCII character, capitals with their small letters; 0 for all others, and for all
+    /// where the language has rules for ASCII that no such table can tell.
+    std::array<unsigned char, 128> ranks = {};
 };
 
 } // namespace reelkeep

@@ -1,0 +1,131 @@
+#include "Platform/TextOrder.h"
+
+#include <unicode/ucol.h>
+#include <unicode/uset.h>
+
+#include <algorithm>
+#include <cstddef>
+
+namespace reelkeep {
+
+namespace {
+
+constexpr char firstPrintable = ' ';
+constexpr char lastPrintable = '~';
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+bool isCapital(char c)
+{
+    return c >= 'A' && c <= 'Z';
+}
+
+bool collatesBefore(const UCollator* collator, const std::string& one, const std::string& other)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const UCollationResult result = ucol_strcollUTF8(collator, one.data(), static_cast<std::int32_t>(one.size()),
+                                                     other.data(), static_cast<std::int32_t>(other.size()), &status);
+    return U_SUCCESS(status) && result == UCOL_LESS;
+}
+
+/// Whether the language has a rule of its own for ASCII, as for a Czech "ch". The order common to all has none.
+bool hasRulesForAscii(const UCollator* collator)
+{
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<USet, decltype(&uset_close)> tailored(ucol_getTailoredSet(collator, &status), uset_close);
+    bool found = U_FAILURE(status);
+    for (std::int32_t i = 0; !found && i < uset_getItemCount(tailored.get()); ++i) {
+        char16_t text[64];
+        UChar32 first = 0;
+        UChar32 last = 0;
+        const std::int32_t length = uset_getItem(tailored.get(), i, &first, &last, text, 64, &status);
+        if (length == 0) // a range of characters
+            found = first < 128;
+        else
+            found = std::all_of(text, text + std::min(length, 64), [](char16_t c) { return c < 128; });
+    }
+    return found;
+}
+
+} // namespace
+
+/// The table is asked of the collator, and taken only if it tells all there is: between two characters the letter case
+/// differs, small letters first, or they differ in the first place, whatever follows them.
+void FileBrowserOrder::rankAscii()
+{
+    if (hasRulesForAscii(collator.get()))
+        return;
+    std::string sorted;
+    for (char c = firstPrintable; c <= lastPrintable; ++c)
+        sorted += c;
+    std::sort(sorted.begin(), sorted.end(), [&](char a, char b) { return collatesBefore(collator.get(), {a}, {b}); });
+
+    std::array<unsigned char, 128> table = {};
+    unsigned char rank = 2; // Below are the key's separators.
+    table[static_cast<std::size_t>(sorted[0])] = rank;
+    for (std::size_t i = 1; i < sorted.size(); ++i) {
+        const std::string before(1, sorted[i - 1]);
+        const std::string after(1, sorted[i]);
+        const bool isCapitalOf = isCapital(sorted[i]) && sorted[i] + ('a' - 'A') == sorted[i - 1];
+        if (isCapitalOf ? collatesBefore(collator.get(), before + "b", after + "a")
+                        : !collatesBefore(collator.get(), before + "b", after + "a"))
+            return;
+        rank = static_cast<unsigned char>(rank + (isCapitalOf ? 0 : 1));
+        table[static_cast<std::size_t>(sorted[i])] = rank;
+    }
+    ranks = table;
+}
+
+bool FileBrowserOrder::isPlain(std::string_view text) const
+{
+    constexpr std::size_t longestNumber = 254; // The collator parts longer ones.
+    std::size_t digits = 0;
+    for (const char c : text) {
+        digits = isDigit(c) ? digits + 1 : 0;
+        if (static_cast<unsigned char>(c) >= 128 || ranks[static_cast<std::size_t>(c)] == 0 || digits > longestNumber)
+            return false;
+    }
+    return true;
+}
+
+/// As the collator's: first what the text says, then letter case, then the bytes.
+std::string FileBrowserOrder::plainKey(std::string_view text) const
+{
+    std::string key;
+    key.reserve(3 * text.size() + 8);
+    std::string letterCase;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        key += static_cast<char>(ranks[static_cast<std::size_t>(text[at])]);
+        if (!isDigit(text[at])) {
+            letterCase += isCapital(text[at]) ? '\3' : '\2';
+            continue;
+        }
+        // A number: its length, which decides first, and its digits. All have one rank, so that it comes before any.
+        const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
+        const std::size_t significant = std::min(text.find_first_not_of('0', at), end);
+        key.back() = static_cast<char>(ranks['0']);
+        key += static_cast<char>(end - significant + 1);
+        key += text.substr(significant, end - significant);
+        letterCase += '\2';
+        at = end - 1;
+    }
+    key += '\1';
+    key += letterCase;
+    key += '\0';
+    return key += text;
+}
+
+std::vector<std::string> FileBrowserOrder::sortKeys(const std::vector<std::string_view>& texts) const
+{
+    const bool arePlain = std::all_of(texts.begin(), texts.end(), [&](std::string_view text) { return isPlain(text); });
+    std::vector<std::string> keys;
+    keys.reserve(texts.size());
+    for (const std::string_view text : texts)
+        keys.push_back(arePlain ? plainKey(text) : sortKey(text));
+    return keys;
+}
+
+} // namespace reelkeep
