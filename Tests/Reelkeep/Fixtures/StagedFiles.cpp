@@ -16,6 +16,30 @@ void StagedFiles::releaseCopy()
     moved.notify_all();
 }
 
+void StagedFiles::holdAnalyses()
+{
+    const std::lock_guard lock(mutex);
+    areAnalysesHeld = true;
+}
+
+void StagedFiles::releaseAnalyses()
+{
+    const std::lock_guard lock(mutex);
+    areAnalysesHeld = false;
+    moved.notify_all();
+}
+
+std::vector<FileManager::Entry> StagedFiles::regularFiles(const Location& root, const NameFilter& wanted,
+                                                          const std::stop_token& stop) const
+{
+    {
+        std::unique_lock lock(mutex);
+        if (!moved.wait(lock, stop, [&] { return !areAnalysesHeld; }))
+            throw Stopped();
+    }
+    return MemoryFileManager::regularFiles(root, wanted, stop);
+}
+
 void StagedFiles::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const
 {
     {

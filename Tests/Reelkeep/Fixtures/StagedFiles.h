@@ -4,13 +4,18 @@
 
 namespace reelkeep {
 
-/// Files in memory whose copying can be stopped in the middle.
+/// Files in memory whose copying can be stopped in the middle, and whose analyses can be.
 class StagedFiles : public MemoryFileManager {
 public:
     /// The copy with this number, counted from 0, waits until `releaseCopy`.
     void holdCopy(int number);
     void releaseCopy();
+    /// Analyses that begin later wait until `releaseAnalyses`.
+    void holdAnalyses();
+    void releaseAnalyses();
 
+    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
+                                    const std::stop_token& stop) const override;
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
 
 private:
@@ -18,6 +23,7 @@ private:
     mutable std::condition_variable_any moved;
     mutable int begun = 0;
     int held = -1;
+    bool areAnalysesHeld = false;
 };
 
 } // namespace reelkeep
