@@ -2,6 +2,7 @@
 #include "Platform/ApplicationEnd.h"
 #include "Platform/DesktopIdentity.h"
 #include "Platform/QtFolderDialog.h"
+#include "Platform/SessionBus.h"
 #include "Platform/SleepInhibitor.h"
 #include "UI/ScrollingWindow.h"
 
@@ -32,6 +33,7 @@ public:
     {
         // A write beyond the allowed file size shall fail with an error text instead of ending the program.
         std::signal(SIGXFSZ, SIG_IGN);
+        doWithoutMissingSessionBus();
         QApplication application(argc, argv);
         identifyToDesktop();
         // The program speaks Spanish to everybody; the toolkit's own texts follow.

@@ -151,10 +151,12 @@ class Desktop:
         os.environ["DISPLAY"] = self.environment["DISPLAY"]
 
     def run(self, program, **more):
-        """Starts the program as a person's session would, from the home folder."""
+        """Starts the program as a person's session would, from the home folder. `more` is added to its environment, or
+        taken from it where it is none."""
         environment = {**self.environment, "HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.runtime),
                        "TMPDIR": str(self.temporary), "QT_QPA_PLATFORM": "xcb", "QT_ACCESSIBILITY": "1",
                        "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", **more}
+        environment = {name: value for name, value in environment.items() if value is not None}
         with open(self.folder / "program.log", "wb") as log:
             self.program = subprocess.Popen([str(program)], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
                                             stdout=log, stderr=log, start_new_session=True,

@@ -87,10 +87,13 @@ class Element:
         box = Atspi.Component.get_extents(self.accessible, Atspi.CoordType.SCREEN)
         return box.x, box.y, box.width, box.height
 
+    def middle(self):
+        x, y, width, height = self.box()
+        return x + width // 2, y + height // 2
+
     def click(self, button="b1c", holding=None):
         """A click of the mouse in its middle; "b1d" is a double click."""
-        x, y, width, height = self.box()
-        click(x + width // 2, y + height // 2, button, holding)
+        click(*self.middle(), button, holding)
 
 
 def click(x, y, button="b1c", holding=None):

@@ -5,7 +5,6 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusUnixFileDescriptor>
-#include <QFile>
 #include <QVariantMap>
 
 #include <memory>
@@ -17,13 +16,6 @@ namespace {
 
 constexpr QLatin1String applicationName("Reelkeep");
 constexpr QLatin1String reason("Copiando videos");
-
-/// Without a session bus the D-Bus library would start one, and leave its files in the user's home.
-bool hasSessionBus()
-{
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
-           QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QStringLiteral("/bus"));
-}
 
 QDBusMessage portalCall(const QString& path, const QString& interface, const QString& method)
 {
@@ -56,7 +48,7 @@ void SleepInhibitor::setHeld(bool held)
     if (!wanted)
         release();
     else if (!asking && !letGo)
-        hasSessionBus() ? askPortal() : askLoginManager();
+        askPortal();
 }
 
 void SleepInhibitor::release()
