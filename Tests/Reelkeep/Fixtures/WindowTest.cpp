@@ -5,6 +5,7 @@
 #include <QTest>
 
 #include <stdexcept>
+#include <utility>
 
 namespace reelkeep {
 
@@ -22,8 +23,8 @@ std::invalid_argument notShown(const QString& what)
 
 } // namespace
 
-WindowTest::WindowTest()
-    : content(new ContentView(dialogs.factory(), files)),
+WindowTest::WindowTest(std::shared_ptr<StagedFiles> stagedFiles)
+    : files(std::move(stagedFiles)), content(new ContentView(dialogs.factory(), files)),
       window(std::make_unique<ScrollingWindow>(QStringLiteral("Reelkeep"), content))
 {
     window->openAtFirstSize();

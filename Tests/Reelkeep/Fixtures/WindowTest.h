@@ -22,7 +22,8 @@ namespace reelkeep {
 /// The window as a user meets it, over files in memory, with dialogs that the test answers.
 class WindowTest : public testing::Test {
 protected:
-    WindowTest();
+    WindowTest() : WindowTest(std::make_shared<StagedFiles>()) {}
+    explicit WindowTest(std::shared_ptr<StagedFiles> stagedFiles);
     ~WindowTest() override;
 
     VideoSyncViewModel& session() { return content->viewModel(); }
@@ -65,7 +66,7 @@ protected:
     /// The five states that the window was drawn in: A fresh, B chosen, C analysed, D copying, E all saved.
     void enterState(char state);
 
-    std::shared_ptr<StagedFiles> files = std::make_shared<StagedFiles>();
+    std::shared_ptr<StagedFiles> files;
     ScriptedFolderDialogs dialogs;
     ContentView* content;
     std::unique_ptr<ScrollingWindow> window;

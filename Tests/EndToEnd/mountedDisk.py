@@ -1,0 +1,65 @@
+"""Disks made of files and mounted, seen by this process and what it starts, and by nobody else."""
+
+import os
+import signal
+import subprocess
+import unittest
+
+from desktop import SYSTEM, wait_for
+
+NEW_MOUNTS = 0x00020000
+MAKERS = {"ext4": ["mkfs.ext4", "-q", "-F"], "ntfs": ["mkfs.ntfs", "-q", "-Q", "-F"]}
+
+
+def take_private_view():
+    """To be called before anything is started. Skips the test where mounting is not allowed."""
+    if SYSTEM.unshare(NEW_MOUNTS) != 0 or subprocess.run(["mount", "--make-rprivate", "/"], check=False).returncode != 0:
+        raise unittest.SkipTest("SKIPPED: mounting file systems needs root")
+
+
+class MountedDisk:
+    """Use as a context manager. A disk of `ntfs` is served by a program that can be stopped or killed."""
+
+    def __init__(self, folder, kind, mebibytes=256):
+        self.kind = kind
+        self.image = folder / f"{kind}.image"
+        self.place = folder / f"{kind}-disk"
+        self.place.mkdir()
+        self.program = None
+        with open(self.image, "wb") as image:
+            image.truncate(mebibytes << 20)
+        subprocess.run([*MAKERS[kind], str(self.image)], check=True, stdout=subprocess.DEVNULL)
+
+    def __enter__(self):
+        self.mount()
+        return self
+
+    def __exit__(self, *_):
+        self.resume()
+        self.unmount("-l")
+        if self.program:
+            self.program.wait()
+
+    def mount(self):
+        if self.kind == "ntfs":
+            self.program = subprocess.Popen(["ntfs-3g", "-o", "no_detach", str(self.image), str(self.place)])
+            wait_for(lambda: os.path.ismount(self.place), "the disk to be mounted")
+        else:
+            subprocess.run(["mount", "-o", "loop", str(self.image), str(self.place)], check=True)
+
+    def unmount(self, *options):
+        """What `umount` says against it."""
+        return subprocess.run(["umount", *options, str(self.place)], capture_output=True, text=True, check=False).stderr
+
+    def pull(self):
+        """From now on every call fails."""
+        self.program.kill()
+        self.program.wait()
+
+    def hang(self):
+        """From now on no call returns."""
+        self.program.send_signal(signal.SIGSTOP)
+
+    def resume(self):
+        if self.program:
+            self.program.send_signal(signal.SIGCONT)

@@ -1,0 +1,169 @@
+#include "Fixtures/WindowTest.h"
+
+#include <QScrollBar>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <ctime>
+#include <iostream>
+#include <thread>
+
+namespace reelkeep {
+namespace {
+
+constexpr int videoCount = 100'000;
+
+constexpr double allowedStall = 16; // milliseconds: one frame
+
+/// Ticks once a millisecond on the interface thread, as input would come in. What keeps it from ticking stalls the
+/// window. The thread's own time tells what the program did apart from what the machine did meanwhile.
+class Watchdog {
+public:
+    Watchdog()
+    {
+        timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer, &QTimer::timeout, &timer, [this] { tick(); });
+        timer.start(1);
+        last = now();
+    }
+    double longestStall() const { return longest.byClock; }
+    double longestWork() const { return longest.byWork; }
+
+private:
+    struct Moment {
+        double byClock;
+        double byWork;
+    };
+    static double milliseconds(clockid_t clock)
+    {
+        timespec time{};
+        clock_gettime(clock, &time);
+        return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+    }
+    static Moment now() { return {milliseconds(CLOCK_MONOTONIC), milliseconds(CLOCK_THREAD_CPUTIME_ID)}; }
+    void tick()
+    {
+        const Moment here = now();
+        longest.byClock = std::max(longest.byClock, here.byClock - last.byClock - 1);
+        longest.byWork = std::max(longest.byWork, here.byWork - last.byWork);
+        last = here;
+    }
+
+    QTimer timer;
+    Moment last{};
+    Moment longest{};
+};
+
+/// A disk that takes so many files a second.
+class PacedFiles : public StagedFiles {
+public:
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override
+    {
+        next = std::max(next, std::chrono::steady_clock::now()) + pause;
+        std::this_thread::sleep_until(next);
+        StagedFiles::copyItem(source, target, stop);
+    }
+
+    std::chrono::microseconds pause{0};
+
+private:
+    mutable std::chrono::steady_clock::time_point next;
+};
+
+class Stalls : public WindowTest {
+protected:
+    Stalls() : WindowTest(std::make_shared<PacedFiles>()) {}
+    void SetUp() override
+    {
+#ifndef NDEBUG
+        GTEST_SKIP() << "checks and sanitizers slow everything down; what a person meets is the release build";
+#endif
+        fill("/card", "/disk", videoCount, 0);
+        chooseCamera("/card");
+        chooseDestination("/disk");
+    }
+    void expectFluent(const char* what, const std::function<void()>& work)
+    {
+        settle();
+        const Watchdog watchdog;
+        work();
+        settle();
+        EXPECT_LE(watchdog.longestWork(), allowedStall) << what;
+        std::cout << what << ": the longest stall was " << watchdog.longestStall() << " ms, of which the window's own "
+                  << watchdog.longestWork() << " ms\n";
+    }
+    PacedFiles& disk()
+    {
+        return static_cast<PacedFiles&>(*files);
+    }
+};
+
+TEST_F(Stalls, areShortWhenManyVideosAreFoundAndPending)
+{
+    expectFluent("first analysis", [this] { analyse(); });
+    ASSERT_EQ(list()->rowCount(), videoCount);
+    expectFluent("second analysis, equal", [this] { analyse(); });
+    files->add("/card/DCIM/new.MOV");
+    expectFluent("third analysis, other results", [this] { analyse(); });
+    EXPECT_EQ(list()->rowCount(), videoCount + 1);
+}
+
+TEST_F(Stalls, areShortWhileTheListScrolls)
+{
+    analyse();
+    expectFluent("wheel over the list", [this] {
+        for (int turn = 0; turn < 200; ++turn) {
+            turnWheel(*list()->viewport(), {100, 100}, -1);
+            letEventsPass();
+        }
+    });
+    expectFluent("thumb of the list", [this] {
+        for (int step = 0; step < 100; ++step) {
+            list()->verticalScrollBar()->setValue(step * 49'000);
+            letEventsPass();
+        }
+    });
+    resize(1148, 700);
+    expectFluent("wheel over the window", [this] {
+        for (int turn = 0; turn < 100; ++turn) {
+            turnWheel(*content, {100, 300}, turn < 50 ? -1 : 1);
+            letEventsPass();
+        }
+    });
+}
+
+TEST_F(Stalls, areShortDuringFiveThousandReportsASecond)
+{
+    analyse();
+    disk().pause = std::chrono::microseconds(200);
+    expectFluent("5,000 reports a second", [this] {
+        press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+        ASSERT_TRUE(waitUntil([this] { return session().progressValue() >= 0.08; }));
+    });
+    EXPECT_TRUE(status().startsWith(QStringLiteral("Copiando ")));
+}
+
+TEST_F(Stalls, areShortDuringAsManyReportsAsADiskCanCause)
+{
+    analyse();
+    expectFluent("reports without pause, and the analysis after them", [this] {
+        press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+        ASSERT_TRUE(becomesIdle());
+    });
+    EXPECT_EQ(list(), nullptr);
+}
+
+TEST_F(Stalls, areShortWhenTheWindowIsResized)
+{
+    analyse();
+    expectFluent("resizing", [this] {
+        for (int width = 480; width < 1400; width += 23)
+            resize(width, 700);
+    });
+}
+
+} // namespace
+} // namespace reelkeep
