@@ -298,6 +298,10 @@ struct Size {
     const char* spanish;
     const char* english;
 };
+void PrintTo(const Size& size, std::ostream* stream)
+{
+    *stream << size.bytes;
+}
 class SizeTexts : public Results, public testing::WithParamInterface<Size> {};
 
 TEST_P(SizeTexts, areThoseOfFileBrowsers)

@@ -18,6 +18,10 @@ struct Card {
     const char* dialog;
     QColor accent;
 };
+void PrintTo(const Card& card, std::ostream* stream)
+{
+    *stream << card.step;
+}
 
 class SelectionCard : public WindowTest, public testing::WithParamInterface<Card> {
 protected:

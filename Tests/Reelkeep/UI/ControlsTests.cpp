@@ -115,6 +115,10 @@ struct Prominent {
     QColor tint;
     QColor face;
 };
+void PrintTo(const Prominent& prominent, std::ostream* stream)
+{
+    *stream << prominent.tint.name().toStdString();
+}
 class ProminentButtonFace : public testing::TestWithParam<Prominent> {};
 
 bool areClose(const QColor& one, const QColor& other, int tolerance = 2)
