@@ -49,7 +49,7 @@ void fillCard(const TemporaryFolder& card)
         {"PRIVATE/AVCHD/BDMV/STREAM/0.MTS", 4095},
         {"clip con espacios y ene \xc3\xb1.mp4", 4096},
         {"A001.RDM/A001_C001.RDC/A001.R3D", 70000},
-        {std::string(251, 'l') + ".mov", 512},
+        {std::string(251, 'l').append(".mov"), 512},
         {"-rf.mov", 12},
         {"decompuesto e\xcc\x81.mov", 77},
     };
