@@ -1,10 +1,13 @@
 #include "Platform/QtFolderDialog.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QCompleter>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QListView>
 #include <QPointer>
 #include <QSettings>
@@ -89,6 +92,15 @@ void makeRoom(QFileDialog& dialog)
     }
 }
 
+/// Return in the field closes the dialog while the completions below it stay open. As long as they are, the toolkit
+/// overlooks that the window behind has become active, and that would then take no keys.
+void closeCompletionsWith(QFileDialog& dialog)
+{
+    auto* field = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+    if (field && field->completer())
+        QObject::connect(&dialog, &QDialog::finished, field->completer()->popup(), &QWidget::hide);
+}
+
 class QtFolderDialog : public FolderDialog {
 public:
     Response runModal() override
@@ -130,6 +142,7 @@ private:
         }
         fillSidebar(dialog);
         makeRoom(dialog);
+        closeCompletionsWith(dialog);
     }
 
     void collect(const QStringList& paths)
