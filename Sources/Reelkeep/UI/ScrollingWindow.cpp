@@ -15,7 +15,7 @@ namespace {
 constexpr int firstWidth = 1148;
 constexpr QSize smallest(480, 400);
 /// What a title bar and borders take of the screen, where the desktop has not told yet.
-constexpr int frameHeight = 40;
+constexpr QSize frame(8, 40);
 
 } // namespace
 
@@ -37,7 +37,7 @@ ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(
 
 void ScrollingWindow::openAtFirstSize()
 {
-    const QSize room = screen()->availableSize() - QSize(0, frameHeight);
+    const QSize room = screen()->availableSize() - frame;
     const int width = std::min(firstWidth, room.width());
     const int height = std::min(area->widget()->heightForWidth(width), room.height());
     resize(QSize(width, height).expandedTo(minimumSize()));
