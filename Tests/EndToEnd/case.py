@@ -7,7 +7,7 @@ import unittest
 from pathlib import Path
 
 from desktop import Desktop
-from screen import ALT, F4, strike
+from hands import close_window
 from window import Window
 
 
@@ -58,8 +58,8 @@ class DesktopTest(unittest.TestCase):
         return Window(self.desktop.run(self.program, **more))
 
     def close(self):
-        """Closes the window by the keyboard, as one closes any window; the program must then end well by itself."""
-        strike(F4, holding=ALT)
+        """Closes the window; the program must then end well by itself."""
+        close_window()
         self.assertEqual(self.desktop.program.wait(20), 0)
 
     def assert_left_no_trace(self):

@@ -64,6 +64,19 @@ def wait_for(condition, what, timeout=TIMEOUT):
         time.sleep(0.01)
 
 
+def until(condition, act, what, patience=3):
+    """Acts until the condition holds: its first true value. What a person does can be lost on its way into a busy
+    program, and is then done again, so `act` must do no harm when only the effect is late."""
+    end = time.monotonic() + TIMEOUT
+    while True:
+        try:
+            act()
+            return wait_for(condition, what, patience)
+        except (AssertionError, GLib.Error):
+            if time.monotonic() > end:
+                raise
+
+
 class Desktop:
     """Use as a context manager, once in a process: its accessibility bus is the one that the process then keeps.
     `home` is the program's home, empty at first; `folder` is for anything else."""
@@ -168,6 +181,12 @@ class Desktop:
         """What the program has written to its standard output and error."""
         log = self.folder / "program.log"
         return log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
+
+    def colour(self, x, y):
+        """What the display shows at a place."""
+        return subprocess.run(["import", "-window", "root", "-crop", f"1x1+{x}+{y}", "-depth", "8", "rgb:-"], check=True,
+                              stdin=subprocess.DEVNULL, capture_output=True,
+                              env={**self.environment, "HOME": str(self.folder)}).stdout
 
     def picture(self, path):
         """Saves what the display shows."""

@@ -1,14 +1,16 @@
 """The folder dialogs, worked as a person works them."""
 
 import os
+import re
 from pathlib import Path
 
-from desktop import wait_for
-from screen import BUTTON, CHOOSER, CONTROL, DIALOG, DOWN, FIELD, LIST, ROW, SHIFT, strike
+from desktop import until, wait_for
+from hands import strike
+from screen import BUTTON, CHOOSER, DIALOG, FIELD, LIST, ROW
 
 
 class FolderDialog:
-    """The open folder dialog of the given title; closed by choose, chooseTyped or cancel."""
+    """The open folder dialog of the given title; closed by accept or cancel."""
 
     def __init__(self, application, title):
         self.application = application
@@ -34,37 +36,48 @@ class FolderDialog:
 
     def go(self, folder):
         """Walks to a folder: up with the button, down with double clicks."""
-        while not folder.is_relative_to(here := self.folder()):
-            self.window.find(BUTTON, "Directorio superior").press()
-            wait_for(lambda: self.folder() != here, f"the folder above {here}")
-        for part in folder.relative_to(self.folder()).parts:
-            inside = self.folder() / part
-            self.row(part).click("b1d")
-            wait_for(lambda: self.folder() == inside, f"the folder {inside}")
+
+        def step():
+            here = self.folder()
+            if not folder.is_relative_to(here):
+                self.window.find(BUTTON, "Directorio superior").press()
+            elif here != folder:
+                self.row(folder.relative_to(here).parts[0]).click(times=2)
+
+        while (here := self.folder()) != folder:
+            until(lambda: self.folder() != here, step, f"to get from {here} to {folder}")
 
     def select(self, folder, names, by_keyboard=False):
         """Marks several folders of one folder, with the mouse or, where they stand one below the other, by keys."""
         self.go(folder)
-        self.row(names[0]).click()
-        wait_for(lambda: names[0] in self.typed(), f"{names[0]!r} to be selected")
-        for name in names[1:]:
-            if by_keyboard:
-                strike(DOWN, holding=SHIFT)
-            else:
-                self.row(name).click(holding=CONTROL)
-        marked = {f'"{name}"' for name in names} if len(names) > 1 else set(names)
-        wait_for(lambda: all(name in self.typed() for name in marked), f"{names} to be selected")
+
+        def mark():
+            # Also takes back what was marked before, so that all can be done again.
+            until(lambda: self.marked() == {names[0]}, self.row(names[0]).click, f"{names[0]!r} to be selected")
+            for name in names[1:]:
+                if by_keyboard:
+                    strike("shift+Down")
+                else:
+                    self.row(name).click(holding="ctrl")
+
+        until(lambda: self.marked() == set(names), mark, f"{names} to be selected")
 
     def typed(self):
         return self.window.find(FIELD, "Directorio:").text()
+
+    def marked(self):
+        """The folders that stand in the field: one as it is, several between quotes."""
+        return set(re.findall('"([^"]*)"', self.typed()) or [self.typed()])
 
     def type(self, folder):
         self.window.find(FIELD, "Directorio:").type(os.fspath(folder))
 
     def accept(self):
-        self.window.find(BUTTON, "Seleccionar").press()
-        wait_for(lambda: not self.open(), f"the dialog {self.title!r} to close")
+        self.leave("Seleccionar")
 
     def cancel(self):
-        self.window.find(BUTTON, "Cancelar").press()
+        self.leave("Cancelar")
+
+    def leave(self, button):
+        self.window.find(BUTTON, button).press()
         wait_for(lambda: not self.open(), f"the dialog {self.title!r} to close")

@@ -5,7 +5,8 @@ import gi
 gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
-from desktop import wait_for  # noqa: E402
+from desktop import TIMEOUT, until, wait_for  # noqa: E402
+from hands import click  # noqa: E402
 
 BUTTON = ("push button",)
 SWITCH = ("check box", "toggle button")
@@ -16,8 +17,8 @@ LABEL = ("label", "static", "text")
 LIST = ("list", "tree", "tree table", "table")
 ROW = ("list item", "table cell", "tree item")
 
-CONTROL, SHIFT, ALT = 37, 50, 64  # key codes of a standard keyboard
-DOWN, F4 = 0xFF54, 0xFFC1
+# A program that is given little of the processor answers late, and that is no failure of it.
+Atspi.set_timeout(TIMEOUT * 1000, TIMEOUT * 1000)
 
 
 class Element:
@@ -79,8 +80,13 @@ class Element:
 
     def choose(self, name):
         """Opens a chooser and clicks an entry."""
-        self.press()
-        wait_for(lambda: next((row for row in self.all(ROW, name) if row.showing), None), f"the entry {name!r}").click()
+
+        def pick():
+            if not self.has("expanded"):
+                self.press()
+            wait_for(lambda: next((row for row in self.all(ROW, name) if row.showing), None), f"the entry {name!r}").click()
+
+        until(lambda: self.name.endswith(name) and not self.has("expanded"), pick, f"{name!r} to be chosen")
 
     def box(self):
         """Where it stands on the display: left, top, width, height."""
@@ -91,27 +97,9 @@ class Element:
         x, y, width, height = self.box()
         return x + width // 2, y + height // 2
 
-    def click(self, button="b1c", holding=None):
-        """A click of the mouse in its middle; "b1d" is a double click."""
-        click(*self.middle(), button, holding)
-
-
-def click(x, y, button="b1c", holding=None):
-    """A click of the mouse somewhere on the display, while a key is held down."""
-    if holding:
-        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.PRESS)
-    Atspi.generate_mouse_event(x, y, button)
-    if holding:
-        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.RELEASE)
-
-
-def strike(key, holding=None):
-    """A key of the keyboard, which goes to whatever has the focus."""
-    if holding:
-        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.PRESS)
-    Atspi.generate_keyboard_event(key, None, Atspi.KeySynthType.SYM)
-    if holding:
-        Atspi.generate_keyboard_event(holding, None, Atspi.KeySynthType.RELEASE)
+    def click(self, times=1, holding=None):
+        """A click of the mouse in its middle, or two."""
+        click(*self.middle(), times, holding)
 
 
 def program(process):

@@ -2,18 +2,14 @@
 """The computer stays awake while the program copies, and no longer; one test in a process:
 sleepTests.py PROGRAM Sleep.TEST"""
 
-import contextlib
-import os
 import signal
 import sys
-import time
 from pathlib import Path
 
 from bigClips import BigClips
 from case import DesktopTest, main
-from desktop import wait_for
-from keyboard import shows_window, strike_keys, type_text
-from screen import click
+from desktop import until, wait_for
+from hands import click, shows_window, strike, type_text
 from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_disk
 
 
@@ -118,54 +114,57 @@ class Sleep(DesktopTest):
         self.wait_for_events(*held, "login manager lets go")
 
     def test_copies_in_silence_where_nobody_can_be_asked(self):
-        spots = self.copy_watched()
+        self.copy_watched()
         nowhere = f"unix:path={self.desktop.folder}/nowhere"
         for name, bus in {"no bus": None, "dead bus": nowhere}.items():
             with self.subTest(name):
                 for clip in self.clips.copied():
                     (self.clips.disk / clip).unlink()
-                self.copy_blindly(spots, DBUS_SESSION_BUS_ADDRESS=bus, DBUS_SYSTEM_BUS_ADDRESS=nowhere)
+                self.copy_blindly(DBUS_SESSION_BUS_ADDRESS=bus, DBUS_SYSTEM_BUS_ADDRESS=nowhere)
                 self.assertEqual(self.desktop.said(), "")
         self.assert_left_no_trace()
 
     def copy_watched(self):
-        """Copies; where each button stands when it is its turn."""
+        """Copies, and remembers where and in which colour each button stands when it is its turn."""
         window = self.start()
-        spots = {}
+        self.spots = {}
         for question, folder in ((CAMERA, self.clips.card), (DESTINATION, self.clips.disk)):
+            self.remember(window, question[0])
             window.choose(question, folder)
-            spots[question[0]] = window.button(question[0]).middle()
-        spots[ANALYSE] = window.button(ANALYSE).middle()
+        self.remember(window, ANALYSE)
         window.analyse(found(len(self.clips.names)))
-        spots[COPY] = window.button(COPY).middle()
+        self.remember(window, COPY)
         window.button(COPY).press()
         window.wait_for_status(ALL_SAVED)
         window.wait_until_idle()
         self.close()
-        return spots
 
-    def copy_blindly(self, spots, **more):
+    def remember(self, window, button):
+        wait_for(lambda: window.button(button).enabled, f"{button!r} to be enabled")
+        x, y, _, height = window.button(button).box()
+        place = x + 6, y + height // 2
+        wait_for(lambda: self.desktop.colour(*place)[0] != self.desktop.colour(*place)[1], f"{button!r} in colour")
+        self.spots[button] = place, self.desktop.colour(*place)
+
+    def copy_blindly(self, **more):
         """The same with mouse and keyboard: without a bus the program cannot be asked what it shows."""
         self.desktop.run(self.program, **more)
-        wait_for(lambda: shows_window("Reelkeep"), "the window")
         for (button, title), folder in ((CAMERA, self.clips.card), (DESTINATION, self.clips.disk)):
-            self.click_until(lambda: shows_window(title), spots[button])
+            self.click(button, lambda: shows_window(title))
             type_text(folder)
-            strike_keys("Return")
-            wait_for(lambda: shows_window("Reelkeep"), "the dialog to close")
-        self.click_until(lambda: self.clips.copied() == self.clips.names, spots[ANALYSE], spots[COPY])
+            strike("Return")
+        self.click(ANALYSE, lambda: self.ready(COPY))
+        self.click(COPY, lambda: self.clips.copied() == self.clips.names)
         self.close()
         self.assertEqual(self.clips.flaws(), [])
 
-    def click_until(self, condition, *spots):
-        """A click may come before the window takes it."""
-        end = time.monotonic() + 30
-        while not condition():
-            self.assertLess(time.monotonic(), end, f"clicked in vain at {spots}")
-            for spot in spots:
-                click(*spot)
-            with contextlib.suppress(AssertionError):
-                wait_for(condition, "an effect", timeout=0.5)
+    def ready(self, button):
+        place, colour = self.spots[button]
+        return shows_window("Reelkeep") and self.desktop.colour(*place) == colour
+
+    def click(self, button, effect):
+        wait_for(lambda: self.ready(button), f"{button!r} to be ready")
+        until(effect, lambda: click(*self.spots[button][0]), f"an effect of {button!r}")
 
     def test_a_copy_survives_the_bus(self):
         self.serve("portal")

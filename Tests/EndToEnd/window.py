@@ -4,9 +4,10 @@ import re
 import subprocess
 from pathlib import Path
 
-from desktop import wait_for
+from desktop import until, wait_for
 from dialogs import FolderDialog
-from screen import BUTTON, CHOOSER, LABEL, LIST, ROW, SWITCH, click, program
+from hands import click
+from screen import BUTTON, CHOOSER, LABEL, LIST, ROW, SWITCH, program
 
 CAMERA = ("Elegir camara", "Selecciona la carpeta de origen")
 DESTINATION = ("Elegir HD de copia", "Selecciona la carpeta de destino")
@@ -80,8 +81,8 @@ class Window:
     def maximize(self):
         """Double clicks the title bar, which stands above what the accessibility bus calls the window."""
         x, y, width, height = self.element.box()
-        click(x + width // 2, y - 8, "b1d")
-        wait_for(lambda: self.element.box()[3] > height, "the window to fill the display")
+        until(lambda: self.element.box()[3] > height, lambda: click(x + width // 2, y - 8, times=2),
+              "the window to fill the display", patience=10)
 
     def ask(self, question):
         """Presses a button that asks for folders: the open dialog."""
