@@ -6,7 +6,7 @@ gi.require_version("Atspi", "2.0")
 from gi.repository import Atspi, GLib  # noqa: E402
 
 from desktop import TIMEOUT, until, wait_for  # noqa: E402
-from hands import click  # noqa: E402
+from hands import click, strike  # noqa: E402
 
 BUTTON = ("push button",)
 SWITCH = ("check box", "toggle button")
@@ -32,6 +32,13 @@ class Element:
 
     def has(self, state):
         return self.accessible.get_state_set().contains(getattr(Atspi.StateType, state.upper()))
+
+    @property
+    def exists(self):
+        try:
+            return bool(self.role)
+        except GLib.Error:
+            return False
 
     enabled = property(lambda self: self.has("enabled"))
     showing = property(lambda self: self.has("showing"))
@@ -69,6 +76,9 @@ class Element:
         wait_for(lambda: self.enabled, f"{self.name!r} to be enabled")
         Atspi.Action.do_action(self.accessible, 0)
 
+    def take_focus(self):
+        wait_for(lambda: Atspi.Component.grab_focus(self.accessible) and self.has("focused"), f"{self.name!r} to have the focus")
+
     def type(self, text):
         Atspi.EditableText.set_text_contents(self.accessible, text)
 
@@ -100,6 +110,41 @@ class Element:
     def click(self, times=1, holding=None):
         """A click of the mouse in its middle, or two."""
         click(*self.middle(), times, holding)
+
+
+class Ear:
+    """What programs tell screen readers by themselves. To be opened before the program starts, which asks only then,
+    and now and then, what anybody wants to hear."""
+
+    def __init__(self, kind):
+        self.heard = []
+        self.listener = Atspi.EventListener.new(lambda event, *_: self.heard.append((Element(event.source), event.detail1)))
+        self.listener.register(kind)
+
+    def events(self):
+        """Everything heard so far: whom it is about, and a number that belongs to it."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self.heard
+
+
+class Focus:
+    """Follows the focus of the keyboard."""
+
+    def __init__(self):
+        self.ear = Ear("object:state-changed:focused")
+
+    def stops(self):
+        """Everything that has had the focus so far, in order."""
+        return [element for element, gained in self.ear.events() if gained]
+
+    def here(self):
+        return self.stops()[-1]
+
+    def step(self, key):
+        """Strikes a key that moves the focus."""
+        before = len(self.stops())
+        until(lambda: len(self.stops()) > before, lambda: strike(key), f"{key} to move the focus")
 
 
 def program(process):
