@@ -144,7 +144,10 @@ std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::
         QLayoutItem* item = row[index];
         if (isSpacer(item))
             continue;
-        const int offered = left / unserved;
+        int offered = left / unserved;
+        // One that lacks only a little of its ideal gets that from those after it, which give way more easily.
+        if (const int wanted = item->sizeHint().width(); unserved > 1 && wanted <= offered + offered / 5)
+            offered = std::max(offered, wanted);
         result[index] =
             std::clamp(offered, item->minimumSize().width(), std::max(maximumWidth(item), item->minimumSize().width()));
         left -= result[index];

@@ -1,12 +1,7 @@
 #include "UI/TextWidget.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QContextMenuEvent>
+#include <QEvent>
 #include <QFontMetricsF>
-#include <QKeyEvent>
-#include <QMenu>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QTextLayout>
 
@@ -93,27 +88,10 @@ void TextWidget::setLineLimit(int limit)
     textChanged();
 }
 
-void TextWidget::setWrapsAnywhere(bool anywhere)
-{
-    wrapsAnywhere = anywhere;
-    textChanged();
-}
-
 void TextWidget::setMaximumTextWidth(int width)
 {
     maximumTextWidth = width;
     textChanged();
-}
-
-void TextWidget::setSelectable(bool nowSelectable)
-{
-    if (selectable == nowSelectable)
-        return;
-    selectable = nowSelectable;
-    setFocusPolicy(selectable ? Qt::StrongFocus : Qt::NoFocus);
-    setCursor(selectable ? Qt::IBeamCursor : Qt::ArrowCursor);
-    if (!selectable)
-        clearSelection();
 }
 
 void TextWidget::textChanged()
@@ -128,7 +106,7 @@ void TextWidget::textChanged()
 std::vector<TextWidget::Line> TextWidget::lines(int width) const
 {
     QTextOption option;
-    option.setWrapMode(wrapsAnywhere ? QTextOption::WrapAnywhere : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     QTextLayout layout(drawnText, typeFont);
     layout.setTextOption(option);
     layout.beginLayout();
@@ -174,7 +152,7 @@ QSize TextWidget::minimumSizeHint() const
             widest = std::max(widest, metrics.horizontalAdvance(word));
         // Rather break inside a word than push the window wider, however large the user's font is.
         constexpr double bearable = 56;
-        longestWord = int(std::ceil(std::min(widest, wrapsAnywhere ? bearable / 2 : bearable))) + 1;
+        longestWord = int(std::ceil(std::min(widest, bearable))) + 1;
     }
     return {*longestWord, int(lineHeight)};
 }
@@ -303,126 +281,6 @@ int TextWidget::positionAt(QPointF place) const
     only.setLineWidth(QWIDGETSIZE_MAX);
     layout.endLayout();
     return line.start + only.xToCursor(place.x() - lineLeft(lineText));
-}
-
-QString TextWidget::selectedText() const
-{
-    return shownText.mid(selectionBegin(), selectionFinish() - selectionBegin());
-}
-
-void TextWidget::select(int from, int to)
-{
-    selectionStart = std::clamp(from, 0, int(shownText.size()));
-    selectionEnd = std::clamp(to, 0, int(shownText.size()));
-    update();
-}
-
-void TextWidget::selectAll()
-{
-    select(0, int(shownText.size()));
-}
-
-void TextWidget::clearSelection()
-{
-    select(selectionEnd, selectionEnd);
-}
-
-void TextWidget::copy() const
-{
-    QApplication::clipboard()->setText(hasSelection() ? selectedText() : shownText);
-}
-
-void TextWidget::mousePressEvent(QMouseEvent* event)
-{
-    if (!selectable || event->button() != Qt::LeftButton) {
-        event->ignore();
-        return;
-    }
-    const int position = positionAt(event->position());
-    select(event->modifiers().testFlag(Qt::ShiftModifier) ? selectionStart : position, position);
-    selecting = true;
-}
-
-void TextWidget::mouseMoveEvent(QMouseEvent* event)
-{
-    if (selecting)
-        select(selectionStart, positionAt(event->position()));
-    else
-        event->ignore();
-}
-
-void TextWidget::mouseReleaseEvent(QMouseEvent* event)
-{
-    if (!selecting) {
-        event->ignore();
-        return;
-    }
-    selecting = false;
-    // As everywhere on X11, what was selected with the mouse can be pasted with its middle button.
-    if (QClipboard* clipboard = QApplication::clipboard(); clipboard->supportsSelection() && hasSelection())
-        clipboard->setText(selectedText(), QClipboard::Selection);
-}
-
-void TextWidget::mouseDoubleClickEvent(QMouseEvent* event)
-{
-    if (selectable)
-        selectAll();
-    else
-        event->ignore();
-}
-
-void TextWidget::keyPressEvent(QKeyEvent* event)
-{
-    const int end = int(shownText.size());
-    // Steps over whole characters, whatever number of units one takes.
-    const QTextLayout steps(shownText);
-    if (!selectable)
-        QWidget::keyPressEvent(event);
-    else if (event->matches(QKeySequence::Copy))
-        copy();
-    else if (event->matches(QKeySequence::SelectAll))
-        selectAll();
-    else if (event->matches(QKeySequence::SelectNextChar))
-        select(selectionStart, steps.nextCursorPosition(selectionEnd));
-    else if (event->matches(QKeySequence::SelectPreviousChar))
-        select(selectionStart, steps.previousCursorPosition(selectionEnd));
-    else if (event->matches(QKeySequence::SelectStartOfLine))
-        select(selectionStart, 0);
-    else if (event->matches(QKeySequence::SelectEndOfLine))
-        select(selectionStart, end);
-    else if (event->matches(QKeySequence::MoveToStartOfLine))
-        select(0, 0);
-    else if (event->matches(QKeySequence::MoveToEndOfLine))
-        select(end, end);
-    else
-        QWidget::keyPressEvent(event);
-}
-
-void TextWidget::contextMenuEvent(QContextMenuEvent* event)
-{
-    if (!selectable) {
-        event->ignore();
-        return;
-    }
-    auto* menu = new QMenu(this);
-    menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(tr("Copiar"), this, &TextWidget::copy);
-    menu->addAction(tr("Seleccionar todo"), this, &TextWidget::selectAll);
-    menu->popup(event->globalPos());
-}
-
-void TextWidget::focusInEvent(QFocusEvent* event)
-{
-    update();
-    QWidget::focusInEvent(event);
-}
-
-void TextWidget::focusOutEvent(QFocusEvent* event)
-{
-    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
-        clearSelection();
-    update();
-    QWidget::focusOutEvent(event);
 }
 
 } // namespace reelkeep

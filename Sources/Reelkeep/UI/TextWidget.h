@@ -37,8 +37,6 @@ public:
     void setAlignment(Qt::Alignment alignment);
     /// More lines than this are cut off, with an ellipsis at the end of the last. 0 for no limit.
     void setLineLimit(int lines);
-    /// Breaks anywhere instead of between words: for paths.
-    void setWrapsAnywhere(bool anywhere);
     /// Wider than this it wraps. Device-independent pixels.
     void setMaximumTextWidth(int width);
 
@@ -100,7 +98,6 @@ private:
     TextColor textColor;
     Qt::Alignment alignment = Qt::AlignLeft;
     int lineLimit = 0;
-    bool wrapsAnywhere = false;
     int maximumTextWidth = QWIDGETSIZE_MAX;
     bool selectable = false;
     bool selecting = false;

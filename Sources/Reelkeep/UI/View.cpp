@@ -196,7 +196,6 @@ TextView TextView::font(double size, double lineHeight, QFont::Weight weight) &&
 
 TextView TextView::monospacedCaption() &&
 {
-    text()->setWrapsAnywhere(true);
     return std::move(*this).style(type::monospacedCaption);
 }
 

@@ -109,7 +109,7 @@ struct TextView : View {
     TextView headline() && { return std::move(*this).style(type::headline); }
     TextView title3() && { return std::move(*this).style(type::title3); }
     TextView caption() && { return std::move(*this).style(type::caption); }
-    /// For paths: fixed width, broken anywhere.
+    /// For paths: fixed width.
     TextView monospacedCaption() &&;
     TextView secondary() &&;
     TextView tertiary() &&;

@@ -42,7 +42,6 @@ protected:
     TextWidget& makePath(int width)
     {
         text.setStyle(type::monospacedCaption);
-        text.setWrapsAnywhere(true);
         text.setLineLimit(3);
         text.setSelectable(true);
         make(longPath, width);
@@ -81,16 +80,14 @@ TEST_F(Words, wrapInsideAWordThatIsTooWideAlone)
         ASSERT_LE(text.characterRect(position).right(), 101) << position;
 }
 
-TEST_F(Words, breakAnywhereWhenTheyAreAPath)
+TEST_F(Words, breakBetweenTheWordsOfAPath)
 {
-    const QString path = QStringLiteral("/media/ana/Proyectos terminados/2026");
-    text.setWrapsAnywhere(true);
+    const QString path = QStringLiteral("/media/ana/Proyectos 2026");
     const int ideal = make(path).width();
     make(path, ideal - 20);
     EXPECT_EQ(text.height(), 32);
-    // The first line is full: the break is inside "2026", not before it.
-    EXPECT_EQ(text.characterRect(int(path.size()) - 4).top(), 0);
-    EXPECT_EQ(text.characterRect(int(path.size()) - 1).top(), 16);
+    EXPECT_EQ(text.characterRect(int(path.size()) - 5).top(), 0);
+    EXPECT_EQ(text.characterRect(int(path.size()) - 4).top(), 16);
 }
 
 TEST_F(Words, needNoMoreThanOneLineWhenEmpty)
@@ -175,7 +172,6 @@ TEST_F(Words, areSelectedByADrag)
 
 TEST_F(Words, areSelectedAcrossLinesByADrag)
 {
-    text.setWrapsAnywhere(true);
     makeSelectable(QStringLiteral("/media/ana/EOS_DIGITAL/DCIM/100CANON"));
     text.resize(120, text.heightForWidth(120));
     const auto from = text.characterRect(7).center().toPoint() - QPoint(3, 0);
