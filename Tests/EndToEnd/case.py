@@ -59,8 +59,8 @@ class DesktopTest(unittest.TestCase):
 
     def close(self):
         """Closes the window; the program must then end well by itself."""
-        close_window()
-        self.assertEqual(self.desktop.program.wait(20), 0)
+        close_window(self.desktop.program)
+        self.assertEqual(self.desktop.program.returncode, 0)
 
     def assert_left_no_trace(self):
         for folder in (self.desktop.home, self.desktop.runtime, self.desktop.temporary):

@@ -4,8 +4,9 @@ Nothing here knows whether it had an effect. On a busy machine a click can come 
 uses these looks for the effect: see `until`."""
 
 import subprocess
+import time
 
-from desktop import wait_for
+from desktop import until, wait_for
 
 
 def xdotool(*words, check=True):
@@ -36,7 +37,15 @@ def shows_window(title):
     return xdotool("getactivewindow", "getwindowname", check=False).rstrip("\n") == title
 
 
-def close_window(title="Reelkeep"):
-    """Closes a window by the keyboard, as one closes any."""
-    wait_for(lambda: shows_window(title), f"the window {title!r} to be in front")
-    strike("alt+F4")
+def close_window(process):
+    """Closes the program's window by the keyboard, as one closes any: how long the program took to end, in seconds."""
+    began = 0
+
+    def close():
+        nonlocal began
+        wait_for(lambda: shows_window("Reelkeep"), "the window to be in front")
+        began = time.monotonic()
+        strike("alt+F4")
+
+    until(lambda: process.poll() is not None, close, "the program to end", patience=10)
+    return time.monotonic() - began

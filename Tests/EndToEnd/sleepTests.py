@@ -152,7 +152,7 @@ class Sleep(DesktopTest):
         for (button, title), folder in ((CAMERA, self.clips.card), (DESTINATION, self.clips.disk)):
             self.click(button, lambda: shows_window(title))
             type_text(folder)
-            strike("Return")
+            until(lambda: shows_window("Reelkeep"), lambda: strike("Return"), "the dialog to close", patience=10)
         self.click(ANALYSE, lambda: self.ready(COPY))
         self.click(COPY, lambda: self.clips.copied() == self.clips.names)
         self.close()
