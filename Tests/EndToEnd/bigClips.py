@@ -14,7 +14,7 @@ class BigClips:
         self.disk = disk or folder / "disk"
         self.size = size
         (self.card / "DCIM").mkdir(parents=True)
-        self.disk.mkdir(exist_ok=True)
+        self.disk.mkdir(parents=True, exist_ok=True)
         self.names = [f"DCIM/C{number:04}.MOV" for number in range(count)]
         for number, name in enumerate(self.names):
             with open(self.card / name, "wb") as clip:
