@@ -11,6 +11,7 @@ from bigClips import MEBIBYTE, BigClips
 from case import DesktopTest, main
 from desktop import until, wait_for
 from hands import close_window
+from sessionManager import SessionManager
 from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_disk
 
 SOON = 1.0  # seconds
@@ -127,6 +128,20 @@ class Endings(DesktopTest):
         begin(DISPLAY=self.desktop.launch_display())
         display = self.desktop.processes[-2]
         self.end(f"display, {begin.__name__}", by(lambda _: display.kill()), status=1, parts=parts)
+
+    def test_a_copy_ends_with_the_session(self):
+        self.clips = BigClips(self.desktop.folder / "media", 12)
+        session = self.enterContext(SessionManager(self.desktop))
+        self.hold = self.desktop.folder / "hold"
+        window = self.begin_held_copy(SESSION_MANAGER=session.address)
+        session.wait_for_event("joined")
+        session.tell_all("save")
+        session.wait_for_event("saved")
+        self.assertTrue(window.status().startswith("Copiando "), "nobody is ended by being asked to save")
+        self.hold.unlink()
+        self.end("logout", by(lambda _: session.tell_all("die")))
+        self.assertLess(len(self.clips.copied()), len(self.clips.names))
+        self.complete()
 
     def test_work_ends_while_a_dialog_is_open(self):
         self.clips = BigClips(self.desktop.folder / "media", 300, 16 * MEBIBYTE)
