@@ -7,19 +7,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <map>
 #include <optional>
 
 namespace reelkeep {
 namespace {
-
-QFont fontAt(double scale)
-{
-    QFont font = designFont();
-    font.setPixelSize(int(std::lround(13 * scale)));
-    return font;
-}
 
 class Geometry : public WindowTest {
 protected:
@@ -273,103 +265,6 @@ TEST_F(Geometry, keepsItsMeasuresWithARowOfEveryLength)
     }
 }
 
-struct Room {
-    int width;
-    double fontScale;
-};
-void PrintTo(const Room& room, std::ostream* stream)
-{
-    *stream << room.width << " wide, font at " << room.fontScale * 100 << " %";
-}
-class EveryRoom : public Geometry, public testing::WithParamInterface<Room> {
-protected:
-    static std::string nameOf(QWidget& widget)
-    {
-        const auto* words = qobject_cast<TextWidget*>(&widget);
-        return std::string(widget.metaObject()->className()) + " \"" +
-               (words ? words->text() : spokenName(widget)).toStdString() + "\"";
-    }
-    void expectNothingClippedOrOverlapping() const
-    {
-        for (QWidget* widget : content->findChildren<QWidget*>()) {
-            if (!widget->isVisible() || list() == widget || (list() && list()->isAncestorOf(widget)))
-                continue;
-            EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry()))
-                << nameOf(*widget) << " leaves " << nameOf(*widget->parentWidget());
-            EXPECT_GT(widget->width(), 0) << nameOf(*widget);
-            EXPECT_GT(widget->height(), 0) << nameOf(*widget);
-            expectWholeAt(*widget);
-            expectApartFromSiblings(*widget);
-        }
-        if (list())
-            expectWholeRows();
-    }
-    static void expectWholeAt(QWidget& widget)
-    {
-        const auto* words = qobject_cast<TextWidget*>(&widget);
-        EXPECT_FALSE(words && words->isCut()) << nameOf(widget);
-        EXPECT_GE(widget.width(), widget.minimumSizeHint().width()) << nameOf(widget);
-        if (widget.hasHeightForWidth() && !widget.layout()) {
-            EXPECT_GE(widget.height(), widget.heightForWidth(widget.width())) << nameOf(widget);
-        }
-    }
-    static void expectApartFromSiblings(QWidget& widget)
-    {
-        for (QObject* other : widget.parentWidget()->children()) {
-            auto* sibling = qobject_cast<QWidget*>(other);
-            if (sibling && sibling != &widget && sibling->isVisible()) {
-                EXPECT_FALSE(sibling->geometry().intersects(widget.geometry()))
-                    << nameOf(widget) << " overlaps " << nameOf(*sibling);
-            }
-        }
-    }
-    void expectWholeRows() const
-    {
-        for (QWidget* widget : list()->viewport()->findChildren<QWidget*>()) {
-            if (!widget->isVisible())
-                continue;
-            expectWholeAt(*widget);
-            if (widget->parentWidget() != list()->viewport()) {
-                EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry())) << nameOf(*widget);
-                expectApartFromSiblings(*widget);
-            }
-        }
-    }
-};
-
-TEST_P(EveryRoom, holdsEveryStateWithoutClippingOrOverlapping)
-{
-    const FontChange change(fontAt(GetParam().fontScale));
-    for (const char state : {'A', 'C'}) {
-        SCOPED_TRACE(state);
-        enterState(state);
-        resize(GetParam().width, 700);
-        EXPECT_EQ(content->width(), GetParam().width);
-        expectNothingClippedOrOverlapping();
-    }
-}
-
-TEST_P(EveryRoom, holdsACopyWithoutClippingOrOverlapping)
-{
-    const FontChange change(fontAt(GetParam().fontScale));
-    enterState('D');
-    resize(GetParam().width, 700);
-    expectNothingClippedOrOverlapping();
-}
-
-TEST_P(EveryRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
-{
-    const FontChange change(fontAt(GetParam().fontScale));
-    enterState('E');
-    resize(GetParam().width, 700);
-    expectNothingClippedOrOverlapping();
-}
-
-INSTANTIATE_TEST_SUITE_P(Rooms, EveryRoom,
-                         testing::Values(Room{480, 1.0}, Room{760, 1.0}, Room{1148, 1.0}, Room{1600, 1.0},
-                                         Room{480, 1.5}, Room{1148, 1.5}, Room{480, 2.0}, Room{760, 2.0},
-                                         Room{1148, 2.0}));
-
 class FirstSize : public Geometry {
 protected:
     /// The size that a new window takes on a screen.
@@ -412,7 +307,7 @@ TEST_F(Geometry, followsAChangeOfTheFontWhileOpen)
     resizeToContent(1148);
     const int before = content->height();
     {
-        const FontChange change(fontAt(1.5));
+        const FontChange change(designFont(1.5));
         settle();
         EXPECT_GT(content->heightForWidth(1148), 1.3 * before);
         EXPECT_NEAR(placeOfText(QStringLiteral("Reelkeep")).height(), 51, 1);

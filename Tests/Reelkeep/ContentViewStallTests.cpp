@@ -78,11 +78,6 @@ protected:
     Stalls() : WindowTest(std::make_shared<PacedFiles>()) {}
     void SetUp() override
     {
-        if (!qEnvironmentVariableIsSet("REELKEEP_LONG"))
-            GTEST_SKIP() << "times tell something only where nothing else runs: REELKEEP_LONG=1, one test at a time";
-#ifndef NDEBUG
-        GTEST_SKIP() << "checks and sanitizers slow everything down; what a person meets is the release build";
-#endif
         fill("/card", "/disk", videoCount, 0);
         chooseCamera("/card");
         chooseDestination("/disk");

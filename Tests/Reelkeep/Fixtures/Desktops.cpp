@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <cmath>
 #include <stdexcept>
 
 namespace reelkeep {
@@ -22,10 +23,10 @@ QPalette palette(const QColor& window, const QColor& text, const QColor& base, c
 
 } // namespace
 
-QFont designFont()
+QFont designFont(double scale)
 {
     QFont font(QStringLiteral("Inter"));
-    font.setPixelSize(13);
+    font.setPixelSize(int(std::lround(13 * scale)));
     return font;
 }
 

@@ -10,8 +10,8 @@ class QScreen;
 
 namespace reelkeep {
 
-/// The font that the window's measures are given for.
-QFont designFont();
+/// The font that the window's measures are given for, or one larger by a factor.
+QFont designFont(double scale = 1);
 bool isDesignFontInstalled();
 
 /// The palettes that the window's colours are given for.

@@ -196,9 +196,7 @@ TEST(TypeStyle, takesTheFixedWidthFontForPaths)
 TEST(TypeStyle, scalesWithTheUsersFont)
 {
     for (const double scale : {1.5, 2.0}) {
-        QFont font = designFont();
-        font.setPixelSize(int(13 * scale));
-        const FontChange change(font);
+        const FontChange change(designFont(scale));
         EXPECT_NEAR(type::title3.font().pixelSize(), 15 * scale, 1) << scale;
         EXPECT_NEAR(type::title3.height(), 20 * scale, 1) << scale;
     }

@@ -11,13 +11,6 @@
 namespace reelkeep {
 namespace {
 
-QFont doubled()
-{
-    QFont font = designFont();
-    font.setPixelSize(26);
-    return font;
-}
-
 /// The colour of a control's face, beside its label.
 QColor faceOf(QWidget& widget)
 {
@@ -106,7 +99,7 @@ TEST(Button, growsWithTheUsersFont)
     QWidget window;
     Button& button = shownIn(window, new Button(QStringLiteral("Elegir camara")));
     const int width = button.sizeHint().width();
-    const FontChange change(doubled());
+    const FontChange change(designFont(2));
     EXPECT_EQ(button.sizeHint().height(), 32 + 12);
     EXPECT_NEAR(button.sizeHint().width(), 2 * width - 24, 6);
 }
@@ -216,7 +209,7 @@ TEST(Switch, growsWithTheUsersFont)
     QWidget window;
     Switch& toggle = shownIn(window, new Switch(QStringLiteral("Mantener estructura de carpetas")));
     const int width = toggle.sizeHint().width();
-    const FontChange change(doubled());
+    const FontChange change(designFont(2));
     EXPECT_GT(toggle.sizeHint().width(), 1.7 * width);
 }
 
@@ -265,7 +258,7 @@ TEST(PopUp, growsWithTheUsersFont)
     popUp.addItem(QStringLiteral("Disco A"));
     EXPECT_EQ(popUp.sizeHint().height(), 28);
     const int width = popUp.sizeHint().width();
-    const FontChange change(doubled());
+    const FontChange change(designFont(2));
     EXPECT_EQ(popUp.sizeHint().height(), 44);
     EXPECT_GT(popUp.sizeHint().width(), width);
 }

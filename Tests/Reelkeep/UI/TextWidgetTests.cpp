@@ -351,9 +351,7 @@ TEST_F(Words, growWithTheUsersFont)
 {
     make(QStringLiteral("Videos pendientes"));
     const int width = text.width();
-    QFont larger = designFont();
-    larger.setPixelSize(26);
-    const FontChange change(larger);
+    const FontChange change(designFont(2));
     EXPECT_EQ(text.sizeHint().height(), 32);
     EXPECT_NEAR(text.sizeHint().width(), 2 * width, 0.05 * width);
 }

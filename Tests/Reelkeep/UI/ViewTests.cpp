@@ -222,9 +222,7 @@ TEST_F(CircleView, isRoundAroundItsText)
 
 TEST_F(CircleView, growsWithTheUsersFont)
 {
-    QFont font = designFont();
-    font.setPixelSize(26);
-    const FontChange change(font);
+    const FontChange change(designFont(2));
     letEventsPass();
     QWidget& circle = *shownTexts(*shown.widget).front()->parentWidget();
     EXPECT_EQ(circle.size(), QSize(56, 56));
