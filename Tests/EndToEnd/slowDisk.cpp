@@ -1,7 +1,7 @@
 // Preloaded into the program, makes disks as slow as external ones can be, so that work on small clips can be watched.
-// SLOW_DISK_MS: how long a write-out takes, in milliseconds. SLOW_DISK_HOLD: a file; while it exists, none ends; the
-// first that is held empties it.
-// SLOW_DISK_LOOK_MS: how long it takes to read an entry's attributes.
+// SLOW_DISK_MS: how long a write-out takes, in milliseconds, and likewise a write of a megabyte or more, which may be
+// one. SLOW_DISK_HOLD: a file; while it exists, none ends; the first that is held empties it. SLOW_DISK_LOOK_MS: how
+// long it takes to read an entry's attributes.
 
 #include <cstdlib>
 #include <ctime>
@@ -25,6 +25,14 @@ static void linger()
     const timespec pause{0, 20'000'000};
     while (hold && truncate(hold, 0) == 0)
         nanosleep(&pause, nullptr);
+}
+
+extern "C" ssize_t write(int file, const void* bytes, size_t count)
+{
+    constexpr size_t much = 1 << 20;
+    if (count >= much)
+        linger();
+    return syscall(SYS_write, file, bytes, count);
 }
 
 extern "C" int fsync(int file)

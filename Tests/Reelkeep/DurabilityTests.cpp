@@ -43,12 +43,14 @@ TEST(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
         GTEST_SKIP() << "SKIPPED: system calls cannot be traced here";
     folder.file("card/a/1.mov", contentOfLength(3U << 20U, 1));
     folder.file("card/a/2.mov", contentOfLength(10, 2));
+    folder.file("card/a/3.mov", contentOfLength((9U << 20U) + 5, 3));
     folder.folder("disk");
     const Location trace = folder / "trace";
     ASSERT_TRUE(run({"strace", "-y", "-f", "-o", trace.path(), "-E",
                      "ASAN_OPTIONS=detect_leaks=0", // which cannot be told while traced
                      COPY_PROBE, (folder / "card").path(), (folder / "disk").path()}));
     EXPECT_EQ(essenceOf(contentOf(trace)), "report make-folder sync-folder "
+                                           "create write sync-file publish sync-folder report "
                                            "create write sync-file publish sync-folder report "
                                            "create write sync-file publish sync-folder report ");
 }

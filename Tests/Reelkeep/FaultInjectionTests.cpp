@@ -74,7 +74,8 @@ void PrintTo(const Situation& situation, std::ostream* stream)
 
 const std::vector<Situation> situations = {
     {"everythingSupported", {}, {}},
-    {"largeEnoughToBeFlushedInBetween", {}, {}, (std::size_t(17) << 20) + 5},
+    {"largeEnoughToBeWrittenDirectly", {}, {}, (std::size_t(9) << 20) + 5},
+    {"largeEnoughToBeFlushedInBetween", {{"fcntl", EINVAL}}, {}, (std::size_t(17) << 20) + 5},
     {"renameReplaces", {{"renameat2", EINVAL}}, {}},
     {"renameReplacesAndNoLinks", {{"renameat2", EINVAL}, {"linkat", EPERM}}, {}},
     {"simpleDisk", {{"ioctl", EOPNOTSUPP}, {"sync_file_range", ESPIPE}, {"fchmod", EPERM}, {"futimens", ENOSYS}}, {}},

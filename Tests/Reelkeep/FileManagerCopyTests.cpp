@@ -55,14 +55,20 @@ protected:
     TemporaryFolder disk;
 };
 
-TEST_F(CopyTest, copiesEveryByte)
+TEST_F(CopyTest, copiesEveryByteWhateverTheSize)
 {
     std::string content;
     for (std::size_t i = 0; content.size() < 20'000'001; ++i)
         content += std::to_string(i);
-    FileManager().copyItem(card.file("x.mov", content), disk / "x.mov");
-    EXPECT_TRUE(contentOf(disk / "x.mov") == content);
-    EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
+    constexpr std::size_t mebibyte = 1 << 20; // from eight on, whole blocks take another way than the rest
+    for (const std::size_t size : {content.size(), 12 * mebibyte + 4096, 12 * mebibyte, 8 * mebibyte + 1, 8 * mebibyte,
+                                   4 * mebibyte + 1, 4 * mebibyte, std::size_t(4096), std::size_t(4095)}) {
+        content.resize(size);
+        FileManager().copyItem(card.file("x.mov", content), disk / "x.mov");
+        EXPECT_TRUE(contentOf(disk / "x.mov") == content) << size;
+        EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
+        fs::remove((disk / "x.mov").path());
+    }
 }
 
 TEST_F(CopyTest, copiesAnEmptyFile)

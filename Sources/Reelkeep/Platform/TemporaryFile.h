@@ -31,7 +31,8 @@ public:
     bool clone(int source);
     /// Refuses where the disk tells its free space and has too little.
     void refuseWithoutRoom();
-    /// Appends; sends it to the disk at once, so that little is ever unwritten.
+    /// Appends; sends it to the disk at once, so that little is ever unwritten. Faster from memory that begins at the
+    /// border of a block.
     void write(std::span<const std::byte> bytes);
     /// Takes over modification time and the rights to read and write, and puts everything on the disk.
     void finish(const struct stat& source);
@@ -45,6 +46,7 @@ private:
     void removeLeftover(const std::string& name);
     void lock(int descriptor, const std::string& name);
     bool hasRoom() const;
+    void writeDirectly(bool directly);
     void flush();
     bool publishByRename();
     bool publishByLink();
@@ -63,6 +65,7 @@ private:
     struct statfs fileSystem = {};
     FileDescriptor file;
     std::string currentName;   ///< Of our own file; empty as long as there is none and once it has its final name.
+    bool isDirect = false;     ///< Past the kernel's memory, right to the disk.
     std::int64_t written = 0;  ///< Bytes handed to the kernel.
     std::int64_t flushing = 0; ///< How many of them the disk has been told to take.
 };

@@ -42,7 +42,7 @@ void setModificationTime(const Location& file, time_t seconds)
 void fillCard(const TemporaryFolder& card)
 {
     const std::map<std::string, std::size_t> videos = {
-        {"DCIM/100CANON/MVI_0001.MOV", 9U << 20U},
+        {"DCIM/100CANON/MVI_0001.MOV", (9U << 20U) + 1234},
         {"DCIM/100CANON/MVI_0002.MOV", 1},
         {"DCIM/100CANON/MVI_0003.MOV", 0},
         {"DCIM/101CANON/MVI_0001.MOV", (1U << 20U) + 1},

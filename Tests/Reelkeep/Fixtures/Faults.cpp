@@ -90,11 +90,12 @@ std::vector<int> plausibleErrors(const std::string& call)
         {"renameat", {EACCES, ENOSPC, EROFS, ENOENT, EINVAL, EILSEQ, EBUSY}},
         {"renameat2", {EACCES, EEXIST, EINVAL, ENOSYS, ENOSPC, EROFS, EILSEQ}},
         {"read", {EINTR, ESTALE}},
-        {"write", {EINTR, ENOSPC, EDQUOT, EFBIG, EROFS}},
+        {"write", {EINTR, ENOSPC, EDQUOT, EFBIG, EROFS, EINVAL}},
         {"fsync", {EINTR, ENOSPC, EDQUOT, EINVAL, EROFS}},
         {"fdatasync", {EINTR, ENOSPC, EDQUOT, EINVAL}},
         {"syncfs", {ENOSPC, EDQUOT}},
         {"sync_file_range", {ENOSPC, ESPIPE, EINVAL}},
+        {"fcntl", {EINVAL}},
         {"fchmod", {EPERM, EROFS, EOPNOTSUPP}},
         {"futimens", {EPERM, EACCES, EROFS, ENOSYS}},
         {"flock", {EWOULDBLOCK, ENOLCK, EOPNOTSUPP}},
@@ -132,6 +133,25 @@ int __wrap_openat(int folder, const char* path, int flags, ...)
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
     va_end(more);
     return faulty<int>("openat", [&] { return __real_openat(folder, path, flags, mode); });
+}
+
+int __real_fcntl(int descriptor, int command, ...);
+int __wrap_fcntl(int descriptor, int command, ...)
+{
+    va_list more;
+    va_start(more, command);
+    const int flags = va_arg(more, int);
+    va_end(more);
+    return faulty<int>("fcntl", [&] { return __real_fcntl(descriptor, command, flags); });
+}
+
+// This one returns its error.
+int __real_posix_fadvise(int descriptor, off_t offset, off_t count, int advice);
+int __wrap_posix_fadvise(int descriptor, off_t offset, off_t count, int advice)
+{
+    const auto call = [&] { return __real_posix_fadvise(descriptor, offset, count, advice); };
+    const int result = faulty<int>("posix_fadvise", call);
+    return result < 0 ? errno : result;
 }
 
 int __real_ioctl(int descriptor, unsigned long request, ...);
