@@ -9,7 +9,8 @@ CopySummary CopyJob::run(const FileManager& fileManager, const ProgressSink& pro
 {
     const auto total = static_cast<std::int64_t>(videos.size());
     CopySummary summary{.destinationRoot = destinationRoot};
-    for (const VideoFile& video : videos) {
+    for (std::size_t number = 0; number < videos.size(); ++number) {
+        const VideoFile& video = videos[number];
         if (stop.stop_requested())
             throw Stopped();
         const std::string& relativeTarget = preserveFolderStructure ? video.relativePath : video.fileName;
@@ -22,6 +23,10 @@ CopySummary CopyJob::run(const FileManager& fileManager, const ProgressSink& pro
             ++summary.skippedCount;
             continue;
         }
+        // Nothing else happens to the next one before this one is on its disk. Many small ones take two thirds of the
+        // time with it.
+        if (number + 1 < videos.size())
+            fileManager.readAhead(sourceRoot.appending(videos[number + 1].relativePath));
         // Never `url`: below another root than the scanned one the same relative path is what is meant.
         fileManager.copyItem(sourceRoot.appending(video.relativePath), target, stop);
         ++summary.copiedCount;

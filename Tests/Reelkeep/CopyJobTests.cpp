@@ -67,6 +67,28 @@ TEST_F(CopyJobTest, createsTheFolderThenLooksThenCopies)
                                                        "copyItem " + (card / "a/x.mov").path() + " -> " + target}));
 }
 
+TEST_F(CopyJobTest, readsAheadOfTheNextVideoButDoesNothingElseToIt)
+{
+    card.file("a/1.mov");
+    card.file("b/2.mov");
+    run(jobFor({"a/1.mov", "b/2.mov"}));
+    const std::string first = (card / "a/1.mov").path() + " -> " + (disk / "a/1.mov").path();
+    const std::string second = (card / "b/2.mov").path();
+    EXPECT_EQ(files.calls(), std::vector<std::string>({"createDirectory " + (disk / "a").path(),
+                                                       "fileExists " + (disk / "a/1.mov").path(), "readAhead " + second,
+                                                       "copyItem " + first, "createDirectory " + (disk / "b").path(),
+                                                       "fileExists " + (disk / "b/2.mov").path(),
+                                                       "copyItem " + second + " -> " + (disk / "b/2.mov").path()}));
+}
+
+TEST_F(CopyJobTest, meetsAMissingVideoOnlyWhenItsTurnComes)
+{
+    card.file("1.mov");
+    EXPECT_THROW(run(jobFor({"1.mov", "gone.mov"})), FileError);
+    EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"1.mov"});
+    EXPECT_EQ(reports.size(), 2U);
+}
+
 TEST_F(CopyJobTest, createsTheDestinationItselfWhenFlat)
 {
     card.file("a/x.mov");
@@ -155,11 +177,11 @@ TEST_F(CopyJobTest, endsAtTheFirstFailureAndKeepsWhatWasCopied)
 {
     for (const char* name : {"1.mov", "2.mov", "3.mov"})
         card.file(name);
-    files.failAt(6, FileError((disk / "2.mov").path(), ENOSPC)); // the second copy
+    files.failAt(8, FileError((disk / "2.mov").path(), ENOSPC)); // the second copy
     EXPECT_THROW(run(jobFor({"1.mov", "2.mov", "3.mov"})), FileError);
     EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"1.mov"});
     EXPECT_EQ(reports, std::vector<CopyProgress>({{0, 3, "1.mov"}, {1, 3, "2.mov"}}));
-    EXPECT_EQ(files.calls().size(), 6U);
+    EXPECT_EQ(files.calls().size(), 8U);
 }
 
 TEST_F(CopyJobTest, endsWhenAFolderCannotBeMade)

@@ -203,6 +203,26 @@ TEST_P(CopyFaultTest, neverHurtsAVideoWhateverFails)
 INSTANTIATE_TEST_SUITE_P(Situations, CopyFaultTest, testing::ValuesIn(situations),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
+TEST(ReadAhead, neverFailsWhateverFails)
+{
+    const TemporaryFolder memory("/dev/shm");
+    const Location video = memory.file("x.mov", std::string(300'000, 'x'));
+    faults::arm({});
+    FileManager().readAhead(video);
+    const auto calls = faults::disarm();
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "posix_fadvise"), 4); // one for the order, three for the bytes
+    auto plans = plansFor(calls);
+    const auto deaths = deathsDuring(calls);
+    plans.insert(plans.end(), deaths.begin(), deaths.end());
+    for (const faults::Plan& plan : plans) {
+        faults::arm(plan);
+        EXPECT_NO_THROW(FileManager().readAhead(video)) << describe(plan);
+        faults::disarm();
+    }
+    FileManager().readAhead(memory / "missing.mov");
+    FileManager().readAhead(memory.folder("folder.mov"));
+}
+
 /// No FAT32 driver is at hand where this is tested, so a disk in memory says it is one.
 TEST(Fat32, refusesAtOnceAFileOfFourGigabytes)
 {

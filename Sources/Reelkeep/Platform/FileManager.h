@@ -68,6 +68,10 @@ public:
     /// Copies a file to a place where nothing stands. The target appears whole and synced to its disk, or not at all;
     /// nothing is ever replaced. Keeps modification time and permissions. Throws FileError; throws Stopped.
     virtual void copyItem(const Location& source, const Location& target, const std::stop_token& stop = {}) const;
+
+    /// Lets the system read the beginning of `source`, which is to be copied soon, while the caller goes on. Never
+    /// fails.
+    virtual void readAhead(const Location& source) const;
 };
 
 } // namespace reelkeep

@@ -136,4 +136,12 @@ void FileManager::copyItem(const Location& source, const Location& target, const
     copy.publish();
 }
 
+void FileManager::readAhead(const Location& source) const
+{
+    try {
+        SourceFile(source).fetch(0);
+    } catch (const FileError&) { // will be met again, and told, when its turn comes
+    }
+}
+
 } // namespace reelkeep

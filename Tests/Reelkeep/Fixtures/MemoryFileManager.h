@@ -38,6 +38,7 @@ public:
     void createDirectory(const Location& folder) const override;
     bool fileExists(const Location& place) const override;
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
+    void readAhead(const Location&) const override {}
 
 private:
     enum class Gate { open, closed, hanging };

@@ -78,4 +78,10 @@ void RecordingFileManager::copyItem(const Location& source, const Location& targ
     FileManager::copyItem(source, target, stop);
 }
 
+void RecordingFileManager::readAhead(const Location& source) const
+{
+    record("readAhead " + source.path());
+    FileManager::readAhead(source);
+}
+
 } // namespace reelkeep

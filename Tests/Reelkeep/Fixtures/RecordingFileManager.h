@@ -31,6 +31,7 @@ public:
     void createDirectory(const Location& folder) const override;
     bool fileExists(const Location& place) const override;
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop = {}) const override;
+    void readAhead(const Location& source) const override;
 
 private:
     void record(std::string call, const std::stop_token& stop = {}) const;
