@@ -13,7 +13,7 @@ CopySummary CopyJob::run(const FileManager& fileManager, const ProgressSink& pro
         const VideoFile& video = videos[number];
         if (stop.stop_requested())
             throw Stopped();
-        const std::string& relativeTarget = preserveFolderStructure ? video.relativePath : video.fileName;
+        const SharedText& relativeTarget = preserveFolderStructure ? video.relativePath : video.fileName;
         const Location target = destinationRoot.appending(relativeTarget);
         progress({.completedCount = summary.copiedCount + summary.skippedCount,
                   .totalCount = total,
@@ -33,7 +33,7 @@ CopySummary CopyJob::run(const FileManager& fileManager, const ProgressSink& pro
     }
     progress({.completedCount = total,
               .totalCount = total,
-              .currentFileName = videos.empty() ? std::string() : videos[videos.size() - 1].fileName});
+              .currentFileName = videos.empty() ? SharedText() : videos[videos.size() - 1].fileName});
     return summary;
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 /// Freeing a million records takes long enough to be seen, and whoever lets go of a list last may be the interface
 /// thread: a long list ends on a thread of its own.
-void destroyList(const std::vector<VideoFile>* videos)
+void destroyRecords(const VideoList::Records* videos)
 {
     constexpr std::size_t quicklyFreed = 10'000;
     if (videos->size() > quicklyFreed) {
@@ -27,16 +27,21 @@ void destroyList(const std::vector<VideoFile>* videos)
 
 } // namespace
 
-VideoList::VideoList(std::vector<VideoFile> videos)
+VideoList::VideoList(Records videos) : count(videos.size())
 {
-    if (!videos.empty())
-        records =
-            std::shared_ptr<const std::vector<VideoFile>>(new std::vector<VideoFile>(std::move(videos)), destroyList);
+    if (count > 0)
+        parts.push_back(std::shared_ptr<const Records>(new Records(std::move(videos)), destroyRecords));
+}
+
+void VideoList::append(const VideoList& other)
+{
+    parts.insert(parts.end(), other.parts.begin(), other.parts.end());
+    count += other.count;
 }
 
 bool VideoList::operator==(const VideoList& other) const
 {
-    return records == other.records || std::equal(begin(), end(), other.begin(), other.end());
+    return parts == other.parts || (count == other.count && std::equal(begin(), end(), other.begin()));
 }
 
 std::string errorDescription(VideoSyncError error)
@@ -66,7 +71,7 @@ void combine(std::size_t& seed, std::size_t value)
 std::size_t std::hash<reelkeep::VideoFile>::operator()(const reelkeep::VideoFile& video) const
 {
     std::size_t seed = 0;
-    const std::hash<std::string> ofText;
+    const std::hash<reelkeep::SharedText> ofText;
     reelkeep::combine(seed, ofText(video.id));
     reelkeep::combine(seed, std::hash<reelkeep::Location>{}(video.url));
     reelkeep::combine(seed, ofText(video.relativePath));

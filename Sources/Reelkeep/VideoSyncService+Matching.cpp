@@ -89,9 +89,10 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
         slots.push_back(&table.insert(video));
     for (const VideoFile& video : reviewed)
         table.slotOf(video).isReviewed = true; // of an empty slot too: nobody asks it
-    for (std::size_t i = 0; i < source.size(); ++i)
-        if (!slots[i]->isReviewed)
-            missing.push_back(&source[i]);
+    auto slot = slots.begin();
+    for (const VideoFile& video : source)
+        if (!(*slot++)->isReviewed)
+            missing.push_back(&video);
     return missing;
 }
 
@@ -107,7 +108,7 @@ std::uint64_t firstBytesOf(const std::string& key)
 using Videos = std::vector<const VideoFile*>;
 
 /// Sorts by one text of the videos, and those in which it is the same by `then`; stable.
-void sortBy(std::string VideoFile::*text, const FileBrowserOrder& order, Videos::iterator begin, Videos::iterator end,
+void sortBy(SharedText VideoFile::*text, const FileBrowserOrder& order, Videos::iterator begin, Videos::iterator end,
             const std::function<void(Videos::iterator, Videos::iterator)>& then)
 {
     /// Most comparisons end in the key's first bytes, which need no look elsewhere in memory.
@@ -139,13 +140,12 @@ void sortBy(std::string VideoFile::*text, const FileBrowserOrder& order, Videos:
 }
 
 /// By name, and records of exactly the same name by relative path; whatever is equal in both keeps its order.
-std::vector<VideoFile> inFileBrowserOrder(Videos videos)
+VideoList inFileBrowserOrder(Videos videos)
 {
     const FileBrowserOrder order(collationLocale());
     sortBy(&VideoFile::fileName, order, videos.begin(), videos.end(),
            [&](auto first, auto last) { sortBy(&VideoFile::relativePath, order, first, last, nullptr); });
-    std::vector<VideoFile> result;
-    result.reserve(videos.size());
+    VideoList::Records result;
     for (const VideoFile* video : videos)
         result.push_back(*video);
     return result;

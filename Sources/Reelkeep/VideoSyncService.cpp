@@ -18,22 +18,28 @@ bool isVideo(std::string_view fileName)
 }
 
 /// Not a cut of the prefix: every occurrence goes, also one in the middle of the path.
-std::string removingOccurrences(std::string text, const std::string& part)
+SharedText removingOccurrences(const SharedText& text, std::string_view part)
 {
-    for (auto found = text.find(part); found != std::string::npos; found = text.find(part, found))
-        text.erase(found, part.size());
-    return text;
+    const std::string_view whole = text;
+    const bool isPrefix = whole.substr(0, part.size()) == part;
+    if (isPrefix && whole.find(part, part.size()) == std::string_view::npos)
+        return text.from(part.size()); // Nearly always; shares the path's storage.
+    std::string rest(whole);
+    for (auto found = rest.find(part); found != std::string::npos; found = rest.find(part, found))
+        rest.erase(found, part.size());
+    return rest;
 }
 
-void appendVideos(std::vector<VideoFile>& videos, const Location& root, const FileManager& fileManager,
+void appendVideos(VideoList::Records& videos, const Location& root, const FileManager& fileManager,
                   const std::stop_token& stop)
 {
     const std::string rootPrefix = root.path() + "/";
     for (FileManager::Entry& entry : fileManager.regularFiles(root, isVideo, stop)) {
         VideoFile video;
-        video.relativePath = removingOccurrences(entry.url.path(), rootPrefix);
+        const SharedText& path = entry.url.sharedPath();
+        video.relativePath = removingOccurrences(path, rootPrefix);
         video.id = video.relativePath;
-        video.fileName = entry.url.lastPathComponent();
+        video.fileName = path.from(path.size() - entry.url.lastPathComponent().size());
         video.url = std::move(entry.url);
         video.size = entry.size;
         video.createdAt = entry.contentModificationDate;
@@ -59,7 +65,7 @@ VideoList VideoSyncService::scanVideoFiles(const Location& root, const FileManag
 VideoList VideoSyncService::scanVideoFiles(const std::vector<Location>& roots, const FileManager& fileManager,
                                            const std::stop_token& stop)
 {
-    std::vector<VideoFile> videos;
+    VideoList::Records videos;
     for (const Location& root : roots)
         appendVideos(videos, root, fileManager, stop);
     return videos;

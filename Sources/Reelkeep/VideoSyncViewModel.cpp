@@ -117,7 +117,7 @@ std::vector<Location> VideoSyncViewModel::uniqueFolders(const std::vector<Locati
     std::vector<Location> unique;
     std::unordered_set<std::string_view> paths;
     for (const Location& folder : folders) {
-        if (paths.insert(folder.path()).second)
+        if (paths.insert(folder.sharedPath()).second)
             unique.push_back(folder);
     }
     return unique;

@@ -29,8 +29,9 @@ const std::string foreign = "foreign";
 /// Does it and returns whether the name was taken by it: whatever then stands there must stay.
 bool commit(Deed deed, const Location& target, const Location& aside)
 {
-    const char* path = target.path().c_str();
-    std::string other = target.path();
+    const std::string place = target.path();
+    const char* path = place.c_str();
+    std::string other = place;
     other.replace(other.size() - 5, 5, "X.MOV");
     switch (deed) {
     case Deed::createFile:

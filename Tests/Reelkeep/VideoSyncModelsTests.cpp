@@ -75,7 +75,22 @@ TEST(VideoList, sharesItsRecordsWithItsCopies)
 {
     const VideoList list = {clip()};
     const VideoList copy = list;
-    EXPECT_EQ(list.begin(), copy.begin());
+    EXPECT_EQ(&*list.begin(), &*copy.begin());
+}
+
+TEST(VideoList, joinsListsWithoutCopyingTheirRecords)
+{
+    const std::vector<VideoFile> videos = clipsWithOneFieldChanged();
+    const VideoList first(std::vector<VideoFile>(videos.begin(), videos.begin() + 2));
+    const VideoList rest(std::vector<VideoFile>(videos.begin() + 2, videos.end()));
+    VideoList joined;
+    for (const VideoList& part : {VideoList(), first, VideoList(), rest})
+        joined.append(part);
+    EXPECT_EQ(joined, VideoList(videos));
+    EXPECT_NE(joined, rest);
+    EXPECT_EQ(std::vector<VideoFile>(joined.begin(), joined.end()), videos);
+    EXPECT_EQ(&joined[0], &first[0]);
+    EXPECT_EQ(&joined[videos.size() - 1], &rest[rest.size() - 1]);
 }
 
 TEST(VideoSyncError, hasOneTextPerCase)

@@ -1,13 +1,16 @@
 #include "Platform/Location.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace reelkeep {
 
-Location::Location(std::string absolutePath) : text(std::move(absolutePath))
+Location::Location(SharedText absolutePath) : text(std::move(absolutePath))
 {
-    while (text.size() > 1 && text.back() == '/')
-        text.pop_back();
+    if (text.size() < 2 || text.back() != '/')
+        return;
+    const std::string_view path = text;
+    text = SharedText(path.substr(0, std::max<std::size_t>(path.find_last_not_of('/') + 1, 1)));
 }
 
 std::string_view Location::lastPathComponent() const
@@ -24,8 +27,9 @@ std::string_view Location::name() const
 
 Location Location::deletingLastPathComponent() const
 {
-    const auto separator = text.rfind('/');
-    return Location(separator == 0 || separator == std::string::npos ? std::string("/") : text.substr(0, separator));
+    const std::string_view path = text;
+    const auto separator = path.rfind('/');
+    return Location(separator == 0 || separator == std::string_view::npos ? "/" : path.substr(0, separator));
 }
 
 Location Location::appending(std::string_view relative) const
@@ -33,7 +37,7 @@ Location Location::appending(std::string_view relative) const
     const auto first = relative.find_first_not_of('/');
     if (first == std::string_view::npos)
         return *this;
-    std::string joined = text;
+    std::string joined = path();
     if (joined.empty() || joined.back() != '/')
         joined += '/';
     joined += relative.substr(first);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/SharedText.h"
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -13,10 +15,12 @@ class Location {
 public:
     Location() = default;
     /// Takes an absolute path; separators at its end are dropped, except the root's own.
-    explicit Location(std::string absolutePath);
+    explicit Location(SharedText absolutePath);
 
     /// Absolute, without a separator at the end. Empty only for a default-made location.
-    const std::string& path() const { return text; }
+    std::string path() const { return text; }
+    /// The same without a copy.
+    const SharedText& sharedPath() const { return text; }
     /// The name after the last separator; empty for the root "/".
     std::string_view lastPathComponent() const;
     /// What the user calls it: its last component, or its whole path where that is empty.
@@ -28,7 +32,7 @@ public:
     bool operator==(const Location&) const = default;
 
 private:
-    std::string text;
+    SharedText text;
 };
 
 } // namespace reelkeep
@@ -37,6 +41,6 @@ template <>
 struct std::hash<reelkeep::Location> {
     std::size_t operator()(const reelkeep::Location& location) const
     {
-        return std::hash<std::string>{}(location.path());
+        return std::hash<reelkeep::SharedText>{}(location.sharedPath());
     }
 };
