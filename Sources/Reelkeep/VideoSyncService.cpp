@@ -2,6 +2,12 @@
 
 #include "Platform/TextOrder.h"
 
+#include <algorithm>
+#include <exception>
+#include <functional>
+#include <map>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -30,12 +36,12 @@ SharedText removingOccurrences(const SharedText& text, std::string_view part)
     return rest;
 }
 
-void appendVideos(VideoList::Records& videos, const Location& root, const FileManager& fileManager,
-                  const std::stop_token& stop)
+VideoList scanRoot(const Location& root, const FileManager& fileManager, const std::stop_token& stop)
 {
     const std::string rootPrefix = root.path() + "/";
-    for (FileManager::Entry& entry : fileManager.regularFiles(root, isVideo, stop)) {
-        VideoFile video;
+    VideoList::Records videos;
+    const auto add = [&](FileManager::Entry entry) {
+        VideoFile& video = videos.emplace_back();
         const SharedText& path = entry.url.sharedPath();
         video.relativePath = removingOccurrences(path, rootPrefix);
         video.id = video.relativePath;
@@ -43,8 +49,75 @@ void appendVideos(VideoList::Records& videos, const Location& root, const FileMa
         video.url = std::move(entry.url);
         video.size = entry.size;
         video.createdAt = entry.contentModificationDate;
-        videos.push_back(std::move(video));
+    };
+    fileManager.regularFiles(root, isVideo, add, stop);
+    return videos;
+}
+
+/// What became of one of several roots.
+struct RootScan {
+    VideoList videos;
+    std::exception_ptr failure;
+    std::stop_source stop;
+};
+
+/// Scans each root, those on different disks at the same time and those on one disk one after the other, and ends as
+/// if all had been scanned in their order: with the lists, or the error of the first that has one.
+std::vector<VideoList> scanRoots(const std::vector<Location>& roots, const FileManager& fileManager,
+                                 const std::stop_token& stop)
+{
+    std::vector<RootScan> scans(roots.size());
+    const auto stopFrom = [&scans](std::size_t first) {
+        for (std::size_t i = first; i < scans.size(); ++i)
+            scans[i].stop.request_stop();
+    };
+    const std::stop_callback stopAll(stop, [&] { stopFrom(0); });
+    const auto scanInTurn = [&](const std::vector<std::size_t>& turns) {
+        for (const std::size_t i : turns) {
+            try {
+                scans[i].videos = scanRoot(roots[i], fileManager, scans[i].stop.get_token());
+            } catch (...) {
+                scans[i].failure = std::current_exception();
+                stopFrom(i + 1); // Nobody waits for them any more.
+                return;
+            }
+        }
+    };
+
+    std::map<std::string, std::vector<std::size_t>> turnsOfDisks;
+    for (std::size_t i = 0; i < roots.size(); ++i)
+        turnsOfDisks[fileManager.diskHolding(roots[i]).id].push_back(i);
+    {
+        std::vector<std::jthread> others;
+        std::vector<std::size_t> own; // One disk's, and those of the disks that there is no thread for.
+        for (const auto& disk : turnsOfDisks) {
+            try {
+                if (own.empty())
+                    own = disk.second;
+                else
+                    others.emplace_back(scanInTurn, std::cref(disk.second));
+            } catch (const std::system_error&) {
+                own.insert(own.end(), disk.second.begin(), disk.second.end());
+            }
+        }
+        std::sort(own.begin(), own.end());
+        scanInTurn(own);
     }
+    std::vector<VideoList> lists;
+    for (RootScan& scan : scans) {
+        if (scan.failure)
+            std::rethrow_exception(scan.failure);
+        lists.push_back(std::move(scan.videos));
+    }
+    return lists;
+}
+
+VideoList joined(const std::vector<VideoList>& lists)
+{
+    VideoList all;
+    for (const VideoList& list : lists)
+        all.append(list);
+    return all;
 }
 
 } // namespace
@@ -59,16 +132,28 @@ const std::set<std::string, std::less<>>& VideoSyncService::supportedExtensions(
 VideoList VideoSyncService::scanVideoFiles(const Location& root, const FileManager& fileManager,
                                            const std::stop_token& stop)
 {
-    return scanVideoFiles(std::vector<Location>{root}, fileManager, stop);
+    return scanRoot(root, fileManager, stop);
 }
 
 VideoList VideoSyncService::scanVideoFiles(const std::vector<Location>& roots, const FileManager& fileManager,
                                            const std::stop_token& stop)
 {
-    VideoList::Records videos;
-    for (const Location& root : roots)
-        appendVideos(videos, root, fileManager, stop);
-    return videos;
+    return joined(scanRoots(roots, fileManager, stop));
+}
+
+ScanSummary VideoSyncService::analyse(const Location& source, const std::vector<Location>& reviewed,
+                                      const FileManager& fileManager, const std::stop_token& stop)
+{
+    std::vector<Location> roots = {source};
+    roots.insert(roots.end(), reviewed.begin(), reviewed.end());
+    std::vector<VideoList> lists = scanRoots(roots, fileManager, stop);
+    ScanSummary found;
+    found.sourceVideos = std::move(lists.front());
+    lists.erase(lists.begin());
+    found.destinationVideos = joined(lists);
+    found.missingVideos = missingVideos(found.sourceVideos, found.destinationVideos);
+    found.scannedDestinationRoots = reviewed;
+    return found;
 }
 
 } // namespace reelkeep

@@ -18,9 +18,14 @@ struct VideoSyncService {
     /// Throws what the file manager throws.
     static VideoList scanVideoFiles(const Location& root, const FileManager& fileManager,
                                     const std::stop_token& stop = {});
-    /// The same for each root in turn, joined; the same file reached through two roots is listed twice.
+    /// The same for each root, joined in their order; the same file reached through two roots is listed twice. The
+    /// first root's error that fails counts. Roots on different disks are scanned at the same time.
     static VideoList scanVideoFiles(const std::vector<Location>& roots, const FileManager& fileManager,
                                     const std::stop_token& stop = {});
+
+    /// Scans `source` and `reviewed` as above, all at the same time where their disks allow it, and compares them.
+    static ScanSummary analyse(const Location& source, const std::vector<Location>& reviewed,
+                               const FileManager& fileManager, const std::stop_token& stop = {});
 
     /// The `source` records whose name (whatever its letter case) and size no `reviewed` record has, in file-browser
     /// order. Folder, date and content are not compared.

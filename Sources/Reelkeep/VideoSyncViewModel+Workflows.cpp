@@ -79,12 +79,7 @@ void VideoSyncViewModel::beginScan(Continuation afterwards)
         return;
     runInBackground<ScanSummary>(
         [source = *source, reviewed, files = fileManager](const std::stop_token& stop) {
-            ScanSummary found;
-            found.sourceVideos = VideoSyncService::scanVideoFiles(source, *files, stop);
-            found.destinationVideos = VideoSyncService::scanVideoFiles(reviewed, *files, stop);
-            found.missingVideos = VideoSyncService::missingVideos(found.sourceVideos, found.destinationVideos);
-            found.scannedDestinationRoots = reviewed;
-            return found;
+            return VideoSyncService::analyse(source, reviewed, *files, stop);
         },
         [this, afterwards = std::move(afterwards)](Outcome<ScanSummary> outcome) {
             applyScan(std::move(outcome), afterwards);

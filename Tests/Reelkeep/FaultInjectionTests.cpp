@@ -2,6 +2,7 @@
 #include "Fixtures/Faults.h"
 #include "Fixtures/LongRuns.h"
 #include "Fixtures/TemporaryFolder.h"
+#include "Fixtures/Walks.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -248,7 +249,18 @@ TEST(Fat32, refusesAtOnceAFileOfFourGigabytes)
     EXPECT_TRUE(everythingBelow(memory / "disk").empty());
 }
 
-class WalkFaultTest : public testing::TestWithParam<bool> {
+/// With one thread the N-th call is the same each time. With several it is not, but what may come of it is.
+struct Walking {
+    bool hidesTypes;
+    unsigned walkers;
+};
+
+void PrintTo(const Walking& walking, std::ostream* stream)
+{
+    *stream << walking.walkers << (walking.hidesTypes ? ", types unknown" : "");
+}
+
+class WalkFaultTest : public testing::TestWithParam<Walking> {
 protected:
     WalkFaultTest()
     {
@@ -272,14 +284,14 @@ protected:
     {
         Paths paths;
         const auto isMovie = [](std::string_view name) { return name.find(".mov") != std::string_view::npos; };
-        for (const auto& entry : FileManager().regularFiles(tree.location(), isMovie))
+        for (const auto& entry : entriesBelow(tree.location(), isMovie, FixedWalkers(GetParam().walkers)))
             paths.push_back(entry.url.path());
         return paths;
     }
     /// The same, or nothing where it failed with a text.
     std::optional<Paths> outcome(faults::Plan plan) const
     {
-        plan.hidesTypes = GetParam();
+        plan.hidesTypes = GetParam().hidesTypes;
         faults::arm(plan);
         try {
             Paths paths = walk();
@@ -293,7 +305,7 @@ protected:
     }
     std::vector<std::string> callsOfWalk() const
     {
-        faults::arm({.hidesTypes = GetParam()});
+        faults::arm({.hidesTypes = GetParam().hidesTypes});
         walk();
         return faults::disarm();
     }
@@ -365,8 +377,12 @@ TEST_P(WalkFaultTest, passesOverWhatCannotBeReadAndFailsWhereAVideoCannot)
     std::printf("%zu injected faults\n", injected);
 }
 
-INSTANTIATE_TEST_SUITE_P(EntryTypes, WalkFaultTest, testing::Bool(),
-                         [](const auto& tested) { return std::string(tested.param ? "unknown" : "known"); });
+INSTANTIATE_TEST_SUITE_P(Walks, WalkFaultTest,
+                         testing::Values(Walking{false, 1}, Walking{true, 1}, Walking{false, 4}, Walking{true, 4}),
+                         [](const auto& tested) {
+                             return std::string(tested.param.hidesTypes ? "unknown" : "known") + "By" +
+                                    std::to_string(tested.param.walkers);
+                         });
 
 } // namespace
 } // namespace reelkeep

@@ -1,5 +1,6 @@
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Unprivileged.h"
+#include "Fixtures/Walks.h"
 #include "Platform/FileManager.h"
 #include "Platform/TemporaryFile.h"
 #include "Platform/TemporaryNames.h"
@@ -146,7 +147,7 @@ TEST_F(CopyTest, copiesBeyondTheLongestPath)
     files.copyItem(seed, source.appending("x.mov"));
     files.copyItem(source.appending("x.mov"), target.appending("x.mov"));
     EXPECT_TRUE(files.fileExists(target.appending("x.mov")));
-    EXPECT_EQ(files.regularFiles(disk.location(), [](std::string_view) { return true; })[0].size, 4);
+    EXPECT_EQ(entriesBelow(disk.location(), [](std::string_view) { return true; })[0].size, 4);
 }
 
 TEST_F(CopyTest, neverReplacesWhatStandsAtTheTarget)

@@ -1,5 +1,6 @@
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Unprivileged.h"
+#include "Fixtures/Walks.h"
 #include "Platform/FileManager.h"
 
 #include <algorithm>
@@ -25,7 +26,7 @@ bool isMovie(std::string_view name)
 std::vector<std::string> pathsBelow(const Location& root)
 {
     std::vector<std::string> paths;
-    for (const FileManager::Entry& entry : FileManager().regularFiles(root, isMovie))
+    for (const FileManager::Entry& entry : entriesBelow(root, isMovie))
         paths.push_back(entry.url.path());
     return paths;
 }
@@ -71,7 +72,7 @@ TEST_F(WalkTest, reportsSizeAndModificationDate)
     const Location file = root.file("x.mov", "12345");
     const struct timespec times[] = {{1'000'000'000, 0}, {1'700'000'000, 5}};
     ASSERT_EQ(::utimensat(AT_FDCWD, file.path().c_str(), times, 0), 0);
-    const auto entries = FileManager().regularFiles(root.location(), isMovie);
+    const auto entries = entriesBelow(root.location(), isMovie);
     ASSERT_EQ(entries.size(), 1U);
     EXPECT_EQ(entries[0].url, file);
     EXPECT_EQ(entries[0].size, 5);
@@ -123,9 +124,9 @@ TEST_F(WalkTest, goesIntoTheStructuresOfCameras)
 
 TEST_F(WalkTest, takesAFileForNoPackage)
 {
-    EXPECT_TRUE(FileManager().regularFiles(root.location(), isMovie).empty());
+    EXPECT_TRUE(entriesBelow(root.location(), isMovie).empty());
     root.file("x.app");
-    EXPECT_EQ(FileManager().regularFiles(root.location(), [](std::string_view) { return true; }).size(), 1U);
+    EXPECT_EQ(entriesBelow(root.location(), [](std::string_view) { return true; }).size(), 1U);
 }
 
 TEST_F(WalkTest, appliesNeitherRuleToTheChosenRoot)
@@ -229,7 +230,7 @@ TEST_F(WalkTest, leavesOutADateThatCannotBeTold)
     ASSERT_EQ(::stat(file.path().c_str(), &status), 0);
     if (status.st_mtim.tv_sec != 10'000'000'000)
         GTEST_SKIP() << "this file system keeps no such dates";
-    EXPECT_EQ(FileManager().regularFiles(root.location(), isMovie)[0].contentModificationDate, std::nullopt);
+    EXPECT_EQ(entriesBelow(root.location(), isMovie)[0].contentModificationDate, std::nullopt);
 }
 
 /// A chain of folders with a file in each, made and removed step by step: paths become longer than calls take.
@@ -297,7 +298,7 @@ TEST_F(WalkTest, stopsWhenAsked)
         return true;
     };
     root.file("y.mov");
-    EXPECT_THROW(FileManager().regularFiles(root.location(), stopAtTheFirst, stop.get_token()), Stopped);
+    EXPECT_THROW(entriesBelow(root.location(), stopAtTheFirst, FileManager(), stop.get_token()), Stopped);
 }
 
 TEST_F(WalkTest, leavesNothingOpen)

@@ -1,8 +1,10 @@
 #include "CopyJob.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/MountedDisk.h"
+#include "Fixtures/Walks.h"
 #include "VideoSyncService.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -32,14 +34,14 @@ TEST_P(PulledDiskTest, isAnErrorInMidScanAndNoShorterList)
         fill(disk.location());
         if (std::string(GetParam()) != "tmpfs")
             disk.remount(); // nothing is known beforehand
-        int names = 0;
+        std::atomic<int> names = 0;
         const auto pullAtTheName = [&](std::string_view) {
             if (++names == afterNames)
                 disk.kill();
             return true;
         };
         try {
-            const auto found = FileManager().regularFiles(disk.location(), pullAtTheName);
+            const auto found = entriesBelow(disk.location(), pullAtTheName);
             EXPECT_EQ(found.size(), 30U) << "a shorter list after " << afterNames;
         } catch (const FileError& error) {
             EXPECT_NE(std::string(error.what()).find("el disco se ha desconectado"), std::string::npos) << error.what();
@@ -107,14 +109,14 @@ TEST_P(DetachedDiskTest, isReadToItsEndOrAnErrorInMidScan)
                           .sourceRoot = original.location(),
                           .destinationRoot = disk.location()};
         job.run(FileManager(), [](const CopyProgress&) {});
-        int names = 0;
+        std::atomic<int> names = 0;
         const auto detachAtTheName = [&](std::string_view) {
             if (++names == afterNames)
                 disk.detach();
             return true;
         };
         try {
-            EXPECT_EQ(FileManager().regularFiles(disk.location(), detachAtTheName).size(), 80U);
+            EXPECT_EQ(entriesBelow(disk.location(), detachAtTheName).size(), 80U);
         } catch (const FileError& error) {
             EXPECT_NE(std::string(error.what()).find(": "), std::string::npos);
         }

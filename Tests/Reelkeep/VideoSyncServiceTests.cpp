@@ -1,5 +1,6 @@
 #include "VideoSyncService.h"
 
+#include "Fixtures/RecordingFileManager.h"
 #include "Fixtures/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +9,9 @@
 #include <algorithm>
 #include <future>
 #include <map>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace reelkeep {
@@ -18,24 +21,27 @@ namespace {
 class ListedFiles : public FileManager {
 public:
     std::map<std::string, std::vector<Entry>> below;
+    std::set<std::string> slow; ///< Roots that end only when they are told to stop.
 
-    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
-                                    const std::stop_token& stop) const override
+    void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                      const std::stop_token& stop) const override
     {
+        while (slow.count(root.path()) != 0 && !stop.stop_requested())
+            std::this_thread::yield();
         if (stop.stop_requested())
             throw Stopped();
-        std::vector<Entry> found;
         const auto listed = below.find(root.path());
         if (listed == below.end())
-            return found;
+            return;
         for (const Entry& entry : listed->second) {
             if (entry.url.path().empty())
                 throw FileError(root.path(), EIO);
             if (wanted(entry.url.lastPathComponent()))
-                found.push_back(entry);
+                found(entry);
         }
-        return found;
     }
+    /// The root's first letter.
+    Disk diskHolding(const Location& place) const override { return {.id = place.path().substr(0, 2)}; }
 };
 
 FileManager::Entry file(const std::string& path, std::int64_t size = 1)
@@ -202,6 +208,43 @@ TEST(ScanVideoFiles, failsWithTheFirstErrorOfAnyRoot)
     } catch (const FileError& error) {
         EXPECT_EQ(error.path(), "/B");
     }
+}
+
+TEST(ScanVideoFiles, waitsForNoRootAfterTheOneThatFailed)
+{
+    ListedFiles files;
+    files.below["/B"] = {unreadable()};
+    files.slow = {"/A", "/C"};
+    try {
+        VideoSyncService::scanVideoFiles({Location("/B"), Location("/A"), Location("/C")}, files);
+        FAIL() << "no error";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.path(), "/B");
+    }
+}
+
+TEST(Analyse, scansAllDisksAtOnceAndComparesThem)
+{
+    ListedFiles files;
+    files.below["/card"] = {file("/card/DCIM/1.mov"), file("/card/DCIM/2.mov"), file("/card/DCIM/3.mov")};
+    files.below["/A"] = {file("/A/1.MOV")};
+    files.below["/B"] = {file("/B/old/2.mov"), file("/B/extra.mov")};
+    const std::vector<Location> reviewed = {Location("/B"), Location("/missing"), Location("/A")};
+    const ScanSummary found = VideoSyncService::analyse(Location("/card"), reviewed, files);
+    EXPECT_EQ(relativePaths(found.sourceVideos), (Paths{"DCIM/1.mov", "DCIM/2.mov", "DCIM/3.mov"}));
+    EXPECT_EQ(relativePaths(found.destinationVideos), (Paths{"old/2.mov", "extra.mov", "1.MOV"}));
+    EXPECT_EQ(relativePaths(found.missingVideos), (Paths{"DCIM/3.mov"}));
+    EXPECT_EQ(found.scannedDestinationRoots, reviewed);
+}
+
+TEST(Analyse, scansEverythingOfOneDiskOneAfterTheOther)
+{
+    RecordingFileManager files;
+    const TemporaryFolder disk;
+    const std::vector<Location> reviewed = {disk.folder("b"), disk.folder("a")};
+    VideoSyncService::analyse(disk.folder("card"), reviewed, files);
+    EXPECT_EQ(files.calls(), (Paths{"regularFiles " + (disk / "card").path(), "regularFiles " + (disk / "b").path(),
+                                    "regularFiles " + (disk / "a").path()}));
 }
 
 TEST(ScanVideoFiles, endsWhenItIsToldToStop)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Disk.h"
 #include "Platform/Location.h"
 #include "VideoSyncModels.h"
 
@@ -46,17 +47,22 @@ public:
         std::optional<Date> contentModificationDate;
     };
     using NameFilter = std::function<bool(std::string_view fileName)>;
+    using FoundFile = std::function<void(Entry file)>;
 
     FileManager() = default;
     FileManager(const FileManager&) = delete;
     FileManager& operator=(const FileManager&) = delete;
     virtual ~FileManager() = default;
 
-    /// The regular files below `root` whose names are `wanted`, depth first, in the order of the file system.
-    /// Hidden entries, packages and links are left out. Nothing for a root that is missing or cannot be listed.
-    /// Throws FileError when an entry's attributes cannot be read; throws Stopped.
-    virtual std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
-                                            const std::stop_token& stop = {}) const;
+    /// Calls `found`, on the caller's thread, for each regular file below `root` whose name is `wanted`: depth first,
+    /// in the order of the file system. Several threads at once may ask whether a name is wanted. Hidden entries,
+    /// packages and links are left out. Nothing for a root that is missing or cannot be listed. Throws FileError when
+    /// an entry's attributes cannot be read; throws Stopped.
+    virtual void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                              const std::stop_token& stop = {}) const;
+
+    /// Which disk holds that place, and how many threads `regularFiles` takes for it.
+    virtual Disk diskHolding(const Location& place) const;
 
     /// Makes the folder and every missing folder above it; no failure where it exists. Throws FileError.
     virtual void createDirectory(const Location& folder) const;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -44,31 +45,45 @@ public:
         struct stat status = {};
         if (isWanted || type == DT_UNKNOWN) {
             if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0)
-                throw FileError(path + name, errno);
+                fail(name, errno);
             isEntered = true;
         }
         if (isWanted && S_ISREG(status.st_mode))
-            listing.items.emplace_back(
-                FileManager::Entry{Location(path + name), status.st_size, dateOf(status.st_mtim)});
+            add(name, {.size = status.st_size, .contentModificationDate = dateOf(status.st_mtim)});
         else if ((type == DT_DIR || S_ISDIR(status.st_mode)) && !isPackage(name)) {
-            listing.items.emplace_back(FolderListing::FolderName(name));
-            isEntered = true; // by whoever opens it, or is not able to
+            add(name, {.isFolder = true});
+            isEntered |= firstVisible == name; // by whoever opens it, or is not able to
         }
     }
 
     /// A folder that one may list but not enter shows its entries' names and nothing else. Where nothing was asked for
     /// below it, that has not come to light yet.
-    void requireEntered() const
+    void requireEntered()
     {
         struct stat status = {};
         if (!isEntered && !firstVisible.empty() &&
             ::fstatat(folder, firstVisible.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 && errno == EACCES)
-            throw FileError(path + firstVisible, EACCES);
+            fail(firstVisible, EACCES);
     }
 
     FolderListing listing;
 
 private:
+    /// Where the folder may not be entered, its first entry is the first that cannot be looked at.
+    [[noreturn]] void fail(const std::string& name, int errorNumber)
+    {
+        const bool isForbidden = errorNumber == EACCES && !isEntered;
+        if (isForbidden)
+            listing.items.clear();
+        throw FileError(path + (isForbidden ? firstVisible : name), errorNumber);
+    }
+    void add(const char* name, FolderListing::Item item)
+    {
+        item.nameBegin = listing.names.size();
+        listing.names.append(name, std::strlen(name) + 1);
+        listing.items.push_back(item);
+    }
+
     int folder;
     const std::string& path;
     const FileManager::NameFilter& wanted;

@@ -2,19 +2,29 @@
 
 #include "Platform/FileManager.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <exception>
+#include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace reelkeep {
 
 /// What a walk needs of one folder, in the order of the file system. It depends on no other folder's.
 struct FolderListing {
-    using FolderName = std::string;
-    using Item = std::variant<FileManager::Entry, FolderName>;
+    /// A wanted regular file, or a folder to go into.
+    struct Item {
+        std::size_t nameBegin = 0; ///< In `names`.
+        bool isFolder = false;
+        std::int64_t size = 0;
+        std::optional<Date> contentModificationDate = {};
+    };
 
-    std::vector<Item> items;    ///< Wanted regular files, and the folders to go into.
+    const char* nameOf(const Item& item) const { return names.data() + item.nameBegin; }
+
+    std::string names; ///< Each ends with a zero byte.
+    std::vector<Item> items;
     std::exception_ptr failure; ///< What ended the reading of this folder, after the items.
 };
 

@@ -5,6 +5,8 @@
 #include <cstdarg>
 #include <dirent.h>
 #include <fcntl.h>
+#include <mutex>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/vfs.h>
@@ -22,6 +24,7 @@ struct State {
 };
 
 State state;
+std::mutex mutex; // Of what changes while it is armed.
 
 enum class Verdict { pass, fail, failAfterwards };
 
@@ -29,6 +32,7 @@ Verdict judge(const char* call)
 {
     if (!state.isArmed)
         return Verdict::pass;
+    const std::lock_guard lock(mutex);
     state.calls.emplace_back(call);
     const auto refusal = state.plan.refusals.find(call);
     if (refusal != state.plan.refusals.end()) {
@@ -56,6 +60,22 @@ Result faulty(const char* name, Call call)
     if (state.plan.refusals.count(name) == 0)
         errno = state.plan.errorNumber;
     return -1;
+}
+
+/// For calls that name what they want.
+template <typename Result, typename Call>
+Result faulty(const char* name, std::string_view path, Call call)
+{
+    const auto broken = state.plan.brokenNames.find(name);
+    if (state.isArmed && broken != state.plan.brokenNames.end()) {
+        path = path.substr(0, path.find_last_not_of('/') + 1);
+        const auto found = broken->second.find(std::string(path.substr(path.rfind('/') + 1)));
+        if (found != broken->second.end()) {
+            errno = found->second;
+            return -1;
+        }
+    }
+    return faulty<Result>(name, call);
 }
 
 } // namespace
@@ -122,7 +142,7 @@ extern "C" {
 int __real___openat_2(int folder, const char* path, int flags);
 int __wrap___openat_2(int folder, const char* path, int flags)
 {
-    return faulty<int>("openat", [&] { return __real___openat_2(folder, path, flags); });
+    return faulty<int>("openat", path, [&] { return __real___openat_2(folder, path, flags); });
 }
 
 int __real_openat(int folder, const char* path, int flags, ...);
@@ -132,7 +152,7 @@ int __wrap_openat(int folder, const char* path, int flags, ...)
     va_start(more, flags);
     const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
     va_end(more);
-    return faulty<int>("openat", [&] { return __real_openat(folder, path, flags, mode); });
+    return faulty<int>("openat", path, [&] { return __real_openat(folder, path, flags, mode); });
 }
 
 int __real_fcntl(int descriptor, int command, ...);
@@ -185,13 +205,13 @@ int __wrap_fstat(int descriptor, struct stat* status)
 int __real_fstatat(int folder, const char* path, struct stat* status, int flags);
 int __wrap_fstatat(int folder, const char* path, struct stat* status, int flags)
 {
-    return faulty<int>("fstatat", [&] { return __real_fstatat(folder, path, status, flags); });
+    return faulty<int>("fstatat", path, [&] { return __real_fstatat(folder, path, status, flags); });
 }
 
 int __real_statx(int folder, const char* path, int flags, unsigned mask, struct statx* status);
 int __wrap_statx(int folder, const char* path, int flags, unsigned mask, struct statx* status)
 {
-    return faulty<int>("statx", [&] { return __real_statx(folder, path, flags, mask, status); });
+    return faulty<int>("statx", path, [&] { return __real_statx(folder, path, flags, mask, status); });
 }
 
 int __real_mkdirat(int folder, const char* path, mode_t mode);

@@ -20,10 +20,11 @@ struct Plan {
     bool happensFirst = false; ///< The call does its work and then reports the failure, as over a bad connection.
     std::map<std::string, int> refusals = {}; ///< Functions that the file system does not know, with their answers.
     long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
-    bool hidesTypes = false;                  ///< Folder listings do not tell what an entry is.
+    std::map<std::string, std::map<std::string, int>> brokenNames = {}; ///< By function: names it always fails for.
+    bool hidesTypes = false; ///< Folder listings do not tell what an entry is.
 };
 
-/// From now on, until `disarm`, calls are recorded and fail as planned.
+/// From now on, until `disarm`, calls of any thread are recorded and fail as planned. No other thread may run then.
 void arm(const Plan& plan);
 /// The functions called meanwhile, in order.
 std::vector<std::string> disarm();

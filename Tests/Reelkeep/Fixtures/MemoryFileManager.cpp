@@ -75,20 +75,18 @@ std::vector<std::string> MemoryFileManager::walkedRoots() const
     return walked;
 }
 
-std::vector<FileManager::Entry> MemoryFileManager::regularFiles(const Location& root, const NameFilter& wanted,
-                                                                const std::stop_token& stop) const
+void MemoryFileManager::regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                                     const std::stop_token& stop) const
 {
     std::unique_lock lock(mutex);
     walked.push_back(root.path());
     passGate(lock, stop);
     failIfBroken(root.path());
-    std::vector<Entry> found;
     for (const auto& file : sizes) {
         const Location url(file.first);
         if (isBelow(file.first, root.path()) && wanted(url.lastPathComponent()))
-            found.push_back({.url = url, .size = file.second, .contentModificationDate = std::nullopt});
+            found({.url = url, .size = file.second, .contentModificationDate = std::nullopt});
     }
-    return found;
 }
 
 void MemoryFileManager::createDirectory(const Location& folder) const

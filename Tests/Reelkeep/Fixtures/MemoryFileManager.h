@@ -33,8 +33,10 @@ public:
     /// The roots that were walked, in order.
     std::vector<std::string> walkedRoots() const;
 
-    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
-                                    const std::stop_token& stop) const override;
+    void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                      const std::stop_token& stop) const override;
+    /// They are all on one disk, so that roots are walked one after the other.
+    Disk diskHolding(const Location&) const override { return {}; }
     void createDirectory(const Location& folder) const override;
     bool fileExists(const Location& place) const override;
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;

@@ -53,11 +53,11 @@ void RecordingFileManager::record(std::string call, const std::stop_token& stop)
         throw FileError(failure->second);
 }
 
-std::vector<FileManager::Entry> RecordingFileManager::regularFiles(const Location& root, const NameFilter& wanted,
-                                                                   const std::stop_token& stop) const
+void RecordingFileManager::regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                                        const std::stop_token& stop) const
 {
     record("regularFiles " + root.path(), stop);
-    return FileManager::regularFiles(root, wanted, stop);
+    FileManager::regularFiles(root, wanted, found, stop);
 }
 
 void RecordingFileManager::createDirectory(const Location& folder) const

@@ -26,8 +26,8 @@ public:
     void waitUntilBlocked() const;
     void release();
 
-    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
-                                    const std::stop_token& stop = {}) const override;
+    void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                      const std::stop_token& stop = {}) const override;
     void createDirectory(const Location& folder) const override;
     bool fileExists(const Location& place) const override;
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop = {}) const override;

@@ -29,15 +29,15 @@ void StagedFiles::releaseAnalyses()
     moved.notify_all();
 }
 
-std::vector<FileManager::Entry> StagedFiles::regularFiles(const Location& root, const NameFilter& wanted,
-                                                          const std::stop_token& stop) const
+void StagedFiles::regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                               const std::stop_token& stop) const
 {
     {
         std::unique_lock lock(mutex);
         if (!moved.wait(lock, stop, [&] { return !areAnalysesHeld; }))
             throw Stopped();
     }
-    return MemoryFileManager::regularFiles(root, wanted, stop);
+    MemoryFileManager::regularFiles(root, wanted, found, stop);
 }
 
 void StagedFiles::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const

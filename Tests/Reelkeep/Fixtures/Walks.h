@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Platform/FileManager.h"
+
+#include <utility>
+#include <vector>
+
+namespace reelkeep {
+
+/// Walks with a given number of threads, whatever the disk.
+class FixedWalkers : public FileManager {
+public:
+    explicit FixedWalkers(unsigned count) : walkers(count) {}
+
+    Disk diskHolding(const Location&) const override { return {.id = {}, .walkers = walkers}; }
+
+private:
+    unsigned walkers;
+};
+
+/// All that a walk finds.
+inline std::vector<FileManager::Entry> entriesBelow(const Location& root, const FileManager::NameFilter& wanted,
+                                                    const FileManager& files = FileManager(),
+                                                    const std::stop_token& stop = {})
+{
+    std::vector<FileManager::Entry> entries;
+    files.regularFiles(
+        root, wanted, [&](FileManager::Entry entry) { entries.push_back(std::move(entry)); }, stop);
+    return entries;
+}
+
+} // namespace reelkeep
