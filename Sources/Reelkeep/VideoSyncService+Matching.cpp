@@ -97,7 +97,7 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
 }
 
 /// The first eight bytes of a key as a number that compares as they do.
-std::uint64_t firstBytesOf(const std::string& key)
+std::uint64_t firstBytesOf(std::string_view key)
 {
     std::uint64_t number = 0;
     for (std::size_t i = 0; i < sizeof number; ++i)
@@ -114,17 +114,18 @@ void sortBy(SharedText VideoFile::*text, const FileBrowserOrder& order, Videos::
     /// Most comparisons end in the key's first bytes, which need no look elsewhere in memory.
     struct Keyed {
         std::uint64_t firstBytes;
-        std::string key;
+        std::string_view key;
         const VideoFile* video;
     };
     std::vector<std::string_view> texts;
+    texts.reserve(static_cast<std::size_t>(end - begin));
     for (auto video = begin; video != end; ++video)
         texts.emplace_back((*video)->*text);
-    std::vector<std::string> keys = order.sortKeys(texts);
+    const FileBrowserOrder::Keys keys = order.sortKeys(texts);
     std::vector<Keyed> sorted;
-    sorted.reserve(keys.size());
-    for (std::size_t i = 0; i < keys.size(); ++i)
-        sorted.push_back({firstBytesOf(keys[i]), std::move(keys[i]), begin[static_cast<std::ptrdiff_t>(i)]});
+    sorted.reserve(texts.size());
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        sorted.push_back({firstBytesOf(keys[i]), keys[i], begin[static_cast<std::ptrdiff_t>(i)]});
     std::stable_sort(sorted.begin(), sorted.end(), [](const Keyed& a, const Keyed& b) {
         return a.firstBytes != b.firstBytes ? a.firstBytes < b.firstBytes : a.key < b.key;
     });

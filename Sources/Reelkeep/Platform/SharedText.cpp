@@ -1,47 +1,31 @@
 #include "Platform/SharedText.h"
 
 #include <algorithm>
-#include <atomic>
 #include <limits>
 #include <new>
 #include <ostream>
 #include <stdexcept>
-#include <utility>
 
 namespace reelkeep {
 
-/// Followed by its bytes.
-struct SharedText::Block {
-    std::atomic<std::uint32_t> users{0};
-    std::uint32_t capacity;
-
-    char* bytes() { return reinterpret_cast<char*>(this + 1); }
-    /// Writes a text and the zero byte after it.
-    void write(std::size_t place, std::string_view text)
-    {
-        *std::copy(text.begin(), text.end(), bytes() + place) = '\0';
-    }
-
-    static Block* make(std::size_t capacity)
-    {
-        if (capacity > std::numeric_limits<std::uint32_t>::max())
-            throw std::length_error("SharedText");
-        return new (::operator new(sizeof(Block) + capacity)) Block{.capacity = static_cast<std::uint32_t>(capacity)};
-    }
-    void release()
-    {
-        if (users.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-            this->~Block();
-            ::operator delete(this);
-        }
-    }
-};
-
-SharedText::SharedText(Block* used, std::size_t first, std::size_t count) noexcept
-    : block(used), begin(static_cast<std::uint32_t>(first)), length(static_cast<std::uint32_t>(count))
+SharedText::Block* SharedText::Block::make(std::size_t capacity)
 {
-    if (block)
-        block->users.fetch_add(1, std::memory_order_relaxed);
+    if (capacity > std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("SharedText");
+    auto* made = new (::operator new(sizeof(Block) + capacity)) Block;
+    made->capacity = static_cast<std::uint32_t>(capacity);
+    return made;
+}
+
+void SharedText::Block::write(std::size_t place, std::string_view text)
+{
+    *std::copy(text.begin(), text.end(), bytes() + place) = '\0';
+}
+
+void SharedText::Block::destroy()
+{
+    this->~Block();
+    ::operator delete(this);
 }
 
 SharedText::SharedText(std::string_view text)
@@ -49,33 +33,6 @@ SharedText::SharedText(std::string_view text)
 {
     if (block)
         block->write(0, text);
-}
-
-SharedText::SharedText(const SharedText& other) noexcept : SharedText(other.block, other.begin, other.length) {}
-
-SharedText::SharedText(SharedText&& other) noexcept
-    : block(std::exchange(other.block, nullptr)), begin(std::exchange(other.begin, 0)),
-      length(std::exchange(other.length, 0))
-{
-}
-
-SharedText& SharedText::operator=(SharedText other) noexcept
-{
-    std::swap(block, other.block);
-    std::swap(begin, other.begin);
-    std::swap(length, other.length);
-    return *this;
-}
-
-SharedText::~SharedText()
-{
-    if (block)
-        block->release();
-}
-
-const char* SharedText::c_str() const
-{
-    return block ? block->bytes() + begin : "";
 }
 
 SharedText SharedText::from(std::size_t count) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -7,6 +8,7 @@
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace reelkeep {
 
@@ -18,13 +20,27 @@ public:
     SharedText(std::string_view text);
     SharedText(const std::string& text) : SharedText(std::string_view(text)) {}
     SharedText(const char* text) : SharedText(std::string_view(text)) {}
-    SharedText(const SharedText& other) noexcept;
-    SharedText(SharedText&& other) noexcept;
-    SharedText& operator=(SharedText other) noexcept;
-    ~SharedText();
+    SharedText(const SharedText& other) noexcept : SharedText(other.block, other.begin, other.length) {}
+    SharedText(SharedText&& other) noexcept
+        : block(std::exchange(other.block, nullptr)), begin(std::exchange(other.begin, 0)),
+          length(std::exchange(other.length, 0))
+    {
+    }
+    SharedText& operator=(SharedText other) noexcept
+    {
+        std::swap(block, other.block);
+        std::swap(begin, other.begin);
+        std::swap(length, other.length);
+        return *this;
+    }
+    ~SharedText()
+    {
+        if (block)
+            block->release();
+    }
 
     /// Ends with a zero byte that is not counted.
-    const char* c_str() const;
+    const char* c_str() const { return block ? block->bytes() + begin : ""; }
     std::size_t size() const { return length; }
     bool empty() const { return length == 0; }
     char back() const { return c_str()[length - 1]; }
@@ -45,8 +61,28 @@ public:
 
 private:
     friend class SharedTextMaker;
-    struct Block;
-    SharedText(Block* used, std::size_t first, std::size_t count) noexcept;
+    /// Followed by its bytes.
+    struct Block {
+        std::atomic<std::uint32_t> users{0};
+        std::uint32_t capacity = 0;
+
+        static Block* make(std::size_t capacity);
+        char* bytes() { return reinterpret_cast<char*>(this + 1); }
+        /// Writes a text and the zero byte after it.
+        void write(std::size_t place, std::string_view text);
+        void release()
+        {
+            if (users.fetch_sub(1, std::memory_order_acq_rel) == 1)
+                destroy();
+        }
+        void destroy();
+    };
+    SharedText(Block* used, std::size_t first, std::size_t count) noexcept
+        : block(used), begin(static_cast<std::uint32_t>(first)), length(static_cast<std::uint32_t>(count))
+    {
+        if (block)
+            block->users.fetch_add(1, std::memory_order_relaxed);
+    }
 
     Block* block = nullptr; ///< None for the empty text.
     std::uint32_t begin = 0;

@@ -36,14 +36,22 @@ std::string asciiLowercased(std::string_view text)
     return result;
 }
 
-/// FNV-1a of the lower-cased text.
-std::uint64_t asciiFoldedHash(std::string_view text)
-{
+/// FNV-1a of the text with ASCII's letters lower-cased, and whether all of it is ASCII: found out in the same pass,
+/// since it is asked for every name.
+struct AsciiFoldedHash {
     std::uint64_t hash = 0xcbf29ce484222325;
-    for (const char c : text)
-        hash = (hash ^ static_cast<unsigned char>(asciiLowercased(c))) * 0x100000001b3;
-    return hash;
-}
+    bool isOfAscii = true;
+
+    explicit AsciiFoldedHash(std::string_view text)
+    {
+        unsigned char bits = 0;
+        for (const char c : text) {
+            hash = (hash ^ static_cast<unsigned char>(asciiLowercased(c))) * 0x100000001b3;
+            bits |= static_cast<unsigned char>(c);
+        }
+        isOfAscii = bits < 0x80;
+    }
+};
 
 void check(UErrorCode status)
 {
@@ -173,9 +181,8 @@ std::string foldedName(std::string_view name)
 
 std::uint64_t foldedHash(std::string_view name)
 {
-    if (!isAscii(name))
-        return asciiFoldedHash(foldedName(name));
-    return asciiFoldedHash(name);
+    const AsciiFoldedHash folded(name);
+    return folded.isOfAscii ? folded.hash : AsciiFoldedHash(foldedName(name)).hash;
 }
 
 bool isSameName(std::string_view one, std::string_view other)

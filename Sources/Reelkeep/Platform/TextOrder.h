@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -41,10 +42,22 @@ public:
     /// One thread at a time.
     std::string sortKey(std::string_view text) const;
 
+    /// Keys of many texts in one storage: an allocation for each took longer than to sort them.
+    struct Keys {
+        std::string bytes;
+        std::vector<std::size_t> ends; ///< Of each key in `bytes`.
+
+        std::string_view operator[](std::size_t index) const
+        {
+            const std::size_t begin = index == 0 ? 0 : ends[index - 1];
+            return std::string_view(bytes).substr(begin, ends[index] - begin);
+        }
+    };
+
     /// One key per text, to be compared with each other only. Where all texts are printable ASCII and the language has
     /// no rules of its own for it, the keys are made without Unicode's tables: the same order in less time.
     /// One thread at a time.
-    std::vector<std::string> sortKeys(const std::vector<std::string_view>& texts) const;
+    Keys sortKeys(const std::vector<std::string_view>& texts) const;
 
 private:
     struct CloseCollator {
@@ -52,7 +65,7 @@ private:
     };
     void rankAscii();
     bool isPlain(std::string_view text) const;
-    std::string plainKey(std::string_view text) const;
+    void appendPlainKey(std::string& key, std::string_view text) const;
 
     std::unique_ptr<UCollator, CloseCollator> collator;
     /// The place of each printable ASCII character, capitals with their small letters; 0 for all others, and for all

@@ -92,39 +92,46 @@ bool FileBrowserOrder::isPlain(std::string_view text) const
 }
 
 /// As the collator's: first what the text says, then letter case, then the bytes.
-std::string FileBrowserOrder::plainKey(std::string_view text) const
+void FileBrowserOrder::appendPlainKey(std::string& key, std::string_view text) const
 {
-    std::string key;
-    key.reserve(3 * text.size() + 8);
-    std::string letterCase;
+    const auto endOfNumber = [text](std::size_t at) {
+        return std::min(text.find_first_not_of("0123456789", at), text.size());
+    };
     for (std::size_t at = 0; at < text.size(); ++at) {
-        key += static_cast<char>(ranks[static_cast<std::size_t>(text[at])]);
         if (!isDigit(text[at])) {
-            letterCase += isCapital(text[at]) ? '\3' : '\2';
+            key += static_cast<char>(ranks[static_cast<std::size_t>(text[at])]);
             continue;
         }
         // A number: its length, which decides first, and its digits. All have one rank, so that it comes before any.
-        const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
+        const std::size_t end = endOfNumber(at);
         const std::size_t significant = std::min(text.find_first_not_of('0', at), end);
-        key.back() = static_cast<char>(ranks['0']);
+        key += static_cast<char>(ranks['0']);
         key += static_cast<char>(end - significant + 1);
         key += text.substr(significant, end - significant);
-        letterCase += '\2';
         at = end - 1;
     }
     key += '\1';
-    key += letterCase;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        key += isCapital(text[at]) ? '\3' : '\2';
+        if (isDigit(text[at]))
+            at = endOfNumber(at) - 1;
+    }
     key += '\0';
-    return key += text;
+    key += text;
 }
 
-std::vector<std::string> FileBrowserOrder::sortKeys(const std::vector<std::string_view>& texts) const
+FileBrowserOrder::Keys FileBrowserOrder::sortKeys(const std::vector<std::string_view>& texts) const
 {
     const bool arePlain = std::all_of(texts.begin(), texts.end(), [&](std::string_view text) { return isPlain(text); });
-    std::vector<std::string> keys;
-    keys.reserve(texts.size());
-    for (const std::string_view text : texts)
-        keys.push_back(arePlain ? plainKey(text) : sortKey(text));
+    Keys keys;
+    keys.ends.reserve(texts.size());
+    for (const std::string_view text : texts) {
+        if (arePlain)
+            appendPlainKey(keys.bytes, text);
+        else
+            keys.bytes += sortKey(text);
+        keys.ends.push_back(keys.bytes.size());
+    }
     return keys;
 }
 
