@@ -1,0 +1,383 @@
+#include "Fixtures/EventLoop.h"
+#include "Fixtures/ScriptedFolderDialogs.h"
+#include "Model/SessionModel.h"
+#include "Model/SessionState.h"
+#include "Model/SteppedFiles.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace reelkeep {
+namespace {
+
+/// Names of letters in both cases, one folder within another, a path that repeats its root, and files that are none.
+const std::vector<std::string> paths = {"/card/a.mov",          "/card/B.mov",   "/card/x/a.mov", "/card/x/b.MOV",
+                                        "/card/x/card/c.mov",   "/card/y/a.mov", "/card/d.txt",   "/A/A.mov",
+                                        "/A/x/a.mov",           "/A/x/B.mov",    "/A/extra.mp4",  "/B/b.mov",
+                                        "/B/x/card/c.mov",      "/B/A/x/a.mov",  "/a/a.mov",      "/card/xc.mov",
+                                        "/A/deep/er/A/x/b.mov", "/B/a.txt",      "/a/B.mov",      "/B/y/a.mov"};
+const std::vector<std::string> folders = {"/card", "/A", "/B", "/A/x", "/a", "/card/x", "/"};
+
+template <typename Value>
+const Value& pick(const std::vector<Value>& values, int number)
+{
+    return values[static_cast<std::size_t>(number) % values.size()];
+}
+
+/// What the user, a worker, the interface thread or the world does next. The numbers say with what.
+struct Command {
+    int deed = 0;
+    int number = 0;
+    int other = 0;
+    int fatalWrite = 0; ///< See SessionModel::destroyAt.
+};
+
+void showValue(const Command& command, std::ostream& stream)
+{
+    stream << "{" << command.deed << ", " << command.number << ", " << command.other << ", " << command.fatalWrite
+           << "}";
+}
+
+/// A session and its model, led through the same commands.
+class SessionMachine {
+public:
+    SessionMachine() { begin(); }
+    ~SessionMachine() { session.reset(); }
+
+    void perform(const Command& command)
+    {
+        const auto start = std::chrono::system_clock::now();
+        const int dates = model.state().scanDates;
+        fatalWrite = static_cast<std::size_t>(command.fatalWrite);
+        model.destroyAt(fatalWrite);
+        const auto& [deed, text] = pick(deeds(), command.deed);
+        trace += text + " " + std::to_string(command.number) + " " + std::to_string(command.other) +
+                 (fatalWrite > 0 ? " fatal " + std::to_string(fatalWrite) : "") + "\n";
+        (this->*deed)(command);
+        settle();
+        fatalWrite = 0;
+        compare();
+        if (session && model.state().scanDates > dates)
+            require(*session->lastScanDate() >= start && *session->lastScanDate() <= std::chrono::system_clock::now(),
+                    "the date of the scan is not that of its end");
+        if (!session)
+            begin();
+        compare();
+    }
+
+    /// Lets everything come to its end: a scan may follow a copy, and nothing follows that.
+    void finish()
+    {
+        perform({.deed = 3});
+        perform({.deed = 1});
+        perform({.deed = 3});
+        perform({.deed = 1});
+        require(model.runs().empty() && !model.state().isScanning && !model.state().isCopying, "it does not end");
+    }
+
+    std::size_t writeCount() const { return writes; }
+
+private:
+    using Deed = void (SessionMachine::*)(const Command&);
+
+    static const std::vector<std::pair<Deed, std::string>>& deeds()
+    {
+        // The more often, the likelier.
+        static const std::vector<std::pair<Deed, std::string>> all = {
+            {&SessionMachine::resumeWorker, "resume"},
+            {&SessionMachine::serve, "serve"},
+            {&SessionMachine::resumeWorker, "resume"},
+            {&SessionMachine::resumeAll, "resume all"},
+            {&SessionMachine::scan, "scan"},
+            {&SessionMachine::copy, "copy"},
+            {&SessionMachine::runAnalysis, "analyse to the end"},
+            {&SessionMachine::copy, "copy"},
+            {&SessionMachine::chooseSource, "choose source"},
+            {&SessionMachine::chooseDestination, "choose destination"},
+            {&SessionMachine::addReviewFolders, "add"},
+            {&SessionMachine::useOnly, "use only"},
+            {&SessionMachine::removeReviewFolder, "remove"},
+            {&SessionMachine::pickDestination, "pick"},
+            {&SessionMachine::toggle, "toggle"},
+            {&SessionMachine::addFile, "file"},
+            {&SessionMachine::removeFile, "no file"},
+            {&SessionMachine::destroy, "destroy"},
+            {&SessionMachine::serve, "serve"},
+            {&SessionMachine::resumeAll, "resume all"},
+        };
+        return all;
+    }
+
+    void begin()
+    {
+        session = std::make_unique<VideoSyncViewModel>(dialogs.factory(), files);
+        reader = {};
+        QObject::connect(session.get(), &VideoSyncViewModel::objectWillChange, [this] {
+            announced.push_back(reader.read(*session));
+            if (announced.size() == fatalWrite)
+                session.reset();
+        });
+        model.begin();
+    }
+
+    // --- Deeds
+
+    void resumeWorker(const Command& command)
+    {
+        if (model.runs().empty())
+            return;
+        auto run = model.runs().begin();
+        std::advance(run, static_cast<std::size_t>(command.number) % model.runs().size());
+        const bool fails = command.other >= 1 && command.other <= 3;
+        resume(*run, fails ? static_cast<SteppedFiles::Going>(command.other) : SteppedFiles::Going::well);
+    }
+
+    void resume(SessionModel::Run& run, SteppedFiles::Going going)
+    {
+        model.resume(run, going);
+        files->resume(*run.worker, going);
+    }
+
+    /// One worker after the other, each to its end.
+    void resumeAll(const Command&)
+    {
+        while (!model.runs().empty()) {
+            resume(model.runs().front(), SteppedFiles::Going::well);
+            settle();
+        }
+    }
+
+    void serve(const Command&) { serve(); }
+
+    void serve()
+    {
+        model.serve();
+        isServed = waitUntil([this] { return announced.size() >= model.announcedCount(); });
+        letEventsPass();
+    }
+
+    void scan(const Command&)
+    {
+        model.scanFolders();
+        session->scanFolders();
+    }
+
+    void runAnalysis(const Command& command)
+    {
+        scan(command);
+        settle();
+        resumeAll(command);
+        serve();
+    }
+
+    void copy(const Command&)
+    {
+        model.copyMissingVideos();
+        session->copyMissingVideos();
+    }
+
+    void chooseSource(const Command& command)
+    {
+        const auto answer = answerOf(command, 1);
+        session->chooseSourceFolder();
+        if (model.isAlive())
+            model.chooseSourceFolder(answer);
+    }
+
+    void chooseDestination(const Command& command)
+    {
+        const auto answer = answerOf(command, 1);
+        session->chooseCopyDestinationFolder();
+        if (model.isAlive())
+            model.chooseCopyDestinationFolder(answer);
+    }
+
+    void addReviewFolders(const Command& command)
+    {
+        const auto answer = answerOf(command, 1 + command.number % 4);
+        session->addDestinationReviewFolders();
+        if (model.isAlive())
+            model.addDestinationReviewFolders(answer);
+    }
+
+    /// Prepares the next dialog: what is chosen in it, whether it is cancelled, and what goes on meanwhile.
+    SessionModel::Answer answerOf(const Command& command, int count)
+    {
+        ScriptedFolderDialogs::Answer answer;
+        SessionModel::Folders chosen;
+        for (int i = 0; i < count && command.other != 4; ++i)
+            chosen.push_back(pick(folders, command.number + i * command.other));
+        answer.chosen = {chosen.begin(), chosen.end()};
+        const bool isCancelled = command.other == 5;
+        if (isCancelled)
+            answer.response = FolderDialog::Response::cancel;
+        if (command.other % 4 == 1)
+            answer.whileOpen = [this] { serve(); };
+        if (command.other == 7)
+            answer.whileOpen = [this] { destroy({}); };
+        dialogs.answers.push_back(answer);
+        return isCancelled ? std::nullopt : SessionModel::Answer(chosen);
+    }
+
+    void useOnly(const Command&)
+    {
+        model.useOnlyCopyDestinationForReview();
+        session->useOnlyCopyDestinationForReview();
+    }
+
+    void removeReviewFolder(const Command& command)
+    {
+        model.removeDestinationReviewFolder(pick(folders, command.number));
+        session->removeDestinationReviewFolder(Location(pick(folders, command.number)));
+    }
+
+    void pickDestination(const Command& command)
+    {
+        const std::string& folder = pick(folders, command.number);
+        const bool isNone = command.other == 1;
+        model.setCopyDestinationFolder(isNone ? std::nullopt : std::optional(folder));
+        session->setCopyDestinationFolder(isNone ? std::nullopt : std::optional(Location(folder)));
+    }
+
+    void toggle(const Command& command)
+    {
+        model.setPreserveFolderStructure(command.other % 2 == 0);
+        session->setPreserveFolderStructure(command.other % 2 == 0);
+    }
+
+    void addFile(const Command& command)
+    {
+        model.disk[pick(paths, command.number)] = command.other % 3;
+        files->add(pick(paths, command.number), command.other % 3);
+    }
+
+    void removeFile(const Command& command)
+    {
+        model.disk.erase(pick(paths, command.number));
+        files->remove(pick(paths, command.number));
+    }
+
+    void destroy(const Command&)
+    {
+        model.destroy();
+        session.reset();
+    }
+
+    // --- What holds after each of them
+
+    /// Waits until every worker has come as far as its model.
+    void settle()
+    {
+        std::vector<std::thread::id> known;
+        for (const SessionModel::Run& run : model.runs()) {
+            if (run.worker)
+                known.push_back(*run.worker);
+        }
+        model.runs().remove_if([](const SessionModel::Run& run) { return run.callInHand.empty(); });
+        for (SessionModel::Run& run : model.runs()) {
+            if (run.worker) {
+                require(files->waitForCall(*run.worker, run.callInHand), "not called: " + run.callInHand);
+                continue;
+            }
+            run.worker = files->waitForNewWorker(known, run.callInHand);
+            require(run.worker.has_value(), "not called by a new worker: " + run.callInHand);
+            known.push_back(*run.worker);
+        }
+        // Each worker holds the files until it has posted its outcome.
+        const auto holders = static_cast<long>(1 + (model.isAlive() ? 1 : 0) + model.runs().size());
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (files.use_count() != holders && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+        require(files.use_count() == holders, "there are more or fewer workers than runs");
+        require(files->callCount() == model.runs().size(), "calls in hand that no run knows");
+    }
+
+    void compare()
+    {
+        require(isServed, "the announcements do not come");
+        require((session != nullptr) == model.isAlive(), "alive or not");
+        const std::vector<SessionState> expected = model.takeAnnounced();
+        for (std::size_t i = 0; i < std::max(expected.size(), announced.size()); ++i) {
+            const std::string number = "announcement " + std::to_string(i + 1) + " ";
+            require(i < announced.size(), number + "is missing");
+            require(i < expected.size(), number + "was not to be");
+            require(announced[i] == expected[i],
+                    number + "shows\n" + textOf(announced[i]) + "instead of\n" + textOf(expected[i]));
+        }
+        writes += announced.size();
+        announced.clear();
+        if (!session)
+            return;
+        const SessionState now = reader.read(*session);
+        require(now == model.state(), "the fields are\n" + textOf(now) + "instead of\n" + textOf(model.state()));
+        const DerivedValues derived = derivedValuesOf(*session);
+        const DerivedValues ruled = derivedValuesOf(model.state());
+        require(derived == ruled, "derived\n" + textOf(derived) + "instead of\n" + textOf(ruled));
+        std::map<std::string, std::int64_t> disk;
+        const auto any = [](std::string_view) { return true; };
+        for (const auto& entry : files->MemoryFileManager::regularFiles(Location(""), any, {}))
+            disk[entry.url.path()] = entry.size;
+        require(disk == model.disk, "the disk is another");
+        require(dialogs.openCount == 0 && dialogs.answers.empty(), "a dialog too many or too few");
+    }
+
+    void require(bool holds, const std::string& otherwise) const
+    {
+        if (!holds)
+            RC_FAIL(otherwise + "\nafter\n" + trace);
+    }
+
+    std::shared_ptr<SteppedFiles> files = std::make_shared<SteppedFiles>();
+    ScriptedFolderDialogs dialogs;
+    std::unique_ptr<VideoSyncViewModel> session;
+    SessionReader reader;
+    SessionModel model;
+    std::vector<SessionState> announced;
+    std::size_t writes = 0; ///< Compared so far.
+    std::size_t fatalWrite = 0;
+    bool isServed = true;
+    std::string trace;
+};
+
+rc::Gen<Command> commands()
+{
+    const auto fatal = rc::gen::weightedOneOf<int>({{30, rc::gen::just(0)}, {1, rc::gen::inRange(1, 12)}});
+    return rc::gen::build<Command>(
+        rc::gen::set(&Command::deed, rc::gen::inRange(0, 20)), rc::gen::set(&Command::number, rc::gen::inRange(0, 20)),
+        rc::gen::set(&Command::other, rc::gen::inRange(0, 20)), rc::gen::set(&Command::fatalWrite, fatal));
+}
+
+/// Whatever users and disks do in whatever order, each write is the one that the rules name, in its turn.
+TEST(SessionMachine, doesWhatItsModelDoes)
+{
+    std::size_t deeds = 0;
+    std::size_t writes = 0;
+    EXPECT_TRUE(rc::check([&] {
+        const auto choices = *rc::gen::container<std::vector<Command>>(3, commands());
+        const auto sequence = *rc::gen::container<std::vector<Command>>(commands());
+        SessionMachine machine;
+        for (const int number : {0, 1, 2, 3, 5, 7, 9, 10}) // files, and choices without which little happens
+            machine.perform({.deed = 15, .number = number, .other = number + choices[0].number});
+        machine.perform({.deed = 8, .number = choices[1].number % 2});
+        machine.perform({.deed = 9, .number = 1 + choices[2].number % 3});
+        for (const Command& command : sequence)
+            machine.perform(command);
+        machine.finish();
+        deeds += sequence.size();
+        writes += machine.writeCount();
+    }));
+    std::printf("%zu deeds, %zu writes compared\n", deeds, writes);
+}
+
+} // namespace
+} // namespace reelkeep
