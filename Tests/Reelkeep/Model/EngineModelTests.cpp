@@ -1,5 +1,5 @@
-#include "CopyJob.h"
 #include "Fixtures/Unprivileged.h"
+#include "Model/EngineRuns.h"
 #include "Model/FileTree.h"
 #include "Model/NaiveEngine.h"
 #include "VideoSyncService.h"
@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -84,42 +83,6 @@ Texts anyRoots()
     return *rc::gen::resize(5, rc::gen::container<Texts>(rc::gen::elementOf(roots)));
 }
 
-Texts placesOf(const Texts& relative, const FileTree& tree)
-{
-    Texts places;
-    for (const std::string& root : relative)
-        places.push_back(tree.path(root));
-    return places;
-}
-
-// --- The engine's results in the model's types
-
-std::vector<naive::Video> plain(const VideoList& videos)
-{
-    std::vector<naive::Video> result;
-    for (const VideoFile& video : videos) {
-        RC_ASSERT(video.id == video.relativePath);
-        RC_ASSERT(video.createdAt.has_value());
-        result.push_back({video.url.path(), video.relativePath, video.fileName, video.size,
-                          video.createdAt->time_since_epoch().count()});
-    }
-    return result;
-}
-
-VideoList scan(const Texts& places)
-{
-    return VideoSyncService::scanVideoFiles(std::vector<Location>(places.begin(), places.end()), FileManager());
-}
-
-std::string textOf(const std::vector<naive::Video>& videos)
-{
-    std::string text;
-    for (const naive::Video& video : videos)
-        text += video.url + " = " + video.relativePath + ", " + video.fileName + ", " + std::to_string(video.size) +
-                " bytes, " + std::to_string(video.modified) + "\n";
-    return text;
-}
-
 /// The engine's list, which is the model's to the letter.
 VideoList checkedScan(const Texts& places)
 {
@@ -175,27 +138,15 @@ RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsItDoesAndThenMissesWhatItOmitted, ())
     const auto missingInTwin = naive::missing(naive::scan({twin.path(source)}, true).value(),
                                               naive::scan(placesOf(reviewed, twin), true).value(), language);
     const naive::Copy expected = naive::copy(missingInTwin, twin.path(source), twin.path(destination), preserves);
-    Texts reports;
-    std::optional<CopySummary> summary;
-    const CopyJob job = {.videos = missing,
-                         .sourceRoot = Location(tree.path(source)),
-                         .destinationRoot = Location(tree.path(destination)),
-                         .preserveFolderStructure = preserves};
-    try {
-        summary = job.run(FileManager(), [&](const CopyProgress& progress) {
-            reports.push_back(std::to_string(progress.completedCount) + "/" + std::to_string(progress.totalCount) +
-                              " " + progress.currentFileName);
-        });
-    } catch (const FileError&) {
-    }
+    const EngineCopy done = copy(missing, tree.path(source), tree.path(destination), preserves);
 
-    RC_ASSERT(reports == expected.reports);
-    RC_ASSERT(summary.has_value() == !expected.failed);
+    RC_ASSERT(done.reports == expected.reports);
+    RC_ASSERT(done.failed == expected.failed);
     RC_ASSERT(tree.everything() == twin.everything());
-    if (summary) {
-        RC_ASSERT(summary->copiedCount == static_cast<std::int64_t>(expected.copied.size()));
-        RC_ASSERT(summary->skippedCount == static_cast<std::int64_t>(expected.skipped.size()));
-        RC_ASSERT(summary->destinationRoot == job.destinationRoot);
+    if (!done.failed) {
+        RC_ASSERT(done.summary.copiedCount == static_cast<std::int64_t>(expected.copied.size()));
+        RC_ASSERT(done.summary.skippedCount == static_cast<std::int64_t>(expected.skipped.size()));
+        RC_ASSERT(done.summary.destinationRoot == Location(tree.path(destination)));
     }
     const VideoList after =
         VideoSyncService::missingVideos(checkedScan({tree.path(source)}), checkedScan(placesOf(reviewed, tree)));
@@ -206,7 +157,7 @@ RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsItDoesAndThenMissesWhatItOmitted, ())
                 return still.size == video.size && naive::isSameName(still.fileName, video.fileName);
             }));
     }
-    if (summary)
+    if (!done.failed)
         RC_ASSERT(after.size() <= missing.size() - expected.copied.size());
 }
 

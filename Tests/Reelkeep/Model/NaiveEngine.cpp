@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <memory>
-#include <set>
 #include <system_error>
 
 #include <strings.h>
@@ -190,10 +190,14 @@ bool isSameName(const std::string& one, const std::string& other)
 
 bool isBefore(const std::string& one, const std::string& other, const std::string& language)
 {
+    static std::map<std::string, std::unique_ptr<icu::Collator>> collators; // Opening one takes long.
     UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(icu::Locale(language.c_str()), status));
-    collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
-    collator->setAttribute(UCOL_NORMALIZATION_MODE, UCOL_ON, status);
+    std::unique_ptr<icu::Collator>& collator = collators[language];
+    if (!collator) {
+        collator.reset(icu::Collator::createInstance(icu::Locale(language.c_str()), status));
+        collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+        collator->setAttribute(UCOL_NORMALIZATION_MODE, UCOL_ON, status);
+    }
     const UCollationResult result = collator->compareUTF8(one, other, status);
     return result == UCOL_EQUAL ? one < other : result == UCOL_LESS;
 }
