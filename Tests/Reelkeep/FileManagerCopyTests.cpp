@@ -14,6 +14,7 @@
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace reelkeep {
@@ -182,6 +183,34 @@ TEST_F(CopyTest, copiesRegularFilesOnly)
     EXPECT_EQ(failureOfCopy(card / "pipe.mov", disk / "x.mov"), (card / "pipe.mov").path() + ": ya no es un archivo.");
     EXPECT_EQ(failureOfCopy(card / "link.mov", disk / "x.mov"),
               (card / "link.mov").path() + ": es un enlace, no un archivo.");
+    EXPECT_TRUE(onDisk().empty());
+}
+
+TEST_F(CopyTest, refusesAFileThatHasMoreOrFewerBytesThanItSays)
+{
+    const Location saysNone("/proc/version");
+    const Location saysAPage("/sys/kernel/mm/transparent_hugepage/enabled");
+    for (const Location& source : {saysNone, saysAPage})
+        EXPECT_EQ(failureOfCopy(source, disk / "x.mov"),
+                  source.path() + ": no tiene tantos datos como dice su tamano.");
+    EXPECT_TRUE(onDisk().empty());
+}
+
+TEST_F(CopyTest, refusesAFileThatChangesMeanwhile)
+{
+    const Location source = card.file("x.mov", std::string(std::size_t(4) << 20, 'x'));
+    std::jthread other([&](const std::stop_token& stop) {
+        for (long moment = 0; !stop.stop_requested(); ++moment) {
+            const struct timespec times[] = {{0, UTIME_OMIT}, {1'700'000'000, moment % 1'000'000}};
+            ::utimensat(AT_FDCWD, source.path().c_str(), times, 0);
+        }
+    });
+    std::string failure = "none";
+    for (int round = 0; round < 500 && failure == "none"; ++round) {
+        fs::remove((disk / "x.mov").path());
+        failure = failureOfCopy(source, disk / "x.mov");
+    }
+    EXPECT_EQ(failure, source.path() + ": ha cambiado durante la copia.");
     EXPECT_TRUE(onDisk().empty());
 }
 

@@ -246,6 +246,18 @@ TEST(FileBrowserOrder, isTheCollatorsForEveryPairOfPrintableCharacters)
     }
 }
 
+TEST(FileBrowserOrder, asksUnicodesTablesOnlyWhereItMust)
+{
+    const std::string plain = "MVI_0012-b (3).Mov";
+    for (const char* locale : {"C", "es_ES.UTF-8", "en_US.UTF-8"}) {
+        const FileBrowserOrder order(locale);
+        EXPECT_NE(order.sortKeys({plain})[0], order.sortKey(plain)) << locale;
+        EXPECT_EQ(order.sortKeys({plain, "ñ"})[0], order.sortKey(plain)) << locale;
+    }
+    const FileBrowserOrder czech("cs_CZ.UTF-8"); // "ch" is a letter of its own there.
+    EXPECT_EQ(czech.sortKeys({plain})[0], czech.sortKey(plain));
+}
+
 TEST(FileBrowserOrder, hasKeysForNumbersOfAnyLength)
 {
     const FileBrowserOrder order("C");

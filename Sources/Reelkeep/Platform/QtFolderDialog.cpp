@@ -109,9 +109,10 @@ public:
         // behind, so its settings lead to a place where nothing can be written.
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 
-        const QPointer<QFileDialog> dialog = new QFileDialog(QApplication::activeWindow());
-        configure(*dialog);
-        const int result = dialog->exec();
+        auto* shown = new QFileDialog(QApplication::activeWindow());
+        const QPointer<QFileDialog> dialog(shown);
+        configure(*shown);
+        const int result = shown->exec();
         // The program may have ended meanwhile, and the dialog with its window.
         if (!dialog)
             return Response::cancel;

@@ -89,7 +89,7 @@ public:
 private:
     enum class Role { fixed, primary, secondary, window, listBase };
     Tint(Role namedRole, QColor fixedColor, double roleOpacity = 1.0)
-        : role(namedRole), color(std::move(fixedColor)), opacity(roleOpacity)
+        : role(namedRole), color(fixedColor), opacity(roleOpacity)
     {
     }
 
