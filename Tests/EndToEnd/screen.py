@@ -60,7 +60,15 @@ class Element:
     def search(self, roles, name=None):
         """What is inside of one of these roles, with this name or one that the given function accepts."""
         accepts = name if callable(name) else lambda text: name is None or text == name
-        return (element for element in self.descendants() if element.role in roles and accepts(element.name))
+        for child in self.children():
+            try:
+                role = child.role
+                if role in roles and accepts(child.name):
+                    yield child
+                if role not in LIST or roles == ROW:  # Nothing but rows is in a list, and there can be many.
+                    yield from child.search(roles, accepts)
+            except GLib.Error:
+                continue  # Gone while we were reading.
 
     def all(self, roles, name=None):
         return list(self.search(roles, name))
