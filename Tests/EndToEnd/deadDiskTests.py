@@ -31,10 +31,16 @@ class DeadDisk(DesktopTest):
                  f"{beginning!r} {PULLED!r}, not {window.status()!r}")
         window.wait_until_idle()
 
-    def begin_copy(self, window, clips):
+    def pull_in_mid_copy(self, clips):
+        window = self.analysed(clips, milliseconds=30)
+        pending = window.pending()
         window.button(COPY).press()
         wait_for(lambda: clips.copied() and clips.growing() > 4 * MEBIBYTE,
                  "one clip to be copied and the next to be on its way")
+        self.drive.pull()
+        self.wait_for_failure(window, "No he podido copiar los videos: ")
+        self.assertEqual(window.pending(), pending)
+        return window
 
     def complete(self, window, clips):
         """Puts the disk in again and finishes what was cut off."""
@@ -63,24 +69,13 @@ class DeadDisk(DesktopTest):
 
     def test_a_card_pulled_in_mid_copy_is_a_failure_and_the_next_copy_completes_it(self):
         clips = BigClips(self.desktop.folder / "media", 8, size=16 * MEBIBYTE, card=self.drive.place / "card")
-        window = self.analysed(clips, milliseconds=30)
-        pending = window.pending()
-        self.begin_copy(window, clips)
-        self.drive.pull()
-        self.wait_for_failure(window, "No he podido copiar los videos: ")
-        self.assertEqual(window.pending(), pending)
+        window = self.pull_in_mid_copy(clips)
         self.assertEqual(clips.growing(), 0)
         self.complete(window, clips)
 
     def test_a_disk_pulled_in_mid_copy_is_a_failure_and_the_next_copy_completes_it(self):
         clips = BigClips(self.desktop.folder / "media", 8, size=16 * MEBIBYTE, disk=self.drive.place / "disk")
-        window = self.analysed(clips, milliseconds=30)
-        pending = window.pending()
-        self.begin_copy(window, clips)
-        self.drive.pull()
-        self.wait_for_failure(window, "No he podido copiar los videos: ")
-        self.assertEqual(window.pending(), pending)
-        self.complete(window, clips)
+        self.complete(self.pull_in_mid_copy(clips), clips)
 
     def test_a_disk_that_does_not_answer_leaves_the_window_alive(self):
         clips = BigClips(self.desktop.folder / "media", 3, size=1000)
