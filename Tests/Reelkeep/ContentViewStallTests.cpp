@@ -92,10 +92,7 @@ protected:
         std::cout << what << ": the longest stall was " << watchdog.longestStall() << " ms, of which the window's own "
                   << watchdog.longestWork() << " ms\n";
     }
-    PacedFiles& disk()
-    {
-        return static_cast<PacedFiles&>(*files);
-    }
+    PacedFiles& disk() { return static_cast<PacedFiles&>(*files); }
 };
 
 TEST_F(Stalls, areShortWhenManyVideosAreFoundAndPending)
