@@ -98,6 +98,13 @@ TEST_F(Geometry, makesAReviewRow56HighAndPutsThem8Apart)
     EXPECT_EQ(second.top() - first.bottom() - 1, 8);
 }
 
+TEST_F(Geometry, keepsTheLabelOfTheCountInOneLineInTheNarrowestWindow)
+{
+    enterState('C');
+    resize(480, 1000);
+    EXPECT_EQ(placeOfText(QStringLiteral("ubicaciones revisadas")).height(), 16);
+}
+
 TEST_F(Geometry, letsReviewRowsHugTheirContent)
 {
     enterState('C');

@@ -19,7 +19,8 @@ struct Arrangement {
 
 /// A row or a column in which every child has its ideal width where there is room, as with texts that nobody wraps
 /// without need. Room that is left goes to the children that expand, and to spacers only after them; where room lacks,
-/// the children that can shrink share it evenly. Heights follow from widths.
+/// the children that can shrink share it evenly, but for a little that lets one keep its ideal width. Heights follow
+/// from widths.
 ///
 /// Given several arrangements it takes the first whose ideal width fits.
 class StackLayout : public QLayout {

@@ -107,6 +107,24 @@ TEST(StackLayout, sharesLackingRoomEvenly)
     EXPECT_EQ(stack.widths(), (Numbers{100, 100}));
 }
 
+TEST(StackLayout, wrapsNobodyForALittleThatAMoreFlexibleOneCanSpare)
+{
+    StackOf stack({row});
+    stack.add(new Block(115));
+    stack.add(new Block(300));
+    stack.place(208);
+    EXPECT_EQ(stack.widths(), (Numbers{115, 85}));
+}
+
+TEST(StackLayout, sharesEvenlyWhereALittleDoesNotHelp)
+{
+    StackOf stack({row});
+    stack.add(new Block(130));
+    stack.add(new Block(300));
+    stack.place(208);
+    EXPECT_EQ(stack.widths(), (Numbers{100, 100}));
+}
+
 TEST(StackLayout, shrinksNobodyWhileAnotherHoldsMoreThanItNeeds)
 {
     StackOf stack({row});
