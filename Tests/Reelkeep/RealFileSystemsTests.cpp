@@ -1,6 +1,7 @@
 #include "CopyJob.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/MountedDisk.h"
+#include "Platform/Disk.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -35,6 +36,21 @@ protected:
             GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
     }
 };
+
+TEST_F(DiskTest, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
+{
+    for (const char* kind : {"ext4", "xfs", "btrfs"}) {
+        const MountedDisk disk(kind);
+        const std::string id = diskHolding(disk.location()).id;
+        EXPECT_EQ(id.substr(0, 4), "loop") << kind;
+        fs::create_directory(disk.location().appending("below").path());
+        EXPECT_EQ(diskHolding(disk.location().appending("below")).id, id) << kind;
+    }
+    const MountedDisk disk("btrfs");
+    const Location volume = disk.location().appending("volume"); // which has yet another number
+    ASSERT_EQ(std::system(("btrfs -q subvolume create " + volume.path()).c_str()), 0);
+    EXPECT_EQ(diskHolding(volume).id, diskHolding(disk.location()).id);
+}
 
 TEST_P(FileSystemTest, reachesTheEmptyListAndKeepsEveryByte)
 {
