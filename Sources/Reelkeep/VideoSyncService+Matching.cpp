@@ -79,7 +79,7 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
         for (const VideoFile& video : reviewed)
             table.insert(video);
         for (const VideoFile& video : source)
-            if (!table.slotOf(video).video)
+            if (reviewed.empty() || !table.slotOf(video).video)
                 missing.push_back(&video);
         return missing;
     }

@@ -125,6 +125,10 @@ FileBrowserOrder::Keys FileBrowserOrder::sortKeys(const std::vector<std::string_
     const bool arePlain = std::all_of(texts.begin(), texts.end(), [&](std::string_view text) { return isPlain(text); });
     Keys keys;
     keys.ends.reserve(texts.size());
+    std::size_t length = 0;
+    for (const std::string_view text : texts)
+        length += 3 * text.size() + 2; // Hardly ever more.
+    keys.bytes.reserve(length);
     for (const std::string_view text : texts) {
         if (arePlain)
             appendPlainKey(keys.bytes, text);
