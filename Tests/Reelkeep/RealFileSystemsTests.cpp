@@ -2,6 +2,7 @@
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/MountedDisk.h"
 #include "Platform/Disk.h"
+#include "Platform/FileDescriptor.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <thread>
@@ -138,8 +140,12 @@ TEST_P(FileSystemTest, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
     const Location large = card.file("large.mov", "");
     fs::resize_file(large.path(), std::uintmax_t(2) << 30U);
     const MountedDisk disk(GetParam());
+    const FileDescriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    ASSERT_GE(::inotify_add_watch(watch.get(), disk.location().path().c_str(), IN_MODIFY), 0);
     EXPECT_EQ(failureOfCopy(card.location(), disk.location()),
               (disk.location().appending("large.mov")).path() + ": no queda espacio en el disco.");
+    char event[4096];
+    EXPECT_EQ(::read(watch.get(), event, sizeof event), -1) << "something was written before the refusal";
     expectOnlyWholeVideos(card.location(), disk.location());
 }
 
