@@ -244,6 +244,16 @@ TEST_P(SessionDeathTest, stopsTheProgramOutsideTheInterfaceThread)
         "outside the interface thread");
 }
 
+TEST(SessionEndDeathTest, stopsTheProgramWhenItEndsOutsideTheInterfaceThread)
+{
+    EXPECT_DEATH(
+        {
+            auto session = std::make_unique<VideoSyncViewModel>([] { return std::unique_ptr<FolderDialog>(); });
+            std::thread([&] { session.reset(); }).join();
+        },
+        "outside the interface thread");
+}
+
 INSTANTIATE_TEST_SUITE_P(everyOperation, SessionDeathTest,
                          testing::Values([](VideoSyncViewModel& session) { session.statusMessage(); },
                                          [](VideoSyncViewModel& session) { session.destinationReviewSummary(); },
@@ -256,6 +266,7 @@ INSTANTIATE_TEST_SUITE_P(everyOperation, SessionDeathTest,
                                              session.removeDestinationReviewFolder(Location("/A"));
                                          },
                                          [](VideoSyncViewModel& session) { session.scanFolders(); },
+                                         [](VideoSyncViewModel& session) { session.stopWorkers(); },
                                          [](VideoSyncViewModel& session) { session.copyMissingVideos(); }));
 
 } // namespace
