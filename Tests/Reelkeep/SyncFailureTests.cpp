@@ -63,5 +63,23 @@ TEST(SyncFailure, isNoneWhereFoldersCannotBeSyncedAlone)
     }
 }
 
+TEST(Publishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
+{
+    const TemporaryFolder memory("/dev/shm");
+    memory.file("card/new/x.mov", "video");
+    const auto linksAfter = [&](int errorNumber) {
+        faults::arm({.call = "renameat2", .occurrence = 1, .errorNumber = errorNumber});
+        const bool isCopied = failureOfCopy(memory) == 0;
+        const auto calls = faults::disarm();
+        const auto links = std::count(calls.begin(), calls.end(), "linkat");
+        EXPECT_EQ(isCopied, links == 1) << errorNumber;
+        return links;
+    };
+    for (const int unknown : {EINVAL, ENOSYS, ENOTSUP})
+        EXPECT_EQ(linksAfter(unknown), 1) << unknown;
+    for (const int known : {EEXIST, EACCES, EIO, ENOSPC, EROFS})
+        EXPECT_EQ(linksAfter(known), 0) << known;
+}
+
 } // namespace
 } // namespace reelkeep

@@ -13,6 +13,12 @@ namespace {
 constexpr char firstPrintable = ' ';
 constexpr char lastPrintable = '~';
 
+/// In a table of the ASCII characters.
+std::size_t placeOf(char c)
+{
+    return static_cast<unsigned char>(c);
+}
+
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
@@ -65,7 +71,7 @@ void FileBrowserOrder::rankAscii()
 
     std::array<unsigned char, 128> table = {};
     unsigned char rank = 2; // Below are the key's separators.
-    table[static_cast<std::size_t>(sorted[0])] = rank;
+    table[placeOf(sorted[0])] = rank;
     for (std::size_t i = 1; i < sorted.size(); ++i) {
         const std::string before(1, sorted[i - 1]);
         const std::string after(1, sorted[i]);
@@ -74,7 +80,7 @@ void FileBrowserOrder::rankAscii()
                         : !collatesBefore(collator.get(), before + "b", after + "a"))
             return;
         rank = static_cast<unsigned char>(rank + (isCapitalOf ? 0 : 1));
-        table[static_cast<std::size_t>(sorted[i])] = rank;
+        table[placeOf(sorted[i])] = rank;
     }
     ranks = table;
 }
@@ -85,7 +91,7 @@ bool FileBrowserOrder::isPlain(std::string_view text) const
     std::size_t digits = 0;
     for (const char c : text) {
         digits = isDigit(c) ? digits + 1 : 0;
-        if (static_cast<unsigned char>(c) >= 128 || ranks[static_cast<std::size_t>(c)] == 0 || digits > longestNumber)
+        if (static_cast<unsigned char>(c) >= 128 || ranks[placeOf(c)] == 0 || digits > longestNumber)
             return false;
     }
     return true;
@@ -99,7 +105,7 @@ void FileBrowserOrder::appendPlainKey(std::string& key, std::string_view text) c
     };
     for (std::size_t at = 0; at < text.size(); ++at) {
         if (!isDigit(text[at])) {
-            key += static_cast<char>(ranks[static_cast<std::size_t>(text[at])]);
+            key += static_cast<char>(ranks[placeOf(text[at])]);
             continue;
         }
         // A number: its length, which decides first, and its digits. All have one rank, so that it comes before any.

@@ -139,9 +139,12 @@ public:
         if (index < 0 || index >= childCount())
             return nullptr;
         auto known = rows.find(index);
-        if (known == rows.end())
-            known =
-                rows.emplace(index, QAccessible::registerAccessibleInterface(new AccessibleRow(list(), index))).first;
+        if (known == rows.end()) {
+            auto* row = new AccessibleRow(list(), index);
+            // The toolkit owns it now. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+            const QAccessible::Id id = QAccessible::registerAccessibleInterface(row);
+            known = rows.emplace(index, id).first;
+        }
         return QAccessible::accessibleInterface(known->second);
     }
     int indexOfChild(const QAccessibleInterface* child) const override
