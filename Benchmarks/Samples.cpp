@@ -74,13 +74,15 @@ void makeTree(const Location& root, SampleKind kind, std::size_t count)
 
 std::vector<VideoFile> sampleVideos(SampleKind kind, std::size_t begin, std::size_t end)
 {
-    const Location root("/media/user/SAMPLE");
+    const std::string root = "/media/user/SAMPLE/";
+    SharedTextMaker paths;
     std::vector<VideoFile> videos;
     for (std::size_t number = begin; number < end; ++number) {
         const Sample made = sample(kind, number);
-        const Location url = root.appending(made.relativePath);
-        const std::string name(url.lastPathComponent());
-        videos.push_back({made.relativePath, url, made.relativePath, name, made.size, Date()});
+        const SharedText path = paths.joined(root, made.relativePath);
+        const SharedText relativePath = path.from(root.size());
+        const SharedText name = relativePath.from(made.relativePath.rfind('/') + 1);
+        videos.push_back({relativePath, Location(path), relativePath, name, made.size, Date()});
     }
     return videos;
 }
