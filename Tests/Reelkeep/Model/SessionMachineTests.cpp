@@ -324,9 +324,9 @@ private:
         const DerivedValues ruled = derivedValuesOf(model.state());
         require(derived == ruled, "derived\n" + textOf(derived) + "instead of\n" + textOf(ruled));
         std::map<std::string, std::int64_t> disk;
-        const auto any = [](std::string_view) { return true; };
-        for (const auto& entry : files->MemoryFileManager::regularFiles(Location(""), any, {}))
-            disk[entry.url.path()] = entry.size;
+        files->MemoryFileManager::regularFiles(
+            Location(""), [](std::string_view) { return true; },
+            [&](const FileManager::Entry& entry) { disk[entry.url.path()] = entry.size; }, {});
         require(disk == model.disk, "the disk is another");
         require(dialogs.openCount == 0 && dialogs.answers.empty(), "a dialog too many or too few");
     }

@@ -75,11 +75,11 @@ void SteppedFiles::waitForTurn(const std::string& text, const Location& failing,
     }
 }
 
-std::vector<FileManager::Entry> SteppedFiles::regularFiles(const Location& root, const NameFilter& wanted,
-                                                           const std::stop_token& stop) const
+void SteppedFiles::regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                                const std::stop_token& stop) const
 {
     waitForTurn("walk " + root.path(), root, stop);
-    return MemoryFileManager::regularFiles(root, wanted, stop);
+    MemoryFileManager::regularFiles(root, wanted, found, stop);
 }
 
 void SteppedFiles::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const

@@ -32,8 +32,8 @@ public:
     /// How many calls are in hand.
     std::size_t callCount() const;
 
-    std::vector<Entry> regularFiles(const Location& root, const NameFilter& wanted,
-                                    const std::stop_token& stop) const override;
+    void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                      const std::stop_token& stop) const override;
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
 
 private:
