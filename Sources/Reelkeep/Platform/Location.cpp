@@ -41,7 +41,7 @@ Location Location::appending(std::string_view relative) const
     if (joined.empty() || joined.back() != '/')
         joined += '/';
     joined += relative.substr(first);
-    return Location(std::move(joined));
+    return Location(joined);
 }
 
 } // namespace reelkeep

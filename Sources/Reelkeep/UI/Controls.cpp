@@ -207,8 +207,8 @@ void Switch::paintEvent(QPaintEvent*)
     painter.setFont(type::body.font());
     painter.drawText(QRect(0, 0, words.width() + 1, height()), Qt::TextWordWrap | Qt::AlignVCenter, text());
 
-    const QRectF track(words.width() + 1 + gap, (height() - switchSize.height()) / 2, switchSize.width(),
-                       switchSize.height());
+    const int top = (height() - switchSize.height()) / 2; // on a whole pixel
+    const QRectF track(words.width() + 1 + gap, top, switchSize.width(), switchSize.height());
     const bool on = isChecked();
     const Tint off = Tint::of(appearance.primary(), appearance.isDark() ? 0.18 : 0.14);
     const Tint fill = on ? Tint::of(accent::analysisBlue) : off;

@@ -94,9 +94,11 @@ void TextWidget::keyPressEvent(QKeyEvent* event)
     const int end = int(shownText.size());
     // Steps over whole characters, whatever number of units one takes.
     const QTextLayout steps(shownText);
-    if (!selectable)
+    if (!selectable) {
         QWidget::keyPressEvent(event);
-    else if (event->matches(QKeySequence::Copy))
+        return;
+    }
+    if (event->matches(QKeySequence::Copy))
         copy();
     else if (event->matches(QKeySequence::SelectAll))
         selectAll();
