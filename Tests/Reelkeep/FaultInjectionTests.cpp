@@ -345,10 +345,13 @@ TEST_P(WalkFaultTest, isAnErrorTooWhereFoldersWereClosedMeanwhile)
         tree.file(branch + "/a/x.mov");
         tree.file(branch + "/z/x.mov");
     }
+    const Paths whole = walk();
     const auto calls = callsOfWalk();
     for (std::size_t number = 2; number <= calls.size(); ++number) {
         const faults::Plan plan{.occurrence = number, .times = faults::forEver, .errorNumber = EIO};
-        EXPECT_FALSE(outcome(plan).has_value()) << describe(plan);
+        const auto paths = outcome(plan);
+        // How many calls several threads need differs from walk to walk, so the last ones may not come.
+        EXPECT_TRUE(!paths || (!faults::struck() && *paths == whole)) << describe(plan);
     }
 }
 
