@@ -330,8 +330,8 @@ TEST_P(WalkFaultTest, isAnErrorAndNoShorterListWhenTheDiskDies)
         const auto paths = outcome(plan);
         if (plan.occurrence == 1) { // the chosen folder itself cannot be opened: nothing, and no error
             EXPECT_EQ(paths, Paths());
-        } else {
-            EXPECT_FALSE(paths.has_value());
+        } else { // How many calls several threads need differs from walk to walk, so the last ones may not come.
+            EXPECT_TRUE(!paths || (!faults::struck() && *paths == complete));
         }
     }
     std::printf("%zu deaths of the disk\n", plans.size());
@@ -350,7 +350,6 @@ TEST_P(WalkFaultTest, isAnErrorTooWhereFoldersWereClosedMeanwhile)
     for (std::size_t number = 2; number <= calls.size(); ++number) {
         const faults::Plan plan{.occurrence = number, .times = faults::forEver, .errorNumber = EIO};
         const auto paths = outcome(plan);
-        // How many calls several threads need differs from walk to walk, so the last ones may not come.
         EXPECT_TRUE(!paths || (!faults::struck() && *paths == whole)) << describe(plan);
     }
 }
