@@ -2,6 +2,7 @@
 #include "VideoSyncService.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -99,9 +100,11 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
 /// The first eight bytes of a key as a number that compares as they do.
 std::uint64_t firstBytesOf(std::string_view key)
 {
+    std::array<unsigned char, sizeof(std::uint64_t)> first = {};
+    std::copy_n(key.begin(), std::min(key.size(), first.size()), first.begin());
     std::uint64_t number = 0;
-    for (std::size_t i = 0; i < sizeof number; ++i)
-        number = number << 8U | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
+    for (const unsigned char byte : first)
+        number = number << 8U | byte;
     return number;
 }
 

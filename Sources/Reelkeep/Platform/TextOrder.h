@@ -65,12 +65,12 @@ private:
     };
     void rankAscii();
     bool isPlain(std::string_view text) const;
-    void appendPlainKey(std::string& key, std::string_view text) const;
+    char* writePlainKey(char* key, std::string_view text) const;
 
     std::unique_ptr<UCollator, CloseCollator> collator;
     /// The place of each printable ASCII character, capitals with their small letters; 0 for all others, and for all
     /// where the language has rules for ASCII that no such table can tell.
-    std::array<unsigned char, 128> ranks = {};
+    std::array<unsigned char, 256> ranks = {};
 };
 
 } // namespace reelkeep

@@ -13,7 +13,7 @@ namespace {
 constexpr char firstPrintable = ' ';
 constexpr char lastPrintable = '~';
 
-/// In a table of the ASCII characters.
+/// In a table of all bytes.
 std::size_t placeOf(char c)
 {
     return static_cast<unsigned char>(c);
@@ -69,7 +69,7 @@ void FileBrowserOrder::rankAscii()
         sorted += c;
     std::sort(sorted.begin(), sorted.end(), [&](char a, char b) { return collatesBefore(collator.get(), {a}, {b}); });
 
-    std::array<unsigned char, 128> table = {};
+    std::array<unsigned char, 256> table = {};
     unsigned char rank = 2; // Below are the key's separators.
     table[placeOf(sorted[0])] = rank;
     for (std::size_t i = 1; i < sorted.size(); ++i) {
@@ -91,39 +91,41 @@ bool FileBrowserOrder::isPlain(std::string_view text) const
     std::size_t digits = 0;
     for (const char c : text) {
         digits = isDigit(c) ? digits + 1 : 0;
-        if (static_cast<unsigned char>(c) >= 128 || ranks[placeOf(c)] == 0 || digits > longestNumber)
+        if (ranks[placeOf(c)] == 0 || digits > longestNumber)
             return false;
     }
     return true;
 }
 
-/// As the collator's: first what the text says, then letter case, then the bytes.
-void FileBrowserOrder::appendPlainKey(std::string& key, std::string_view text) const
+/// As the collator's: first what the text says, then letter case, then the bytes. Returns where the key ends.
+char* FileBrowserOrder::writePlainKey(char* key, std::string_view text) const
 {
     const auto endOfNumber = [text](std::size_t at) {
-        return std::min(text.find_first_not_of("0123456789", at), text.size());
+        while (at < text.size() && isDigit(text[at]))
+            ++at;
+        return at;
     };
     for (std::size_t at = 0; at < text.size(); ++at) {
-        if (!isDigit(text[at])) {
-            key += static_cast<char>(ranks[placeOf(text[at])]);
+        *key++ = static_cast<char>(ranks[placeOf(text[at])]);
+        if (!isDigit(text[at]))
             continue;
-        }
         // A number: its length, which decides first, and its digits. All have one rank, so that it comes before any.
+        key[-1] = static_cast<char>(ranks['0']);
         const std::size_t end = endOfNumber(at);
-        const std::size_t significant = std::min(text.find_first_not_of('0', at), end);
-        key += static_cast<char>(ranks['0']);
-        key += static_cast<char>(end - significant + 1);
-        key += text.substr(significant, end - significant);
+        while (at < end && text[at] == '0')
+            ++at;
+        *key++ = static_cast<char>(end - at + 1);
+        key = std::copy(text.begin() + at, text.begin() + end, key);
         at = end - 1;
     }
-    key += '\1';
+    *key++ = '\1';
     for (std::size_t at = 0; at < text.size(); ++at) {
-        key += isCapital(text[at]) ? '\3' : '\2';
+        *key++ = isCapital(text[at]) ? '\3' : '\2';
         if (isDigit(text[at]))
             at = endOfNumber(at) - 1;
     }
-    key += '\0';
-    key += text;
+    *key++ = '\0';
+    return std::copy(text.begin(), text.end(), key);
 }
 
 FileBrowserOrder::Keys FileBrowserOrder::sortKeys(const std::vector<std::string_view>& texts) const
@@ -132,12 +134,16 @@ FileBrowserOrder::Keys FileBrowserOrder::sortKeys(const std::vector<std::string_
     Keys keys;
     keys.ends.reserve(texts.size());
     std::size_t length = 0;
-    for (const std::string_view text : texts)
+    std::size_t longest = 0;
+    for (const std::string_view text : texts) {
         length += 3 * text.size() + 2; // Hardly ever more.
+        longest = std::max(longest, text.size());
+    }
     keys.bytes.reserve(length);
+    std::string key(arePlain ? 5 * longest + 2 : 0, '\0'); // A digit alone takes three, its letter case and itself one.
     for (const std::string_view text : texts) {
         if (arePlain)
-            appendPlainKey(keys.bytes, text);
+            keys.bytes.append(key.data(), writePlainKey(key.data(), text));
         else
             keys.bytes += sortKey(text);
         keys.ends.push_back(keys.bytes.size());
