@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <map>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -11,6 +12,26 @@
 
 namespace reelkeep {
 namespace {
+
+/// The calls of a trace, one a line. Where another thread comes in between, the trace tells a call in two lines.
+std::string wholeCalls(const std::string& trace)
+{
+    const std::string parted = " <unfinished ...>";
+    const std::string continued = " resumed>";
+    std::map<std::string, std::string> beginnings; // by thread
+    std::string calls;
+    std::istringstream lines(trace);
+    for (std::string line; std::getline(lines, line);) {
+        std::string& beginning = beginnings[line.substr(0, line.find(' '))];
+        if (const auto end = line.find(parted); end != std::string::npos)
+            beginning = line.substr(0, end);
+        else if (const auto rest = line.find(continued); rest != std::string::npos)
+            calls += beginning + line.substr(rest + continued.size()) + "\n";
+        else
+            calls += line + "\n";
+    }
+    return calls;
+}
 
 /// What a copy did to the disk, as one word per system call that matters, in order.
 std::string essenceOf(const std::string& trace)
@@ -25,7 +46,7 @@ std::string essenceOf(const std::string& trace)
         {std::regex("write\\(1.*report"), "report"},
     };
     std::string essence;
-    std::istringstream lines(trace);
+    std::istringstream lines(wholeCalls(trace));
     for (std::string line; std::getline(lines, line);)
         for (const auto& [call, word] : calls)
             if (std::regex_search(line, call)) {
