@@ -8,7 +8,7 @@ from gi.repository import Atspi, GLib  # noqa: E402
 from desktop import TIMEOUT, until, wait_for  # noqa: E402
 from hands import click, strike  # noqa: E402
 
-BUTTON = ("push button",)
+BUTTON = ("push button", "button")  # The name depends on the version of the accessibility bus.
 SWITCH = ("check box", "toggle button")
 CHOOSER = ("combo box",)
 DIALOG = ("dialog", "file chooser")
