@@ -1,6 +1,5 @@
 """Our durable copy beside other programs: used by compare."""
 
-import contextlib
 import os
 import pathlib
 import shutil
@@ -8,6 +7,8 @@ import statistics
 import subprocess
 import tempfile
 import time
+
+from disks import disk_image, drop_caches
 
 MEBIBYTE = 1 << 20
 SYNCED_CP, RSYNC = "cp + sync", "rsync --fsync"
@@ -28,21 +29,9 @@ QUICK_LOADS = {
 }
 
 
-@contextlib.contextmanager
-def mounted_image(folder: str, gibibytes: int):
-    """An ext4 disk in a file, past whose own file system's memory it is read and written, as a real one is."""
-    with tempfile.TemporaryDirectory(dir=folder) as place, contextlib.ExitStack() as stack:
-        image, mount_point = f"{place}/image", f"{place}/mounted"
-        os.mkdir(mount_point)
-        with open(image, "wb") as file:
-            file.truncate(gibibytes << 30)
-        subprocess.run(["mkfs.ext4", "-q", "-F", image], check=True)
-        device = subprocess.run(["losetup", "--find", "--show", "--direct-io=on", image], check=True,
-                                capture_output=True, text=True).stdout.strip()
-        stack.callback(subprocess.run, ["losetup", "--detach", device], check=True)
-        subprocess.run(["mount", device, mount_point], check=True)
-        stack.callback(subprocess.run, ["umount", mount_point], check=True)
-        yield mount_point
+def ext4_disk(folder: str, gibibytes: int):
+    """Read and written past the memory of the file system that holds it, as a real disk is."""
+    return disk_image(folder, gibibytes, "ext4", ["mkfs.ext4", "-q", "-F"], "--direct-io=on")
 
 
 def make_card(folder: str, count: int, size: int) -> None:
@@ -59,9 +48,8 @@ def make_card(folder: str, count: int, size: int) -> None:
 def timed(program: str, card: str, disk: str, probe: str) -> float:
     """Seconds of a copy to a new folder, with cold caches where this user may drop them."""
     with tempfile.TemporaryDirectory(dir=disk) as target:
-        os.sync()
         if os.geteuid() == 0:
-            pathlib.Path("/proc/sys/vm/drop_caches").write_text("3\n", encoding="ascii")
+            drop_caches()
         begin = time.perf_counter()
         subprocess.run(["sh", "-ec", COMMANDS[program], "sh", card, target, probe], check=True,
                        stdout=subprocess.DEVNULL)
@@ -91,5 +79,5 @@ def compare_copies(probe: pathlib.Path, folder: str, disks: str, rounds: int, qu
     if os.geteuid() != 0:
         row("copy, ext4", "left out: only root can mount disks", "", "")
         return
-    with mounted_image(disks, 2 if quick else 6) as card_disk, mounted_image(disks, 2 if quick else 6) as disk:
+    with ext4_disk(disks, 2 if quick else 6) as card_disk, ext4_disk(disks, 2 if quick else 6) as disk:
         compare_on("ext4", card_disk, disk, str(probe), loads, rounds, row)

@@ -244,4 +244,5 @@ std::string FileBrowserOrder::sortKey(std::string_view text) const
     // The key ends with its only zero byte, so what follows counts only between texts that collate as equal.
     return key += text;
 }
+
 } // namespace reelkeep

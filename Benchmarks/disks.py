@@ -1,0 +1,38 @@
+"""Disks to measure on, and caches to empty. Needs root."""
+
+import contextlib
+import os
+import pathlib
+import subprocess
+import tempfile
+from collections.abc import Iterator
+
+
+def drop_caches() -> None:
+    os.sync()
+    pathlib.Path("/proc/sys/vm/drop_caches").write_text("3\n", encoding="ascii")
+
+
+@contextlib.contextmanager
+def mounted(*arguments: str) -> Iterator[str]:
+    with tempfile.TemporaryDirectory() as place:
+        subprocess.run(["mount", *arguments, place], check=True)
+        try:
+            yield place
+        finally:
+            subprocess.run(["umount", place], check=True)
+
+
+@contextlib.contextmanager
+def disk_image(folder: str, gibibytes: int, kind: str, make: list[str], *loop_options: str) -> Iterator[str]:
+    """A disk in a file, which the command `make` gives its file system: where it is mounted."""
+    with tempfile.NamedTemporaryFile(dir=folder) as image:
+        os.truncate(image.name, gibibytes << 30)
+        subprocess.run([*make, image.name], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        device = subprocess.run(["losetup", "--find", "--show", *loop_options, image.name], check=True,
+                                capture_output=True, text=True).stdout.strip()
+        try:
+            with mounted("-t", kind, device) as place:
+                yield place
+        finally:
+            subprocess.run(["losetup", "--detach", device], check=True)
