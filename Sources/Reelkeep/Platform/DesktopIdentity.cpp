@@ -10,15 +10,14 @@ namespace reelkeep {
 
 namespace {
 
-/// The name of the desktop entry, the metainfo and the icon as well.
+/// The name of the desktop entry, the metainfo and the installed icon as well.
 constexpr QLatin1String applicationId("org.reelkeep.Reelkeep");
 
-/// The installed icon; where none is installed, the same drawing out of the program itself.
+/// Drawn from the program's own copy of the installed icon: to look that up in the desktop's themes takes a tenth of
+/// the time to the first frame.
 QIcon programIcon()
 {
-    QIcon icon = QIcon::fromTheme(applicationId);
-    if (!icon.isNull())
-        return icon;
+    QIcon icon;
     QSvgRenderer drawing(QStringLiteral(":/icon.svg"));
     for (const int side : {16, 24, 32, 48, 64, 128}) {
         QPixmap picture(side, side);

@@ -1,0 +1,45 @@
+"""Our start up to the first frame beside that of an empty window: used by compare."""
+
+import contextlib
+import os
+import pathlib
+import statistics
+import subprocess
+import tempfile
+import time
+
+
+@contextlib.contextmanager
+def display():
+    """The name of a display in memory."""
+    reading, writing = os.pipe()
+    server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1366x768x24", "-nolisten", "tcp",
+                               "-noreset"], pass_fds=[writing], stderr=subprocess.DEVNULL)
+    os.close(writing)
+    try:
+        with os.fdopen(reading) as told:
+            yield ":" + told.readline().strip()
+    finally:
+        server.terminate()
+        server.wait()
+
+
+def compare_starts(build: pathlib.Path, rounds: int, row) -> None:
+    """`row` takes what was done, by whom, the ratio and the goal."""
+    empty = str(build / "Benchmarks/EmptyWindow")
+    commands = {"ours": [str(build / "reelkeep")], "an empty window": [empty],
+                "a window with one text": [empty, "Reelkeep"]}
+    with display() as name, tempfile.TemporaryDirectory() as runtime:
+        environment = {**os.environ, "DISPLAY": name, "XDG_RUNTIME_DIR": runtime, "DBUS_SESSION_BUS_ADDRESS": "disabled:",
+                       "LD_PRELOAD": str(build / "Benchmarks/libfirstFrame.so")}
+
+        def seconds(command: list[str]) -> float:
+            begin = time.perf_counter()
+            subprocess.run(command, check=True, env=environment, timeout=30)
+            return time.perf_counter() - begin
+
+        times = [{what: seconds(command) for what, command in commands.items()} for _ in range(rounds + 1)][1:]
+    own = statistics.median(taken["ours"] for taken in times)
+    for what, goal in (("an empty window", "<= 1.3"), ("a window with one text", "")):
+        ratio = statistics.median(taken["ours"] / taken[what] for taken in times)
+        row("start to first frame", f"ours ({own * 1000:.0f} ms) against {what}", f"{ratio:.2f}", goal)
