@@ -107,7 +107,7 @@ View ContentView::missingFilesList()
                                                         fileSizeText(video.size));
                                      },
                                  .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); },
-                                 .extent = [](const VideoFile& video) { return video.relativePath.size(); }})
+                                 .tallest = [](const VideoList& videos) { return videos.longestPath(); }})
                     .visible([this] { return !session.missingVideos().empty(); });
     return VStack({.spacing = 10}, {
                                        std::move(heading),

@@ -29,19 +29,27 @@ void destroyRecords(const VideoList::Records* videos)
 
 VideoList::VideoList(Records videos) : count(videos.size())
 {
+    for (std::size_t index = 1; index < count; ++index) {
+        if (videos[index].relativePath.size() > videos[longest].relativePath.size())
+            longest = index;
+    }
     if (count > 0)
         parts.push_back(std::shared_ptr<const Records>(new Records(std::move(videos)), destroyRecords));
 }
 
 void VideoList::append(const VideoList& other)
 {
+    const bool isLonger =
+        !other.empty() && (empty() || other[other.longest].relativePath.size() > (*this)[longest].relativePath.size());
+    if (isLonger)
+        longest = count + other.longest;
     parts.insert(parts.end(), other.parts.begin(), other.parts.end());
     count += other.count;
 }
 
 bool VideoList::operator==(const VideoList& other) const
 {
-    return parts == other.parts || (count == other.count && std::equal(begin(), end(), other.begin()));
+    return isSharedWith(other) || (count == other.count && std::equal(begin(), end(), other.begin()));
 }
 
 std::string errorDescription(VideoSyncError error)

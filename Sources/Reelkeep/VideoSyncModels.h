@@ -55,12 +55,17 @@ public:
     const VideoFile& operator[](std::size_t index) const;
     Iterator begin() const;
     Iterator end() const;
+    /// Index of the first record with the longest relative path; 0 in an empty list. Known since the list was made.
+    std::size_t longestPath() const { return longest; }
+    /// The same records, not only equal ones; told at once.
+    bool isSharedWith(const VideoList& other) const { return parts == other.parts; }
 
     bool operator==(const VideoList& other) const;
 
 private:
     std::vector<std::shared_ptr<const Records>> parts; ///< As many as folders were scanned, at most.
     std::size_t count = 0;
+    std::size_t longest = 0;
 };
 
 class VideoList::Iterator {

@@ -78,8 +78,12 @@ void VideoSyncViewModel::beginScan(Continuation afterwards)
     if (!write(fields.isScanning, true) || !write(fields.statusMessage, "Escaneando videos..."))
         return;
     runInBackground<ScanSummary>(
-        [source = *source, reviewed, files = fileManager](const std::stop_token& stop) {
-            return VideoSyncService::analyse(source, reviewed, *files, stop);
+        [source = *source, reviewed, files = fileManager, shown = fields.missingVideos](const std::stop_token& stop) {
+            ScanSummary found = VideoSyncService::analyse(source, reviewed, *files, stop);
+            // What is equal stays the same list, so that the window can tell at once that nothing changed.
+            if (found.missingVideos == shown)
+                found.missingVideos = shown;
+            return found;
         },
         [this, afterwards = std::move(afterwards)](Outcome<ScanSummary> outcome) {
             applyScan(std::move(outcome), afterwards);

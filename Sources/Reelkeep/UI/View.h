@@ -165,16 +165,16 @@ void restoreTabOrder(QWidget* root);
 template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build);
 
-/// A scrolling list that builds only the rows in view. It is reset only when the items really changed.
+/// A scrolling list that builds only the rows in view. It is reset when it is given another list, even an equal one: to
+/// compare a million items takes several frames.
 template <class Items>
 struct ListContent {
     using Item = std::remove_cvref_t<decltype(std::declval<const Items&>()[0])>;
-    std::function<Items()> items; ///< A list that is cheap to copy.
+    std::function<Items()> items; ///< A list that is cheap to copy and knows whether it `isSharedWith` another.
     std::function<View(std::function<const Item&()>)> row;
     std::function<QString(const Item&)> description;
     std::function<QString(const Item&)> copiedText;
-    /// Grows with the height that an item's row needs.
-    std::function<std::size_t(const Item&)> extent;
+    std::function<std::size_t(const Items&)> tallest; ///< Index of the item whose row needs most room.
 };
 template <class Items>
 View List(const QString& name, ListContent<Items> content);

@@ -6,7 +6,6 @@
 
 #include <QLayout>
 
-#include <algorithm>
 #include <optional>
 
 namespace reelkeep {
@@ -63,13 +62,10 @@ View List(const QString& name, ListContent<Items> content)
     list->setAccessibleName(name);
     return {list, {[list, shown, content = std::move(content)] {
                 Items now = content.items();
-                if (now == *shown)
+                if (now.isSharedWith(*shown))
                     return;
                 *shown = std::move(now);
-                const auto tallest = std::max_element(shown->begin(), shown->end(), [&](const Item& a, const Item& b) {
-                    return content.extent(a) < content.extent(b);
-                });
-                list->reload(shown->size(), std::size_t(tallest - shown->begin()));
+                list->reload(shown->size(), content.tallest(*shown));
             }}};
 }
 
