@@ -6,7 +6,9 @@
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <linux/magic.h>
 #include <string>
+#include <vector>
 
 namespace reelkeep {
 namespace {
@@ -79,6 +81,49 @@ TEST(Publishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
         EXPECT_EQ(linksAfter(unknown), 1) << unknown;
     for (const int known : {EEXIST, EACCES, EIO, ENOSPC, EROFS})
         EXPECT_EQ(linksAfter(known), 0) << known;
+}
+
+/// Where a large video goes through the kernel's memory, no minutes of unwritten data may gather.
+TEST(Writing, bringsEachPortionToTheDiskBeforeTheNextButOne)
+{
+    const TemporaryFolder memory("/dev/shm");
+    const Location video = memory.file("card/x.mov", std::string(std::size_t(80) << 20, 'x'));
+    const auto callsOn = [&](long fileSystemType) {
+        std::filesystem::remove_all((memory / "disk").path());
+        memory.folder("disk");
+        faults::arm({.refusals = {{"fcntl", EINVAL}}, .fileSystemType = fileSystemType});
+        FileManager().copyItem(video, memory / "disk/x.mov");
+        auto calls = faults::disarm();
+        std::erase_if(calls, [](const std::string& call) {
+            return call != "write" && call != "sync_file_range" && call != "fdatasync";
+        });
+        return calls;
+    };
+    std::vector<std::string> portions;
+    for (int portion = 0; portion < 10; ++portion) {
+        portions.insert(portions.end(), {"write", "write", "sync_file_range"});
+        if (portion > 0)
+            portions.emplace_back("sync_file_range"); // waits for the portions before
+    }
+    EXPECT_EQ(callsOn(0), portions);
+
+    std::vector<std::string> throughAProgram;
+    for (int write = 1; write <= 20; ++write) {
+        throughAProgram.emplace_back("write");
+        if (write % 8 == 0)
+            throughAProgram.emplace_back("fdatasync");
+    }
+    EXPECT_EQ(callsOn(FUSE_SUPER_MAGIC), throughAProgram);
+}
+
+TEST(NewFolders, areMadeWhereThereAreNone)
+{
+    const TemporaryFolder memory("/dev/shm");
+    memory.folder("disk/a");
+    faults::arm({});
+    FileManager().createDirectory(memory / "disk/a/b/c");
+    const auto calls = faults::disarm();
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "mkdirat"), 2);
 }
 
 } // namespace

@@ -168,6 +168,7 @@ TEST_P(FileBrowserOrderIn, letsTheBytesDecideBetweenNamesThatCollateAsEqual)
 {
     EXPECT_EQ(sorted(GetParam(), {"C1.MP4", "C01.MP4", "C001.MP4"}), (Names{"C001.MP4", "C01.MP4", "C1.MP4"}));
     EXPECT_EQ(sorted(GetParam(), {"\u00F1", "n\u0303"}), (Names{"n\u0303", "\u00F1"}));
+    EXPECT_EQ(sorted(GetParam(), {"\u212B", "\u00C5"}), (Names{"\u00C5", "\u212B"})); // two letters of Unicode for one
     EXPECT_EQ(sorted(GetParam(), {"a\xFF", "a\xFE"}), (Names{"a\xFE", "a\xFF"}));
 }
 

@@ -46,6 +46,12 @@ Verdict judge(const char* call)
     if (state.matching < plan.occurrence || state.matching - plan.occurrence >= plan.times)
         return Verdict::pass;
     state.hasStruck = true;
+    if (plan.deed) {
+        state.isArmed = false;
+        plan.deed();
+        state.isArmed = true;
+        return Verdict::pass;
+    }
     return plan.happensFirst ? Verdict::failAfterwards : Verdict::fail;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <map>
 #include <string>
@@ -21,7 +22,8 @@ struct Plan {
     std::map<std::string, int> refusals = {}; ///< Functions that the file system does not know, with their answers.
     long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
     std::map<std::string, std::map<std::string, int>> brokenNames = {}; ///< By function: names it always fails for.
-    bool hidesTypes = false; ///< Folder listings do not tell what an entry is.
+    bool hidesTypes = false;         ///< Folder listings do not tell what an entry is.
+    std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.
 };
 
 /// From now on, until `disarm`, calls of any thread are recorded and fail as planned. No other thread may run then.

@@ -1,0 +1,251 @@
+#include "Fixtures/Faults.h"
+#include "Fixtures/TemporaryFolder.h"
+#include "Fixtures/Walks.h"
+#include "Platform/FileManager.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <utility>
+#include <vector>
+
+namespace reelkeep {
+namespace {
+
+namespace fs = std::filesystem;
+using Calls = std::vector<std::string>;
+
+/// What the disk does not know decides by which way a copy gets its name.
+struct Way {
+    const char* name;
+    std::map<std::string, int> refusals;
+};
+
+void PrintTo(const Way& way, std::ostream* stream)
+{
+    *stream << way.name;
+}
+
+/// Another program has its hands on the target at one exact moment of a copy.
+class Interference : public testing::TestWithParam<Way> {
+protected:
+    Interference() : memory("/dev/shm") { memory.file("card/x.mov", "our video"); }
+
+    void prepare() const
+    {
+        fs::remove_all((memory / "disk").path());
+        memory.folder("disk");
+        memory.file("elsewhere/empty", "");
+        memory.file("elsewhere/written", "foreign");
+        fs::create_symlink("nowhere", (memory / "elsewhere/link").path());
+    }
+    void clear() const { fs::remove_all((memory / "elsewhere").path()); }
+
+    /// The calls of the copy, with the deed done right before the one of that number, counted without the refused.
+    Calls copy(std::size_t number, const std::function<void()>& deed)
+    {
+        failure.clear();
+        errorNumber = 0;
+        faults::arm({.occurrence = number, .refusals = GetParam().refusals, .deed = deed});
+        try {
+            FileManager().copyItem(memory / "card/x.mov", target());
+        } catch (const FileError& error) {
+            failure = error.what();
+            errorNumber = error.code();
+        }
+        return faults::disarm();
+    }
+    Calls undisturbedCalls()
+    {
+        prepare();
+        const Calls calls = copy(0, nullptr);
+        EXPECT_EQ(failure, "");
+        EXPECT_EQ(contentOf(target()), "our video");
+        clear();
+        return calls;
+    }
+    /// Only the calls that are not refused can be chosen as the moment.
+    Calls moments()
+    {
+        Calls calls = undisturbedCalls();
+        std::erase_if(calls, [](const std::string& call) { return GetParam().refusals.count(call) > 0; });
+        return calls;
+    }
+
+    Location target() const { return memory / "disk/x.mov"; }
+    ino_t identityOf(const Location& place) const
+    {
+        struct stat status = {};
+        return ::lstat(place.path().c_str(), &status) == 0 ? status.st_ino : 0;
+    }
+    bool isNothingHidden() const
+    {
+        const auto all = everythingBelow(memory / "disk");
+        return std::none_of(all.begin(), all.end(),
+                            [](const std::string& path) { return path.find("/.") < path.size(); });
+    }
+
+    TemporaryFolder memory;
+    std::string failure;
+    int errorNumber = 0;
+};
+
+/// One moment cannot be guarded on a disk that can only replace: that between the last look and the renaming.
+bool isUnguarded(const Calls& moments, std::size_t number)
+{
+    return moments[number - 1] == "renameat" &&
+           std::count(moments.begin(), moments.begin() + std::ptrdiff_t(number), "mknodat") > 0;
+}
+
+TEST_P(Interference, neverLosesAFileThatIsMovedToTheTarget)
+{
+    const Calls calls = moments();
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        for (const std::string kind : {"empty", "written", "link"}) {
+            // Over our reservation an empty file looks like that: there is nothing in it to lose.
+            const bool isReserved =
+                std::count(calls.begin(), calls.begin() + std::ptrdiff_t(number) - 1, "mknodat") > 0;
+            if (isUnguarded(calls, number) || (isReserved && kind == "empty"))
+                continue;
+            SCOPED_TRACE(kind + " before " + std::to_string(number) + ", " + calls[number - 1]);
+            prepare();
+            const ino_t foreign = identityOf(memory / ("elsewhere/" + kind));
+            copy(number, [&] { fs::rename((memory / ("elsewhere/" + kind)).path(), target().path()); });
+            EXPECT_TRUE(faults::struck());
+            EXPECT_EQ(identityOf(target()), foreign) << failure;
+            EXPECT_TRUE(isNothingHidden());
+            clear();
+        }
+    }
+}
+
+TEST_P(Interference, neverLosesWhatIsWrittenToTheTarget)
+{
+    const Calls calls = moments();
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        if (isUnguarded(calls, number))
+            continue;
+        SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
+        prepare();
+        copy(number, [&] { std::ofstream(target().path(), std::ios::app) << "foreign"; });
+        const std::string content = contentOf(target());
+        const bool isAdded = failure.empty() && content == "our videoforeign"; // to the finished copy
+        EXPECT_TRUE(content == "foreign" || isAdded) << content << "; " << failure;
+        EXPECT_EQ(errorNumber, isAdded ? 0 : EEXIST) << failure;
+        EXPECT_TRUE(isNothingHidden());
+        clear();
+    }
+}
+
+TEST_P(Interference, neverPublishesWhatWasRemovedMeanwhile)
+{
+    const Calls calls = moments();
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
+        prepare();
+        copy(number, [&] { fs::remove(target().path()); });
+        const bool isThere = identityOf(target()) != 0;
+        EXPECT_TRUE(!isThere || contentOf(target()) == "our video") << contentOf(target());
+        EXPECT_TRUE(isNothingHidden()) << failure;
+        clear();
+    }
+}
+
+TEST_P(Interference, neverPublishesASourceThatChangesMeanwhile)
+{
+    const Calls calls = moments();
+    std::size_t noticed = 0;
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
+        memory.file("card/x.mov", "our video");
+        prepare();
+        copy(number, [&] { memory.file("card/x.mov", "their one"); });
+        const std::string changed = (memory / "card/x.mov").path() + ": ha cambiado durante la copia.";
+        if (!failure.empty()) {
+            ++noticed;
+            EXPECT_EQ(failure, changed);
+            EXPECT_EQ(errorNumber, 0);
+            EXPECT_EQ(identityOf(target()), 0U);
+        } else {
+            const std::string content = contentOf(target());
+            EXPECT_TRUE(content == "our video" || content == "their one") << content;
+        }
+        EXPECT_TRUE(isNothingHidden());
+        clear();
+    }
+    EXPECT_GT(noticed, 5U);
+    memory.file("card/x.mov", "our video");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, Interference,
+                         testing::Values(Way{"byRename", {}}, Way{"byLink", {{"renameat2", EINVAL}}},
+                                         Way{"overAReservation", {{"renameat2", EINVAL}, {"linkat", EPERM}}}),
+                         [](const auto& tested) { return std::string(tested.param.name); });
+
+/// Between the first look and the second nobody can be in the middle of changing the folder.
+TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
+{
+    const TemporaryFolder memory("/dev/shm");
+    memory.folder("disk");
+    faults::arm({.refusals = {{"renameat2", EINVAL}, {"linkat", EPERM}}});
+    FileManager().copyItem(memory.file("x.mov", "video"), memory / "disk/x.mov");
+    const Calls calls = faults::disarm();
+    const auto reserved = std::find(calls.begin(), calls.end(), "mknodat");
+    ASSERT_GT(calls.end() - reserved, 4);
+    EXPECT_EQ(Calls(reserved, reserved + 5), (Calls{"mknodat", "statx", "renameat2", "statx", "renameat"}));
+}
+
+/// Without a right to keep its time of access a file is opened once more, and no less carefully.
+TEST(SourceLink, isNeverFollowed)
+{
+    const TemporaryFolder memory("/dev/shm");
+    memory.folder("disk");
+    memory.file("card/other.mov", "another video");
+    const Location source = memory / "card/x.mov";
+    fs::create_symlink("other.mov", source.path());
+    for (std::size_t number = 1; number <= 4; ++number) {
+        faults::arm({.call = "openat", .occurrence = number, .errorNumber = EPERM});
+        EXPECT_THROW(FileManager().copyItem(source, memory / "disk/x.mov"), FileError) << number;
+        faults::disarm();
+    }
+    EXPECT_TRUE(everythingBelow(memory / "disk").empty());
+}
+
+/// A folder that somebody replaces by a link leads nowhere any more, which is no failure of the disk.
+TEST(WalkInterference, passesOverAFolderThatBecomesALink)
+{
+    const TemporaryFolder memory("/dev/shm");
+    const auto isMovie = [](std::string_view name) { return name.ends_with(".mov"); };
+    const auto countBefore = [&](std::size_t number) {
+        fs::remove_all((memory / "card").path());
+        fs::remove_all((memory / "away").path());
+        memory.file("card/1.mov");
+        memory.file("card/a/2.mov");
+        faults::arm({.occurrence = number, .deed = [&] {
+                         fs::rename((memory / "card/a").path(), (memory / "away").path());
+                         fs::create_symlink("nowhere", (memory / "card/a").path());
+                     }});
+        const auto found = entriesBelow(memory / "card", isMovie, FixedWalkers(1));
+        return std::pair(found.size(), faults::disarm().size());
+    };
+    const auto [whole, calls] = countBefore(0);
+    ASSERT_EQ(whole, 2U);
+    std::size_t fewest = whole;
+    for (std::size_t number = 1; number <= calls; ++number) {
+        const std::size_t count = countBefore(number).first;
+        EXPECT_GE(count, 1U) << number;
+        fewest = std::min(fewest, count);
+    }
+    EXPECT_EQ(fewest, 1U);
+}
+
+} // namespace
+} // namespace reelkeep
