@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <linux/magic.h>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -114,6 +115,26 @@ TEST(Writing, bringsEachPortionToTheDiskBeforeTheNextButOne)
             throughAProgram.emplace_back("fdatasync");
     }
     EXPECT_EQ(callsOn(FUSE_SUPER_MAGIC), throughAProgram);
+}
+
+/// As pipes to other programs may, and disks that are nearly full.
+TEST(Writing, goesOnWhereReadsAndWritesComeUpShort)
+{
+    const TemporaryFolder memory("/dev/shm");
+    std::string content(std::size_t(9) << 20, '\0');
+    for (std::size_t i = 0; i < content.size(); i += 1000)
+        content[i] = static_cast<char>(i / 1000);
+    const Location video = memory.file("card/x.mov", content);
+    memory.folder("disk");
+    for (const std::size_t most : {std::size_t(65'537), std::size_t(1'500'000)}) {
+        for (const auto& refusals : {std::map<std::string, int>{}, {{"fcntl", EINVAL}}}) {
+            faults::arm({.refusals = refusals, .most = most});
+            FileManager().copyItem(video, memory / "disk/x.mov");
+            faults::disarm();
+            EXPECT_TRUE(contentOf(memory / "disk/x.mov") == content) << most << ", " << refusals.size();
+            std::filesystem::remove((memory / "disk/x.mov").path());
+        }
+    }
 }
 
 TEST(NewFolders, areMadeWhereThereAreNone)

@@ -44,11 +44,11 @@ std::optional<std::string> blockDeviceOf(std::uint64_t mountId)
     return std::nullopt;
 }
 
-/// The whole disk in /sys below a partition, an encrypted or a joined volume; empty for what is no block device.
-fs::path wholeDisk(const std::string& deviceNumbers)
+/// The whole disk below a partition, an encrypted or a joined volume; empty for what is no block device.
+fs::path wholeDisk(const fs::path& listedDevice)
 {
     std::error_code failure;
-    fs::path device = fs::canonical("/sys/dev/block/" + deviceNumbers, failure);
+    fs::path device = fs::canonical(listedDevice, failure);
     while (!failure) {
         if (fs::exists(device / "partition", failure))
             device = device.parent_path();
@@ -72,7 +72,7 @@ bool isSpinning(const fs::path& disk)
 
 } // namespace
 
-Disk diskHolding(const Location& place)
+Disk diskHolding(const Location& place, const std::string& blockDevices)
 {
     struct statx status = {};
     if (::statx(AT_FDCWD, place.path().c_str(), 0, STATX_BASIC_STATS | STATX_MNT_ID, &status) != 0)
@@ -80,7 +80,7 @@ Disk diskHolding(const Location& place)
     std::string device = numbersOf(status.stx_dev_major, status.stx_dev_minor);
     if (status.stx_dev_major == 0)
         device = blockDeviceOf(status.stx_mnt_id).value_or(device);
-    const fs::path disk = wholeDisk(device);
+    const fs::path disk = wholeDisk(blockDevices + "/" + device);
     if (disk.empty()) // memory, a network, another program
         return {.id = device, .walkers = manyWalkers};
     return {.id = disk.filename().string(), .walkers = isSpinning(disk) ? 1 : manyWalkers};

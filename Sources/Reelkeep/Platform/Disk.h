@@ -12,7 +12,8 @@ struct Disk {
     unsigned walkers = 1; ///< How many threads read its folders fastest.
 };
 
-/// The disk that holds a place; an unknown one where nothing stands there.
-Disk diskHolding(const Location& place);
+/// The disk that holds a place; an unknown one where nothing stands there. `blockDevices` is the system's folder of
+/// block devices by number.
+Disk diskHolding(const Location& place, const std::string& blockDevices = "/sys/dev/block");
 
 } // namespace reelkeep

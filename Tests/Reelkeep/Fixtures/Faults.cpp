@@ -68,6 +68,11 @@ Result faulty(const char* name, Call call)
     return -1;
 }
 
+std::size_t moved(std::size_t count)
+{
+    return state.isArmed && state.plan.most > 0 ? std::min(count, state.plan.most) : count;
+}
+
 /// For calls that name what they want.
 template <typename Result, typename Call>
 Result faulty(const char* name, std::string_view path, Call call)
@@ -138,6 +143,7 @@ std::vector<int> plausibleErrors(const std::string& call)
 } // namespace reelkeep::faults
 
 using reelkeep::faults::faulty;
+using reelkeep::faults::moved;
 using reelkeep::faults::state;
 
 // The names are the linker's.
@@ -259,13 +265,13 @@ int __wrap_renameat2(int from, const char* path, int to, const char* newPath, un
 ssize_t __real_read(int descriptor, void* bytes, size_t count);
 ssize_t __wrap_read(int descriptor, void* bytes, size_t count)
 {
-    return faulty<ssize_t>("read", [&] { return __real_read(descriptor, bytes, count); });
+    return faulty<ssize_t>("read", [&] { return __real_read(descriptor, bytes, moved(count)); });
 }
 
 ssize_t __real_write(int descriptor, const void* bytes, size_t count);
 ssize_t __wrap_write(int descriptor, const void* bytes, size_t count)
 {
-    return faulty<ssize_t>("write", [&] { return __real_write(descriptor, bytes, count); });
+    return faulty<ssize_t>("write", [&] { return __real_write(descriptor, bytes, moved(count)); });
 }
 
 int __real_fsync(int descriptor);

@@ -23,6 +23,7 @@ struct Plan {
     long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
     std::map<std::string, std::map<std::string, int>> brokenNames = {}; ///< By function: names it always fails for.
     bool hidesTypes = false;         ///< Folder listings do not tell what an entry is.
+    std::size_t most = 0;            ///< How many bytes one read or write moves at most; 0 for no limit.
     std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.
 };
 
