@@ -3,12 +3,15 @@
 deadDiskTests.py PROGRAM DeadDisk.TEST"""
 
 import os
+import subprocess
+import time
 from pathlib import Path
 
 from bigClips import MEBIBYTE, BigClips
 from case import DesktopTest, main
 from desktop import wait_for
 from mountedDisk import MountedDisk, take_private_view
+from screen import LIST
 from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_disk
 
 PULLED = "el disco se ha desconectado."
@@ -104,6 +107,29 @@ class DeadDisk(DesktopTest):
         window.wait_for_status(ALL_SAVED)
         window.wait_until_idle()
         self.assertEqual(clips.flaws(), [])
+
+    def test_a_disk_that_hangs_keeps_no_dialog_from_opening(self):
+        subprocess.run(["mount", "-t", "tmpfs", "tmpfs", "/media"], check=True)
+        good = self.enterContext(MountedDisk(Path("/media"), "ext4"))
+        hanging = self.enterContext(MountedDisk(Path("/media"), "ntfs"))
+        window = self.start()
+        self.assertEqual(self.offered(window) & {good.place.name, hanging.place.name},
+                         {good.place.name, hanging.place.name})
+        window.choose(CAMERA, hanging.place)
+        hanging.hang()
+        began = time.monotonic()
+        offered = self.offered(window)
+        window.choose(DESTINATION, good.place)
+        self.assertLess(time.monotonic() - began, 10)
+        self.assertIn(good.place.name, offered)
+        self.assertNotIn(hanging.place.name, offered)
+
+    def offered(self, window):
+        """The names in the side bar of the folder dialog."""
+        dialog = window.ask(DESTINATION)
+        names = {row.name for row in dialog.window.find(LIST, "Barra lateral").children()}
+        dialog.cancel()
+        return names
 
 
 if __name__ == "__main__":

@@ -1,5 +1,7 @@
 #include "Platform/QtFolderDialog.h"
 
+#include "Platform/AnsweringPlaces.h"
+
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QCompleter>
@@ -12,51 +14,28 @@
 #include <QPointer>
 #include <QSettings>
 #include <QSplitter>
-#include <QStandardPaths>
-#include <QStorageInfo>
 #include <QTreeView>
 
-#include <algorithm>
+#include <chrono>
 
 namespace reelkeep {
 
 namespace {
 
-/// Disks, and network folders, where desktops and people mount what is not part of the system.
-bool isRemovable(const QStorageInfo& volume)
-{
-    const QString path = volume.rootPath();
-    const bool isDisk = volume.device().startsWith("/dev/");
-    const bool isRemote = volume.fileSystemType().startsWith("fuse") || volume.fileSystemType().startsWith("nfs") ||
-                          volume.fileSystemType() == "cifs";
-    return volume.isValid() && volume.isReady() && (isDisk || isRemote) &&
-           (path.startsWith(QStringLiteral("/media/")) || path.startsWith(QStringLiteral("/run/media/")) ||
-            path.startsWith(QStringLiteral("/mnt")));
-}
-
-/// Cameras and phones that speak a protocol instead of being a disk appear as folders here.
-QList<QUrl> attachedDevices()
-{
-    const QDir mounts(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/gvfs"));
-    QList<QUrl> urls;
-    for (const QString& name : mounts.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        urls.append(QUrl::fromLocalFile(mounts.filePath(name)));
-    return urls;
-}
+/// For an answer of any disk: opening a dialog may take this much longer where one hangs.
+constexpr std::chrono::milliseconds patience{300};
 
 /// Home and computer as in a bare dialog, then cards and disks under the labels that their owner gave them.
 void fillSidebar(QFileDialog& dialog)
 {
     QList<QUrl> urls = dialog.sidebarUrls();
     QHash<QString, QString> labels;
-    for (const QStorageInfo& volume : QStorageInfo::mountedVolumes()) {
-        if (!isRemovable(volume))
-            continue;
-        urls.append(QUrl::fromLocalFile(volume.rootPath()));
-        if (!volume.name().isEmpty())
-            labels.insert(volume.rootPath(), volume.name());
+    for (const Volume& volume : answeringVolumes(patience)) {
+        urls.append(QUrl::fromLocalFile(volume.place));
+        if (!volume.label.isEmpty())
+            labels.insert(volume.place, volume.label);
     }
-    dialog.setSidebarUrls(urls + attachedDevices());
+    dialog.setSidebarUrls(urls);
 
     auto* sidebar = dialog.findChild<QListView*>(QStringLiteral("sidebar"));
     if (!sidebar)
@@ -109,7 +88,7 @@ public:
         // behind, so its settings lead to a place where nothing can be written.
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 
-        auto* shown = new QFileDialog(QApplication::activeWindow());
+        auto* shown = new QFileDialog(QApplication::activeWindow(), {}, firstFolder());
         const QPointer<QFileDialog> dialog(shown);
         configure(*shown);
         const int result = shown->exec();
@@ -118,6 +97,7 @@ public:
             return Response::cancel;
         if (result == QDialog::Accepted)
             collect(dialog->selectedFiles());
+        lastFolder() = dialog->directory().absolutePath();
         delete dialog;
         return result == QDialog::Accepted ? Response::ok : Response::cancel;
     }
@@ -128,6 +108,19 @@ public:
     std::vector<Location> URLs() const override { return chosen; }
 
 private:
+    /// Where any dialog of this program was left.
+    static QString& lastFolder()
+    {
+        static QString folder;
+        return folder;
+    }
+    /// There, unless its disk would hold the window up.
+    static QString firstFolder()
+    {
+        const QString& last = lastFolder();
+        return last.isEmpty() || isAnsweringFolder(last, patience) ? last : QDir::homePath();
+    }
+
     void configure(QFileDialog& dialog) const
     {
         dialog.setWindowTitle(QString::fromStdString(title));
