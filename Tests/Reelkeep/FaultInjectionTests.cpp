@@ -12,6 +12,7 @@
 #include <linux/magic.h>
 #include <map>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <utility>
 
 namespace reelkeep {
@@ -384,6 +385,29 @@ TEST_P(WalkFaultTest, passesOverWhatCannotBeReadAndFailsWhereAVideoCannot)
         EXPECT_TRUE(plan.call != "fstatat" || !paths || *paths == complete);
     }
     std::printf("%zu injected faults\n", injected);
+}
+
+/// What the kernel still remembers of a folder can outlive its disk.
+TEST_P(WalkFaultTest, isAnErrorWhereADiskFailsAndIsGone)
+{
+    const dev_t unplugged = makedev(8, 1'000'000);
+    const auto failureOf = [&](int errorNumber) {
+        faults::arm({.call = "getdents64",
+                     .occurrence = 2,
+                     .times = faults::forEver,
+                     .errorNumber = errorNumber,
+                     .device = unplugged});
+        std::string text = "none";
+        try {
+            walk();
+        } catch (const FileError& error) {
+            text = error.what();
+        }
+        faults::disarm();
+        return text;
+    };
+    EXPECT_NE(failureOf(EIO).find("el disco se ha desconectado."), std::string::npos);
+    EXPECT_EQ(failureOf(EACCES), "none");
 }
 
 INSTANTIATE_TEST_SUITE_P(Walks, WalkFaultTest,

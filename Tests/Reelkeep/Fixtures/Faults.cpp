@@ -9,6 +9,7 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
 namespace reelkeep::faults {
@@ -223,7 +224,12 @@ int __wrap_fstatat(int folder, const char* path, struct stat* status, int flags)
 int __real_statx(int folder, const char* path, int flags, unsigned mask, struct statx* status);
 int __wrap_statx(int folder, const char* path, int flags, unsigned mask, struct statx* status)
 {
-    return faulty<int>("statx", path, [&] { return __real_statx(folder, path, flags, mask, status); });
+    const int result = faulty<int>("statx", path, [&] { return __real_statx(folder, path, flags, mask, status); });
+    if (state.isArmed && state.plan.device != 0) {
+        status->stx_dev_major = major(state.plan.device);
+        status->stx_dev_minor = minor(state.plan.device);
+    }
+    return result;
 }
 
 int __real_mkdirat(int folder, const char* path, mode_t mode);

@@ -5,6 +5,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 /// System calls that fail on demand. The linker leads every call of the program under test here first
@@ -22,6 +23,7 @@ struct Plan {
     std::map<std::string, int> refusals = {}; ///< Functions that the file system does not know, with their answers.
     long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
     std::map<std::string, std::map<std::string, int>> brokenNames = {}; ///< By function: names it always fails for.
+    dev_t device = 0;                ///< Which one `statx` tells to hold everything; 0 for the truth.
     bool hidesTypes = false;         ///< Folder listings do not tell what an entry is.
     std::size_t most = 0;            ///< How many bytes one read or write moves at most; 0 for no limit.
     std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.
