@@ -9,6 +9,7 @@
 #include <linux/magic.h>
 #include <map>
 #include <string>
+#include <sys/sysmacros.h>
 #include <vector>
 
 namespace reelkeep {
@@ -115,6 +116,55 @@ TEST(Writing, bringsEachPortionToTheDiskBeforeTheNextButOne)
             throughAProgram.emplace_back("fdatasync");
     }
     EXPECT_EQ(callsOn(FUSE_SUPER_MAGIC), throughAProgram);
+}
+
+TEST(Writing, failsWhereAPortionDoesNotReachTheDisk)
+{
+    const TemporaryFolder memory("/dev/shm");
+    const Location video = memory.file("card/x.mov", std::string(std::size_t(17) << 20, 'x'));
+    memory.folder("disk");
+    const auto failureOf = [&](int errorNumber) {
+        faults::arm(
+            {.call = "sync_file_range", .occurrence = 2, .errorNumber = errorNumber, .refusals = {{"fcntl", EINVAL}}});
+        int failure = 0;
+        try {
+            FileManager().copyItem(video, memory / "disk/x.mov");
+        } catch (const FileError& error) {
+            failure = error.code();
+        }
+        faults::disarm();
+        std::filesystem::remove((memory / "disk/x.mov").path());
+        return failure;
+    };
+    for (const int errorNumber : {EIO, ENOSPC, EDQUOT})
+        EXPECT_EQ(failureOf(errorNumber), errorNumber);
+    for (const int unknown : {ESPIPE, EINVAL, ENOSYS})
+        EXPECT_EQ(failureOf(unknown), 0);
+}
+
+TEST(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
+{
+    const TemporaryFolder memory("/dev/shm");
+    const Location video = memory.file("card/x.mov", "video");
+    memory.folder("disk");
+    const auto failureOn = [&](const char* call, dev_t device) -> std::string {
+        faults::arm({.call = call, .occurrence = 1, .errorNumber = EIO, .device = device});
+        try {
+            FileManager().copyItem(video, memory / "disk/x.mov");
+        } catch (const FileError& error) {
+            faults::disarm();
+            return error.what();
+        }
+        faults::disarm();
+        return "none";
+    };
+    const dev_t unplugged = makedev(8, 1'000'000);
+    const std::string target = (memory / "disk/x.mov").path();
+    const std::string damaged = "; comprueba que ";
+    EXPECT_EQ(failureOn("write", unplugged), target + ": el disco se ha desconectado.");
+    EXPECT_EQ(failureOn("read", unplugged), video.path() + ": el disco se ha desconectado.");
+    EXPECT_NE(failureOn("write", 0).find(damaged), std::string::npos);
+    EXPECT_NE(failureOn("read", 0).find(damaged), std::string::npos);
 }
 
 /// As pipes to other programs may, and disks that are nearly full.

@@ -212,13 +212,19 @@ ssize_t __wrap_getdents64(int folder, void* entries, size_t count)
 int __real_fstat(int descriptor, struct stat* status);
 int __wrap_fstat(int descriptor, struct stat* status)
 {
-    return faulty<int>("fstat", [&] { return __real_fstat(descriptor, status); });
+    const int result = faulty<int>("fstat", [&] { return __real_fstat(descriptor, status); });
+    if (state.isArmed && state.plan.device != 0)
+        status->st_dev = state.plan.device;
+    return result;
 }
 
 int __real_fstatat(int folder, const char* path, struct stat* status, int flags);
 int __wrap_fstatat(int folder, const char* path, struct stat* status, int flags)
 {
-    return faulty<int>("fstatat", path, [&] { return __real_fstatat(folder, path, status, flags); });
+    const int result = faulty<int>("fstatat", path, [&] { return __real_fstatat(folder, path, status, flags); });
+    if (state.isArmed && state.plan.device != 0)
+        status->st_dev = state.plan.device;
+    return result;
 }
 
 int __real_statx(int folder, const char* path, int flags, unsigned mask, struct statx* status);

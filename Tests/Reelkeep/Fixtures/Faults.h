@@ -23,7 +23,7 @@ struct Plan {
     std::map<std::string, int> refusals = {}; ///< Functions that the file system does not know, with their answers.
     long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
     std::map<std::string, std::map<std::string, int>> brokenNames = {}; ///< By function: names it always fails for.
-    dev_t device = 0;                ///< Which one `statx` tells to hold everything; 0 for the truth.
+    dev_t device = 0;                ///< The one that attributes tell to hold everything; 0 for the truth.
     bool hidesTypes = false;         ///< Folder listings do not tell what an entry is.
     std::size_t most = 0;            ///< How many bytes one read or write moves at most; 0 for no limit.
     std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.
