@@ -166,6 +166,8 @@ TEST_F(WalkTest, takesRegularFilesOnly)
 TEST_F(WalkTest, findsNothingBelowARootThatIsMissingOrNoFolder)
 {
     EXPECT_TRUE(pathsBelow(root / "missing").empty());
+    ASSERT_EQ(::mkfifo((root / "pipe").path().c_str(), 0600), 0); // to open it would wait for somebody who writes
+    EXPECT_TRUE(pathsBelow(root / "pipe").empty());
     EXPECT_TRUE(pathsBelow(root.file("x.mov")).empty());
     EXPECT_TRUE(pathsBelow(root / std::string(300, 'n')).empty());
 }

@@ -162,6 +162,7 @@ TEST(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
     const std::string target = (memory / "disk/x.mov").path();
     const std::string damaged = "; comprueba que ";
     EXPECT_EQ(failureOn("write", unplugged), target + ": el disco se ha desconectado.");
+    EXPECT_EQ(failureOn("renameat2", unplugged), target + ": el disco se ha desconectado.");
     EXPECT_EQ(failureOn("read", unplugged), video.path() + ": el disco se ha desconectado.");
     EXPECT_NE(failureOn("write", 0).find(damaged), std::string::npos);
     EXPECT_NE(failureOn("read", 0).find(damaged), std::string::npos);

@@ -18,6 +18,7 @@ TEST(Lowercased, foldsAsciiLettersAndNothingElse)
 {
     EXPECT_EQ(lowercased("MVI_0001.Mov"), "mvi_0001.mov");
     EXPECT_EQ(lowercased("@[`{"), "@[`{");
+    EXPECT_EQ(lowercased("ABCDEFGHIJKLMNOPQRSTUVWXYZ"), "abcdefghijklmnopqrstuvwxyz");
     EXPECT_EQ(lowercased(""), "");
 }
 
@@ -272,6 +273,15 @@ TEST(FileBrowserOrder, hasKeysForNumbersOfAnyLength)
         EXPECT_LT(keys[1], keys[0]) << digits;
         EXPECT_LT(keys[0], keys[2]) << digits;
         EXPECT_LT(keys[2], keys[3]) << digits;
+    }
+}
+
+TEST(FoldedName, isOneForBothCasesOfEveryAsciiLetter)
+{
+    for (const char* letters : {"ABCDEFGHIJKLMNOPQRSTUVWXYZ", "aBcDeFgHiJkLmNoPqRsTuVwXyZ"}) {
+        EXPECT_EQ(foldedName(letters), "abcdefghijklmnopqrstuvwxyz");
+        EXPECT_TRUE(isSameName(letters, "abcdefghijklmnopqrstuvwxyz"));
+        EXPECT_EQ(foldedHash(letters), foldedHash("abcdefghijklmnopqrstuvwxyz"));
     }
 }
 
