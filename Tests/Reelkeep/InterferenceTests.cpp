@@ -1,7 +1,6 @@
-#include "Fixtures/Faults.h"
+#include "Fixtures/FaultyCopy.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Walks.h"
-#include "Platform/FileManager.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -52,16 +51,11 @@ protected:
     /// The calls of the copy, with the deed done right before the one of that number, counted without the refused.
     Calls copy(std::size_t number, const std::function<void()>& deed)
     {
-        failure.clear();
-        errorNumber = 0;
-        faults::arm({.occurrence = number, .refusals = GetParam().refusals, .deed = deed});
-        try {
-            FileManager().copyItem(memory / "card/x.mov", target());
-        } catch (const FileError& error) {
-            failure = error.what();
-            errorNumber = error.code();
-        }
-        return faults::disarm();
+        const FaultyCopy copy = copyWith({.occurrence = number, .refusals = GetParam().refusals, .deed = deed},
+                                         memory / "card/x.mov", target());
+        failure = copy.failure;
+        errorNumber = copy.errorNumber;
+        return copy.calls;
     }
     Calls undisturbedCalls()
     {
@@ -195,9 +189,9 @@ TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk");
-    faults::arm({.refusals = {{"renameat2", EINVAL}, {"linkat", EPERM}}});
-    FileManager().copyItem(memory.file("x.mov", "video"), memory / "disk/x.mov");
-    const Calls calls = faults::disarm();
+    const Calls calls = copyWith({.refusals = {{"renameat2", EINVAL}, {"linkat", EPERM}}},
+                                 memory.file("x.mov", "video"), memory / "disk/x.mov")
+                            .calls;
     const auto reserved = std::find(calls.begin(), calls.end(), "mknodat");
     ASSERT_GT(calls.end() - reserved, 4);
     EXPECT_EQ(Calls(reserved, reserved + 5), (Calls{"mknodat", "statx", "renameat2", "statx", "renameat"}));
@@ -212,9 +206,8 @@ TEST(SourceLink, isNeverFollowed)
     const Location source = memory / "card/x.mov";
     fs::create_symlink("other.mov", source.path());
     for (std::size_t number = 1; number <= 4; ++number) {
-        faults::arm({.call = "openat", .occurrence = number, .errorNumber = EPERM});
-        EXPECT_THROW(FileManager().copyItem(source, memory / "disk/x.mov"), FileError) << number;
-        faults::disarm();
+        const faults::Plan plan = {.call = "openat", .occurrence = number, .errorNumber = EPERM};
+        EXPECT_NE(copyWith(plan, source, memory / "disk/x.mov").failure, "") << number;
     }
     EXPECT_TRUE(everythingBelow(memory / "disk").empty());
 }

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Fixtures/Faults.h"
+#include "Platform/FileManager.h"
+
+#include <string>
+#include <vector>
+
+namespace reelkeep {
+
+/// What became of a copy.
+struct FaultyCopy {
+    std::string failure; ///< Its text; empty without one.
+    int errorNumber = 0;
+    std::vector<std::string> calls; ///< The functions called, in order.
+};
+
+/// Copies one file while system calls fail as planned.
+inline FaultyCopy copyWith(const faults::Plan& plan, const Location& source, const Location& target)
+{
+    FaultyCopy copy;
+    faults::arm(plan);
+    try {
+        FileManager().copyItem(source, target);
+    } catch (const FileError& error) {
+        copy.failure = error.what();
+        copy.errorNumber = error.code();
+    }
+    copy.calls = faults::disarm();
+    return copy;
+}
+
+} // namespace reelkeep

@@ -1,0 +1,114 @@
+#include "Fixtures/FaultyCopy.h"
+#include "Fixtures/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <linux/magic.h>
+#include <map>
+#include <string>
+#include <sys/sysmacros.h>
+#include <vector>
+
+namespace reelkeep {
+namespace {
+
+/// The data of one video on its way to a disk.
+class Writing : public testing::Test {
+protected:
+    Writing() { memory.folder("disk"); }
+
+    void makeVideo(std::size_t mebibytes)
+    {
+        content.assign(mebibytes << 20U, 'x');
+        for (std::size_t i = 0; i < content.size(); i += 1000)
+            content[i] = static_cast<char>(i / 1000);
+        memory.file("card/x.mov", content);
+    }
+    FaultyCopy copy(const faults::Plan& plan) const
+    {
+        std::filesystem::remove(target().path());
+        return copyWith(plan, video(), target());
+    }
+    bool isWhole() const { return contentOf(target()) == content; }
+    Location video() const { return memory / "card/x.mov"; }
+    Location target() const { return memory / "disk/x.mov"; }
+
+    TemporaryFolder memory{"/dev/shm"};
+    std::string content;
+};
+
+/// Where a large video goes through the kernel's memory, no minutes of unwritten data may gather.
+TEST_F(Writing, bringsEachPortionToTheDiskBeforeTheNextButOne)
+{
+    makeVideo(80);
+    const auto callsOn = [&](long fileSystemType) {
+        auto calls = copy({.refusals = {{"fcntl", EINVAL}}, .fileSystemType = fileSystemType}).calls;
+        std::erase_if(calls, [](const std::string& call) {
+            return call != "write" && call != "sync_file_range" && call != "fdatasync";
+        });
+        return calls;
+    };
+    std::vector<std::string> portions;
+    for (int portion = 0; portion < 10; ++portion) {
+        portions.insert(portions.end(), {"write", "write", "sync_file_range"});
+        if (portion > 0)
+            portions.emplace_back("sync_file_range"); // waits for the portions before
+    }
+    EXPECT_EQ(callsOn(0), portions);
+
+    std::vector<std::string> throughAProgram;
+    for (int write = 1; write <= 20; ++write) {
+        throughAProgram.emplace_back("write");
+        if (write % 8 == 0)
+            throughAProgram.emplace_back("fdatasync");
+    }
+    EXPECT_EQ(callsOn(FUSE_SUPER_MAGIC), throughAProgram);
+}
+
+TEST_F(Writing, failsWhereAPortionDoesNotReachTheDisk)
+{
+    makeVideo(17);
+    const auto failureOf = [&](int errorNumber) {
+        return copy({.call = "sync_file_range",
+                     .occurrence = 2,
+                     .errorNumber = errorNumber,
+                     .refusals = {{"fcntl", EINVAL}}})
+            .errorNumber;
+    };
+    for (const int errorNumber : {EIO, ENOSPC, EDQUOT})
+        EXPECT_EQ(failureOf(errorNumber), errorNumber);
+    for (const int unknown : {ESPIPE, EINVAL, ENOSYS})
+        EXPECT_EQ(failureOf(unknown), 0);
+}
+
+TEST_F(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
+{
+    makeVideo(1);
+    const auto failureOn = [&](const char* call, dev_t device) {
+        return copy({.call = call, .occurrence = 1, .errorNumber = EIO, .device = device}).failure;
+    };
+    const dev_t unplugged = makedev(8, 1'000'000);
+    const std::string damaged = "; comprueba que ";
+    EXPECT_EQ(failureOn("write", unplugged), target().path() + ": el disco se ha desconectado.");
+    EXPECT_EQ(failureOn("renameat2", unplugged), target().path() + ": el disco se ha desconectado.");
+    EXPECT_EQ(failureOn("read", unplugged), video().path() + ": el disco se ha desconectado.");
+    EXPECT_NE(failureOn("write", 0).find(damaged), std::string::npos);
+    EXPECT_NE(failureOn("read", 0).find(damaged), std::string::npos);
+}
+
+/// As pipes to other programs may, and disks that are nearly full.
+TEST_F(Writing, goesOnWhereReadsAndWritesComeUpShort)
+{
+    makeVideo(9);
+    for (const std::size_t most : {std::size_t(65'537), std::size_t(1'500'000)}) {
+        for (const auto& refusals : {std::map<std::string, int>{}, {{"fcntl", EINVAL}}}) {
+            EXPECT_EQ(copy({.refusals = refusals, .most = most}).failure, "");
+            EXPECT_TRUE(isWhole()) << most << ", " << refusals.size();
+        }
+    }
+}
+
+} // namespace
+} // namespace reelkeep
