@@ -225,14 +225,21 @@ TEST_F(WalkTest, keepsNamesThatAreNoText)
 
 TEST_F(WalkTest, leavesOutADateThatCannotBeTold)
 {
-    const Location file = root.file("x.mov");
-    const struct timespec times[] = {{1'000'000'000, 0}, {10'000'000'000, 0}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, file.path().c_str(), times, 0), 0);
-    struct stat status = {};
-    ASSERT_EQ(::stat(file.path().c_str(), &status), 0);
-    if (status.st_mtim.tv_sec != 10'000'000'000)
-        GTEST_SKIP() << "this file system keeps no such dates";
-    EXPECT_EQ(entriesBelow(root.location(), isMovie)[0].contentModificationDate, std::nullopt);
+    const TemporaryFolder memory("/dev/shm");
+    const Location file = memory.file("x.mov");
+    const auto dateAt = [&](std::int64_t seconds) {
+        const struct timespec times[] = {{1'000'000'000, 0}, {seconds, 0}};
+        EXPECT_EQ(::utimensat(AT_FDCWD, file.path().c_str(), times, 0), 0);
+        struct stat status = {};
+        EXPECT_EQ(::stat(file.path().c_str(), &status), 0);
+        EXPECT_EQ(status.st_mtim.tv_sec, seconds) << "this file system keeps no such dates";
+        return entriesBelow(memory.location(), isMovie)[0].contentModificationDate;
+    };
+    constexpr std::int64_t farthest = 9'000'000'000;
+    for (const std::int64_t seconds : {-farthest, std::int64_t(-1), std::int64_t(0), farthest})
+        EXPECT_EQ(dateAt(seconds), Date(std::chrono::seconds(seconds)));
+    for (const std::int64_t seconds : {-farthest - 1, farthest + 1, std::int64_t(10'000'000'000)})
+        EXPECT_EQ(dateAt(seconds), std::nullopt);
 }
 
 /// A chain of folders with a file in each, made and removed step by step: paths become longer than calls take.
