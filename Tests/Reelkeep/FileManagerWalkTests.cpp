@@ -5,12 +5,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <mutex>
+#include <set>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace reelkeep {
@@ -221,6 +226,24 @@ TEST_F(WalkTest, keepsNamesThatAreNoText)
     root.file("line\nbreak.mov");
     root.file("-rf.mov");
     EXPECT_EQ(found(), std::vector<std::string>({"-rf.mov", "line\nbreak.mov", "\xff\xfe.mov"}));
+}
+
+TEST_F(WalkTest, readsWithAsManyThreadsAsAreAskedFor)
+{
+    for (int i = 0; i < 200; ++i)
+        root.file(std::to_string(i) + "/x.mov");
+    for (const unsigned walkers : {1U, 2U, 4U}) {
+        std::mutex mutex;
+        std::set<std::thread::id> readers;
+        const auto note = [&](std::string_view) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1)); // while the others find something to do
+            const std::lock_guard lock(mutex);
+            readers.insert(std::this_thread::get_id());
+            return true;
+        };
+        EXPECT_EQ(entriesBelow(root.location(), note, FixedWalkers(walkers)).size(), 200U);
+        EXPECT_EQ(readers.size(), walkers);
+    }
 }
 
 TEST_F(WalkTest, leavesOutADateThatCannotBeTold)

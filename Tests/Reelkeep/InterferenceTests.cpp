@@ -20,7 +20,7 @@ namespace reelkeep {
 namespace {
 
 namespace fs = std::filesystem;
-using Calls = std::vector<std::string>;
+using Names = std::vector<std::string>;
 
 /// What the disk does not know decides by which way a copy gets its name.
 struct Way {
@@ -49,7 +49,7 @@ protected:
     void clear() const { fs::remove_all((memory / "elsewhere").path()); }
 
     /// The calls of the copy, with the deed done right before the one of that number, counted without the refused.
-    Calls copy(std::size_t number, const std::function<void()>& deed)
+    Names copy(std::size_t number, const std::function<void()>& deed)
     {
         const FaultyCopy copy = copyWith({.occurrence = number, .refusals = GetParam().refusals, .deed = deed},
                                          memory / "card/x.mov", target());
@@ -57,19 +57,19 @@ protected:
         errorNumber = copy.errorNumber;
         return copy.calls;
     }
-    Calls undisturbedCalls()
+    Names undisturbedCalls()
     {
         prepare();
-        const Calls calls = copy(0, nullptr);
+        const Names calls = copy(0, nullptr);
         EXPECT_EQ(failure, "");
         EXPECT_EQ(contentOf(target()), "our video");
         clear();
         return calls;
     }
     /// Only the calls that are not refused can be chosen as the moment.
-    Calls moments()
+    Names moments()
     {
-        Calls calls = undisturbedCalls();
+        Names calls = undisturbedCalls();
         std::erase_if(calls, [](const std::string& call) { return GetParam().refusals.count(call) > 0; });
         return calls;
     }
@@ -80,11 +80,12 @@ protected:
         struct stat status = {};
         return ::lstat(place.path().c_str(), &status) == 0 ? status.st_ino : 0;
     }
-    bool isNothingHidden() const
+    /// The names in the disk's folder that are hidden.
+    std::vector<std::string> hidden() const
     {
-        const auto all = everythingBelow(memory / "disk");
-        return std::none_of(all.begin(), all.end(),
-                            [](const std::string& path) { return path.find("/.") < path.size(); });
+        auto names = everythingBelow(memory / "disk");
+        std::erase_if(names, [](const std::string& name) { return !name.starts_with('.'); });
+        return names;
     }
 
     TemporaryFolder memory;
@@ -93,7 +94,7 @@ protected:
 };
 
 /// One moment cannot be guarded on a disk that can only replace: that between the last look and the renaming.
-bool isUnguarded(const Calls& moments, std::size_t number)
+bool isUnguarded(const Names& moments, std::size_t number)
 {
     return moments[number - 1] == "renameat" &&
            std::count(moments.begin(), moments.begin() + std::ptrdiff_t(number), "mknodat") > 0;
@@ -101,7 +102,7 @@ bool isUnguarded(const Calls& moments, std::size_t number)
 
 TEST_P(Interference, neverLosesAFileThatIsMovedToTheTarget)
 {
-    const Calls calls = moments();
+    const Names calls = moments();
     for (std::size_t number = 1; number <= calls.size(); ++number) {
         for (const std::string kind : {"empty", "written", "link"}) {
             // Over our reservation an empty file looks like that: there is nothing in it to lose.
@@ -115,7 +116,7 @@ TEST_P(Interference, neverLosesAFileThatIsMovedToTheTarget)
             copy(number, [&] { fs::rename((memory / ("elsewhere/" + kind)).path(), target().path()); });
             EXPECT_TRUE(faults::struck());
             EXPECT_EQ(identityOf(target()), foreign) << failure;
-            EXPECT_TRUE(isNothingHidden());
+            EXPECT_EQ(hidden(), Names());
             clear();
         }
     }
@@ -123,7 +124,7 @@ TEST_P(Interference, neverLosesAFileThatIsMovedToTheTarget)
 
 TEST_P(Interference, neverLosesWhatIsWrittenToTheTarget)
 {
-    const Calls calls = moments();
+    const Names calls = moments();
     for (std::size_t number = 1; number <= calls.size(); ++number) {
         if (isUnguarded(calls, number))
             continue;
@@ -134,28 +135,50 @@ TEST_P(Interference, neverLosesWhatIsWrittenToTheTarget)
         const bool isAdded = failure.empty() && content == "our videoforeign"; // to the finished copy
         EXPECT_TRUE(content == "foreign" || isAdded) << content << "; " << failure;
         EXPECT_EQ(errorNumber, isAdded ? 0 : EEXIST) << failure;
-        EXPECT_TRUE(isNothingHidden());
+        EXPECT_EQ(hidden(), Names());
         clear();
     }
 }
 
 TEST_P(Interference, neverPublishesWhatWasRemovedMeanwhile)
 {
-    const Calls calls = moments();
+    const Names calls = moments();
     for (std::size_t number = 1; number <= calls.size(); ++number) {
         SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
         prepare();
         copy(number, [&] { fs::remove(target().path()); });
         const bool isThere = identityOf(target()) != 0;
         EXPECT_TRUE(!isThere || contentOf(target()) == "our video") << contentOf(target());
-        EXPECT_TRUE(isNothingHidden()) << failure;
+        EXPECT_EQ(hidden(), Names()) << failure;
         clear();
     }
 }
 
+TEST_P(Interference, tellsThatItsOwnFileIsGone)
+{
+    const Names calls = moments();
+    std::size_t told = 0;
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
+        prepare();
+        copy(number, [&] {
+            for (const std::string& name : hidden())
+                fs::remove((memory / ("disk/" + name)).path());
+        });
+        if (failure.empty())
+            EXPECT_EQ(contentOf(target()), "our video");
+        else
+            EXPECT_EQ(identityOf(target()), 0U) << failure;
+        told += failure == target().path() + ": ha desaparecido durante la copia." ? 1 : 0;
+        EXPECT_EQ(hidden(), Names());
+        clear();
+    }
+    EXPECT_GT(told, 0U);
+}
+
 TEST_P(Interference, neverPublishesASourceThatChangesMeanwhile)
 {
-    const Calls calls = moments();
+    const Names calls = moments();
     std::size_t noticed = 0;
     for (std::size_t number = 1; number <= calls.size(); ++number) {
         SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
@@ -172,7 +195,7 @@ TEST_P(Interference, neverPublishesASourceThatChangesMeanwhile)
             const std::string content = contentOf(target());
             EXPECT_TRUE(content == "our video" || content == "their one") << content;
         }
-        EXPECT_TRUE(isNothingHidden());
+        EXPECT_EQ(hidden(), Names());
         clear();
     }
     EXPECT_GT(noticed, 5U);
@@ -189,12 +212,12 @@ TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk");
-    const Calls calls = copyWith({.refusals = {{"renameat2", EINVAL}, {"linkat", EPERM}}},
+    const Names calls = copyWith({.refusals = {{"renameat2", EINVAL}, {"linkat", EPERM}}},
                                  memory.file("x.mov", "video"), memory / "disk/x.mov")
                             .calls;
     const auto reserved = std::find(calls.begin(), calls.end(), "mknodat");
     ASSERT_GT(calls.end() - reserved, 4);
-    EXPECT_EQ(Calls(reserved, reserved + 5), (Calls{"mknodat", "statx", "renameat2", "statx", "renameat"}));
+    EXPECT_EQ(Names(reserved, reserved + 5), (Names{"mknodat", "statx", "renameat2", "statx", "renameat"}));
 }
 
 /// Without a right to keep its time of access a file is opened once more, and no less carefully.

@@ -48,7 +48,7 @@ bool TemporaryFile::publishByLink()
             return false;
         throw publishingFailure(errno);
     }
-    if (::unlinkat(folder.get(), currentName.c_str(), 0) != 0)
+    if (::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
         throw failure(errno);
     return true;
 }
