@@ -8,6 +8,8 @@ import subprocess
 import tempfile
 import time
 
+OUR_FONTS = 15  # families, weights and sizes in the first frame
+
 
 @contextlib.contextmanager
 def display():
@@ -28,7 +30,8 @@ def compare_starts(build: pathlib.Path, rounds: int, row) -> None:
     """`row` takes what was done, by whom, the ratio and the goal."""
     empty = str(build / "Benchmarks/EmptyWindow")
     commands = {"ours": [str(build / "reelkeep")], "an empty window": [empty],
-                "a window with one text": [empty, "Reelkeep"]}
+                "a window with a text": [empty, "Reelkeep"],
+                "a window with texts in as many fonts": [empty, "Reelkeep", str(OUR_FONTS)]}
     with display() as name, tempfile.TemporaryDirectory() as runtime:
         environment = {**os.environ, "DISPLAY": name, "XDG_RUNTIME_DIR": runtime, "DBUS_SESSION_BUS_ADDRESS": "disabled:",
                        "LD_PRELOAD": str(build / "Benchmarks/libfirstFrame.so")}
@@ -40,6 +43,7 @@ def compare_starts(build: pathlib.Path, rounds: int, row) -> None:
 
         times = [{what: seconds(command) for what, command in commands.items()} for _ in range(rounds + 1)][1:]
     own = statistics.median(taken["ours"] for taken in times)
-    for what, goal in (("an empty window", "<= 1.3"), ("a window with one text", "")):
+    for what in list(commands)[1:]:
         ratio = statistics.median(taken["ours"] / taken[what] for taken in times)
-        row("start to first frame", f"ours ({own * 1000:.0f} ms) against {what}", f"{ratio:.2f}", goal)
+        row("start to first frame", f"ours ({own * 1000:.0f} ms) against {what}", f"{ratio:.2f}",
+            "<= 1.3" if what == "an empty window" else "")
