@@ -1,6 +1,5 @@
 #include "Fixtures/FaultyCopy.h"
 #include "Fixtures/TemporaryFolder.h"
-#include "Fixtures/Walks.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,9 +10,7 @@
 #include <iterator>
 #include <map>
 #include <string>
-#include <string_view>
 #include <sys/stat.h>
-#include <utility>
 #include <vector>
 
 namespace reelkeep {
@@ -233,77 +230,6 @@ TEST(SourceLink, isNeverFollowed)
         EXPECT_NE(copyWith(plan, source, memory / "disk/x.mov").failure, "") << number;
     }
     EXPECT_TRUE(everythingBelow(memory / "disk").empty());
-}
-
-/// A folder that somebody replaces by a link leads nowhere any more, which is no failure of the disk.
-TEST(WalkInterference, passesOverAFolderThatBecomesALink)
-{
-    const TemporaryFolder memory("/dev/shm");
-    const auto isMovie = [](std::string_view name) { return name.ends_with(".mov"); };
-    const auto countBefore = [&](std::size_t number) {
-        fs::remove_all((memory / "card").path());
-        fs::remove_all((memory / "away").path());
-        memory.file("card/1.mov");
-        memory.file("card/a/2.mov");
-        faults::arm({.occurrence = number, .deed = [&] {
-                         fs::rename((memory / "card/a").path(), (memory / "away").path());
-                         fs::create_symlink("nowhere", (memory / "card/a").path());
-                     }});
-        const auto found = entriesBelow(memory / "card", isMovie, FixedWalkers(1));
-        return std::pair(found.size(), faults::disarm().size());
-    };
-    const auto [whole, calls] = countBefore(0);
-    ASSERT_EQ(whole, 2U);
-    std::size_t fewest = whole;
-    for (std::size_t number = 1; number <= calls; ++number) {
-        const std::size_t count = countBefore(number).first;
-        EXPECT_GE(count, 1U) << number;
-        fewest = std::min(fewest, count);
-    }
-    EXPECT_EQ(fewest, 1U);
-}
-
-/// Far below, folders are closed while others are read, and found again by their path.
-TEST(WalkInterference, neverMixesAFolderWithOneThatTakesItsPlace)
-{
-    const TemporaryFolder memory("/dev/shm");
-    const auto isMovie = [](std::string_view name) { return name.ends_with(".mov"); };
-    std::string deep = "card";
-    for (int depth = 0; depth < 40; ++depth) {
-        deep += "/d";
-        for (const char* waiting : {"/a", "/z"})
-            memory.folder(deep + waiting);
-    }
-    const auto fill = [&](const std::string& folder, const std::string& name) {
-        fs::remove_all((memory / folder).path());
-        for (const char* below : {"/a/", "/b/", "/c/"})
-            memory.file(folder + below + name);
-    };
-    std::size_t failures = 0;
-    std::size_t calls = 1;
-    for (std::size_t number = 0; number <= calls; ++number) {
-        fill(deep, "old.mov");
-        fill("other", "new.mov");
-        fs::remove_all((memory / "away").path());
-        faults::arm({.occurrence = number, .deed = [&] {
-                         fs::rename((memory / deep).path(), (memory / "away").path());
-                         fs::rename((memory / "other").path(), (memory / deep).path());
-                     }});
-        std::map<std::string, int> found;
-        try {
-            for (const auto& entry : entriesBelow(memory / "card", isMovie, FixedWalkers(1)))
-                ++found[std::string(entry.url.lastPathComponent())];
-        } catch (const FileError& error) {
-            ++failures;
-            EXPECT_EQ(error.code(), ENOENT);
-            found.clear();
-        }
-        const auto made = faults::disarm();
-        calls = number == 0 ? made.size() : calls;
-        EXPECT_TRUE(found.count("old.mov") == 0 || found.count("new.mov") == 0) << number << " of " << calls;
-        EXPECT_TRUE(found.empty() || found.begin()->second == 3) << number << " of " << calls;
-    }
-    EXPECT_GT(failures, 0U);
 }
 
 } // namespace
