@@ -17,7 +17,7 @@ const char* const screens = R"({"screens": [
     {"name": "full", "x": 0, "y": 0, "width": 1920, "height": 1080},
     {"name": "laptop", "x": 2000, "y": 0, "width": 1366, "height": 768},
     {"name": "tall", "x": 4000, "y": 0, "width": 3000, "height": 3000},
-    {"name": "sharp", "x": 8000, "y": 0, "width": 1920, "height": 1080, "dpr": 2}]})";
+    {"name": "uneven", "x": 8000, "y": 0, "width": 3000, "height": 3000, "dpr": 1.5}]})";
 
 } // namespace
 

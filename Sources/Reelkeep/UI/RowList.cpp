@@ -143,11 +143,14 @@ void RowList::paintEvent(QPaintEvent*)
     paint(painter, viewport()->rect(), ground, appearance);
     painter.setClipPath(roundedOutline(painter, viewport()->rect(), 8, hairline(painter)));
 
-    const QColor separator = Tint::primary(0.08).resolved(appearance);
+    const Background separator{.fill = Tint::primary(0.08)};
     const int first = rowAt({0, std::max(0, padding - verticalScrollBar()->value())});
-    for (int row = std::max(1, first); row < int(count) && rowRect(row).top() < viewport()->height(); ++row)
-        painter.fillRect(QRectF(padding, rowRect(row).top(), rowRect(row).width(), hairline(painter)), separator);
+    for (int row = std::max(1, first); row < int(count) && rowRect(row).top() < viewport()->height(); ++row) {
+        const QRectF line(padding, rowRect(row).top(), rowRect(row).width(), hairline(painter));
+        paint(painter, line, separator, appearance);
+    }
     if (current >= 0 && hasFocus()) {
+        painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(appearance.focusRing(), 2));
         painter.drawPath(roundedOutline(painter, rowRect(current), 6, 1));
     }

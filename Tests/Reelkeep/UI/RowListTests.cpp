@@ -1,9 +1,11 @@
+#include "Fixtures/Desktops.h"
 #include "Fixtures/Widgets.h"
 #include "UI/RowList.h"
 #include "UI/TextWidget.h"
 
 #include <QApplication>
 #include <QClipboard>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
@@ -197,7 +199,10 @@ TEST_F(Rows, showWhichOneIsCurrentWhileTheListHasTheFocus)
     list.clearFocus();
     const QImage without = picture(list);
     list.setFocus();
-    EXPECT_NE(without, picture(list));
+    const QImage with = picture(list);
+    EXPECT_NE(without, with);
+    const QPoint inside = list.rowRect(0).center();
+    EXPECT_EQ(with.pixelColor(inside), without.pixelColor(inside)) << "a ring, not a filled plate";
 }
 
 TEST_F(Rows, areAsTallAsTheOneThatNeedsMost)
@@ -220,6 +225,25 @@ TEST_F(Rows, areAsTallAsTheOneThatNeedsMost)
     wrapping.resize(600, 220);
     EXPECT_LT(wrapping.rowRect(0).height(), narrow);
     EXPECT_GT(wrapping.rowRect(0).height(), 49);
+}
+
+TEST_F(Rows, areSetApartByLinesOnWholePixels)
+{
+    RowList onUnevenScreen({.makeRow = [this] { return makeRow(); },
+                            .description = [](std::size_t) { return QString(); },
+                            .copiedText = [](std::size_t) { return QString(); }});
+    onUnevenScreen.setGeometry({screenNamed("uneven")->geometry().topLeft(), QSize(600, 220)});
+    onUnevenScreen.show();
+    onUnevenScreen.reload(4, 0);
+    const QImage image = picture(onUnevenScreen);
+    ASSERT_EQ(image.height(), 330);
+    const auto at = [&image](int y) { return image.pixelColor(750, y); };
+    std::vector<QColor> lines;
+    for (int y = 30; y < 300; ++y) {
+        if (at(y) != at(30))
+            lines.push_back(at(y));
+    }
+    EXPECT_EQ(lines, std::vector<QColor>(3, lines.at(0)));
 }
 
 TEST_F(Rows, fillATallerList)
