@@ -7,6 +7,7 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <cmath>
 
 namespace reelkeep {
 
@@ -39,7 +40,11 @@ void ScrollingWindow::openAtFirstSize()
 {
     const QSize room = screen()->availableSize() - frame;
     const int width = std::min(firstWidth, room.width());
-    const int height = std::min(area->widget()->heightForWidth(width), room.height());
+    // Where a point is not a whole number of pixels the desktop may round the height down, and there would be something
+    // to scroll; a point to spare prevents that.
+    const double ratio = screen()->devicePixelRatio();
+    const int spare = ratio == std::floor(ratio) ? 0 : 1;
+    const int height = std::min(area->widget()->heightForWidth(width) + spare, room.height());
     resize(QSize(width, height).expandedTo(minimumSize()));
     show();
     // Nothing is pressed by accident, and no ring is drawn, until the user reaches for the Tab key.

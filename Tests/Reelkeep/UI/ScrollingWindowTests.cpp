@@ -45,6 +45,11 @@ TEST(ScrollingWindow, opensAsTallAsItsContentWhereTheScreenAllows)
     EXPECT_EQ(firstSize(1709, "tall"), QSize(1148, 1709));
 }
 
+TEST(ScrollingWindow, opensWithAPointToSpareWhereTheDesktopMayRoundTheHeightDown)
+{
+    EXPECT_EQ(firstSize(1709, "uneven"), QSize(1148, 1710));
+}
+
 TEST(ScrollingWindow, opensNoTallerThanTheScreen)
 {
     const QSize full = firstSize(1709, "full");
