@@ -244,7 +244,8 @@ void StackLayout::placeRow(const Arrangement& chosen, const QRect& rect)
         const int width = widthsOfRow[index];
         const int height =
             expands(row[index], Qt::Vertical) ? rect.height() : std::min(heightAt(row[index], width), rect.height());
-        const int y = chosen.alignment == Qt::AlignCenter ? (rect.height() - height) / 2 : 0;
+        // The odd point goes above: the middle of the letters is below that of their line.
+        const int y = chosen.alignment == Qt::AlignCenter ? (rect.height() - height + 1) / 2 : 0;
         row[index]->setGeometry(QRect(x, rect.top() + y, width, height));
         x += width + chosen.spacing;
     }

@@ -211,6 +211,15 @@ TEST(StackLayout, centresTheChildrenOfARowWhenAsked)
     EXPECT_EQ(stack.tops(), (Numbers{0, 15}));
 }
 
+TEST(StackLayout, centresWithTheOddPointAbove)
+{
+    StackOf stack({centredRow});
+    stack.add(new Block(50, 20, 15));
+    stack.add(new Block(50, 20, 8));
+    stack.place(400, 15);
+    EXPECT_EQ(stack.tops(), (Numbers{0, 4}));
+}
+
 TEST(StackLayout, putsTheChildrenOfAColumnAtTheLeadingEdge)
 {
     StackOf stack({column});
