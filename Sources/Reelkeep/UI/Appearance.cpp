@@ -218,6 +218,11 @@ double textScale()
     return std::max(1.0, QFontInfo(QApplication::font()).pixelSize() / bodySize);
 }
 
+int besideText(double points)
+{
+    return int(std::lround(points * textScale()));
+}
+
 QFont TypeStyle::font() const
 {
     QFont font = monospaced ? QFontDatabase::systemFont(QFontDatabase::FixedFont) : QApplication::font();

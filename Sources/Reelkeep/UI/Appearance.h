@@ -131,6 +131,9 @@ struct TypeStyle {
 /// How much larger than designed texts are drawn: the user's font size to the design's body size, never below 1.
 double textScale();
 
+/// A measure of the design that grows with the texts it stands beside. Device-independent pixels.
+int besideText(double points);
+
 namespace type {
 inline constexpr TypeStyle body{};
 inline constexpr TypeStyle headline{.weight = QFont::DemiBold};

@@ -17,13 +17,21 @@ namespace {
 
 constexpr int controlHeight = 28;
 constexpr int controlRadius = 6;
-constexpr int largeSymbolWidth = 17;
-constexpr QSize switchSize(38, 22);
 constexpr int gap = 8;
 constexpr int barSteps = 10'000;
 
 /// Texts of controls break between words; `&` is a letter like any other.
 constexpr int wrapped = Qt::TextWordWrap | Qt::AlignCenter;
+
+int largeSymbolWidth()
+{
+    return besideText(17);
+}
+
+QSize switchSize()
+{
+    return {besideText(38), besideText(22)};
+}
 
 QSizePolicy huggingPolicy()
 {
@@ -86,7 +94,7 @@ QMargins Button::margins() const
 
 int Button::leadingWidth() const
 {
-    return largeSymbol.isEmpty() ? 0 : largeSymbolWidth + gap;
+    return largeSymbol.isEmpty() ? 0 : largeSymbolWidth() + gap;
 }
 
 QRect Button::textRect(int width) const
@@ -144,7 +152,7 @@ void Button::paintEvent(QPaintEvent*)
     const int textWidth = textRect(width()).width();
     int left = (width() - textWidth - leadingWidth()) / 2;
     if (!largeSymbol.isEmpty()) {
-        const QSizeF size = symbolSize(largeSymbol, largeSymbolWidth);
+        const QSizeF size = symbolSize(largeSymbol, largeSymbolWidth());
         painter.drawPixmap(QPointF(left, (height() - size.height()) / 2),
                            symbolPixmap(largeSymbol, size, label, devicePixelRatioF()));
         left += leadingWidth();
@@ -178,24 +186,25 @@ Switch::Switch(const QString& label, QWidget* parent) : QCheckBox(label, parent)
 
 QRect Switch::textRect(int width) const
 {
-    const int room = std::max(1, width - gap - switchSize.width() - 6);
+    const int room = std::max(1, width - gap - switchSize().width() - 6);
     return QFontMetrics(type::body.font()).boundingRect(QRect(0, 0, room, QWIDGETSIZE_MAX), Qt::TextWordWrap, text());
 }
 
 QSize Switch::sizeHint() const
 {
-    const int width = QFontMetrics(type::body.font()).horizontalAdvance(text()) + 1 + gap + switchSize.width() + 6;
+    const int width = QFontMetrics(type::body.font()).horizontalAdvance(text()) + 1 + gap + switchSize().width() + 6;
     return {width, heightForWidth(width)};
 }
 
 QSize Switch::minimumSizeHint() const
 {
-    return {widestWord(QFontMetrics(type::body.font()), text()) + gap + switchSize.width() + 6, switchSize.height()};
+    return {widestWord(QFontMetrics(type::body.font()), text()) + gap + switchSize().width() + 6,
+            switchSize().height()};
 }
 
 int Switch::heightForWidth(int width) const
 {
-    return std::max(switchSize.height(), textRect(width).height());
+    return std::max(switchSize().height(), textRect(width).height());
 }
 
 void Switch::paintEvent(QPaintEvent*)
@@ -207,19 +216,20 @@ void Switch::paintEvent(QPaintEvent*)
     painter.setFont(type::body.font());
     painter.drawText(QRect(0, 0, words.width() + 1, height()), Qt::TextWordWrap | Qt::AlignVCenter, text());
 
-    const int top = (height() - switchSize.height()) / 2; // on a whole pixel
-    const QRectF track(words.width() + 1 + gap, top, switchSize.width(), switchSize.height());
+    const QSize size = switchSize();
+    const int top = (height() - size.height()) / 2; // on a whole pixel
+    const QRectF track(words.width() + gap, top, size.width(), size.height());
     const bool on = isChecked();
     const Tint off = Tint::of(appearance.primary(), appearance.isDark() ? 0.18 : 0.14);
     const Tint fill = on ? Tint::of(accent::analysisBlue) : off;
     paint(painter, track,
           {.fill = fill,
            .stroke = appearance.isHighContrast() ? Tint::primary(1) : Tint::none(),
-           .radius = switchSize.height() / 2.0},
+           .radius = size.height() / 2.0},
           appearance);
     painter.setPen(Qt::NoPen);
     painter.setBrush(on || !appearance.isDark() ? QColor(Qt::white) : QColor(244, 244, 244));
-    const double knob = switchSize.height() - 4;
+    const double knob = size.height() - 4;
     painter.drawEllipse(QRectF(on ? track.right() - 2 - knob : track.left() + 2, track.top() + 2, knob, knob));
     if (hasFocus()) {
         painter.setBrush(Qt::NoBrush);
@@ -244,7 +254,7 @@ QSize PopUp::sizeHint() const
     int widest = 0;
     for (int index = 0; index < count(); ++index)
         widest = std::max(widest, metrics.horizontalAdvance(itemText(index)));
-    return {widest + 40, std::max(controlHeight, int(type::body.height()) + 12)};
+    return {widest + besideText(40), std::max(controlHeight, int(type::body.height()) + 12)};
 }
 
 QSize PopUp::minimumSizeHint() const
@@ -264,16 +274,17 @@ void PopUp::paintEvent(QPaintEvent*)
           appearance);
     painter.setPen(appearance.primary());
     painter.setFont(type::body.font());
-    const QRect words = rect().adjusted(10, 0, -24, 0);
+    const double scale = textScale();
+    const QRect words = rect().adjusted(10, 0, -besideText(24), 0);
     painter.drawText(words, Qt::AlignVCenter | Qt::TextSingleLine,
                      painter.fontMetrics().elidedText(currentText(), Qt::ElideMiddle, words.width()));
-    const QPointF middle(width() - 11.5, height() / 2.0);
+    painter.save();
+    painter.translate(width() - 11.5 * scale, height() / 2.0);
+    painter.scale(scale, scale);
     painter.setPen(QPen(appearance.primary(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    for (const double side : {-1.0, 1.0}) {
-        const double tip = middle.y() + side * 5;
-        painter.drawPolyline(
-            QPolygonF({{middle.x() - 3, tip - side * 3}, {middle.x(), tip}, {middle.x() + 3, tip - side * 3}}));
-    }
+    for (const double side : {-1.0, 1.0})
+        painter.drawPolyline(QPolygonF({{-3, side * 2}, {0, side * 5}, {3, side * 2}}));
+    painter.restore();
     paintFocusRing(painter, this, controlRadius);
 }
 

@@ -36,12 +36,12 @@ RowList::RowList(Source rowSource, QWidget* parent) : QAbstractScrollArea(parent
 
 QSize RowList::sizeHint() const
 {
-    return {minimumListHeight, minimumListHeight};
+    return {minimumListHeight, besideText(minimumListHeight)};
 }
 
 QSize RowList::minimumSizeHint() const
 {
-    return {minimumListHeight / 2, minimumListHeight};
+    return {minimumListHeight / 2, besideText(minimumListHeight)};
 }
 
 void RowList::reload(std::size_t newCount, std::size_t tallest)

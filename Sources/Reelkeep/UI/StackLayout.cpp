@@ -1,5 +1,7 @@
 #include "UI/StackLayout.h"
 
+#include "UI/Appearance.h"
+
 #include <QSpacerItem>
 #include <QWidget>
 
@@ -186,7 +188,8 @@ int StackLayout::innerHeight(int width) const
 int StackLayout::heightForWidth(int width) const
 {
     const QMargins margins = contentsMargins();
-    return std::max(innerHeight(innerWidth(width)), minimumContentHeight) + margins.top() + margins.bottom();
+    return std::max(innerHeight(innerWidth(width)), besideText(minimumContentHeight)) + margins.top() +
+           margins.bottom();
 }
 
 QSize StackLayout::sizeHint() const

@@ -35,7 +35,7 @@ public:
     /// Wider than this, the stack stays at the leading edge. Device-independent pixels.
     void setMaximumContentWidth(int width) { maximumContentWidth = width; }
 
-    /// Lower than this, a column keeps the room and stands in its middle. Device-independent pixels.
+    /// Lower than this, a column keeps the room and stands in its middle. Design points: it grows with the user's font.
     void setMinimumContentHeight(int height) { minimumContentHeight = height; }
 
     void addItem(QLayoutItem* item) override;

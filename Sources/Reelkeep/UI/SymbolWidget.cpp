@@ -81,16 +81,21 @@ void SymbolWidget::setFrameWidth(int width)
     updateGeometry();
 }
 
+QSizeF SymbolWidget::drawnSize() const
+{
+    return symbolSize(name, besideText(symbolWidth));
+}
+
 QSize SymbolWidget::sizeHint() const
 {
-    const QSizeF size = symbolSize(name, symbolWidth);
-    return {std::max(frameWidth, int(std::ceil(size.width()))), int(std::ceil(size.height()))};
+    const QSizeF size = drawnSize();
+    return {std::max(besideText(frameWidth), int(std::ceil(size.width()))), int(std::ceil(size.height()))};
 }
 
 void SymbolWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const QSizeF size = symbolSize(name, symbolWidth);
+    const QSizeF size = drawnSize();
     const QPointF corner((width() - size.width()) / 2, (height() - size.height()) / 2);
     painter.drawPixmap(corner, symbolPixmap(name, size, color.resolved(Appearance::of(this)), devicePixelRatioF()));
 }

@@ -14,7 +14,8 @@ QPixmap symbolPixmap(const QString& name, QSizeF size, const QColor& color, doub
 /// The size of a symbol of that width, in design points.
 QSizeF symbolSize(const QString& name, double width);
 
-/// A symbol drawn in a colour of the palette or an accent. It is decoration: screen readers pass over it.
+/// A symbol drawn in a colour of the palette or an accent, which grows with the texts beside it. It is decoration:
+/// screen readers pass over it.
 class SymbolWidget : public QWidget {
     Q_OBJECT
 
@@ -32,6 +33,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QSizeF drawnSize() const;
+
     QString name;
     double symbolWidth;
     TextColor color;

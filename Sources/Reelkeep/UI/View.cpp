@@ -10,7 +10,6 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 
 namespace reelkeep {
@@ -24,11 +23,7 @@ public:
     {
         setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     }
-    QSize sizeHint() const override
-    {
-        const int side = int(std::lround(diameter * textScale()));
-        return {side, side};
-    }
+    QSize sizeHint() const override { return {besideText(diameter), besideText(diameter)}; }
     QSize minimumSizeHint() const override { return sizeHint(); }
     bool hasHeightForWidth() const override { return false; }
 

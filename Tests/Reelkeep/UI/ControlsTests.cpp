@@ -210,7 +210,8 @@ TEST(Switch, growsWithTheUsersFont)
     Switch& toggle = shownIn(window, new Switch(QStringLiteral("Mantener estructura de carpetas")));
     const int width = toggle.sizeHint().width();
     const FontChange change(designFont(2));
-    EXPECT_GT(toggle.sizeHint().width(), 1.7 * width);
+    EXPECT_GT(toggle.sizeHint().width(), 1.9 * width);
+    EXPECT_EQ(toggle.sizeHint().height(), 44);
 }
 
 TEST(PopUp, showsNothingWhileNothingIsChosen)

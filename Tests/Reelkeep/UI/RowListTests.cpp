@@ -227,6 +227,13 @@ TEST_F(Rows, areAsTallAsTheOneThatNeedsMost)
     EXPECT_GT(wrapping.rowRect(0).height(), 49);
 }
 
+TEST_F(Rows, areSeveralInViewWithALargeFontToo)
+{
+    EXPECT_EQ(list.minimumSizeHint().height(), 220);
+    const FontChange change(designFont(2));
+    EXPECT_EQ(list.minimumSizeHint().height(), 440);
+}
+
 TEST_F(Rows, areSetApartByLinesOnWholePixels)
 {
     RowList onUnevenScreen({.makeRow = [this] { return makeRow(); },

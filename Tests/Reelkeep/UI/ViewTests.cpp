@@ -230,6 +230,14 @@ TEST_F(CircleView, growsWithTheUsersFont)
     EXPECT_NE(picture(circle).pixelColor(5, 5), QColor(Qt::red)) << "still round";
 }
 
+TEST(SymbolView, growsWithTheUsersFont)
+{
+    const Shown shown{Symbol("down", 26, {TextColor::Level::primary, {}}, 30)};
+    EXPECT_EQ(shown.widget->sizeHint(), QSize(30, 26));
+    const FontChange change(designFont(2));
+    EXPECT_EQ(shown.widget->sizeHint(), QSize(60, 52));
+}
+
 class ForEachView : public testing::Test {
 protected:
     View make()
