@@ -87,16 +87,17 @@ View ContentView::summaryCard(const SummaryCard& card)
 View ContentView::missingFilesList()
 {
     const auto hasScanned = [this] { return session.lastScanDate().has_value(); };
-    View heading = HStack({.alignment = Qt::AlignCenter}, {
-                                                              Text(tr("Videos pendientes")).title3(),
-                                                              Spacer(),
-                                                              Text([this] {
-                                                                  const auto& date = session.lastScanDate();
-                                                                  return date ? dateText(*date) : QString();
-                                                              })
-                                                                  .secondary()
-                                                                  .visible(hasScanned),
-                                                          });
+    View heading =
+        HStack({.alignment = Qt::AlignCenter, .staysReadable = true}, {
+                                                                          Text(tr("Videos pendientes")).title3(),
+                                                                          Spacer(),
+                                                                          Text([this] {
+                                                                              const auto& date = session.lastScanDate();
+                                                                              return date ? dateText(*date) : QString();
+                                                                          })
+                                                                              .secondary()
+                                                                              .visible(hasScanned),
+                                                                      });
     View list = List<VideoList>(tr("Videos pendientes"),
                                 {.items = [this] { return session.missingVideos(); },
                                  .row = [this](const auto& video) { return missingFileRow(video); },

@@ -88,7 +88,7 @@ View ContentView::selectionCard(const SelectionCard& card)
         return isChosen() ? tr("Ubicacion lista para analizar.") : tr("Aun no has elegido esta ubicacion.");
     };
 
-    View heading = HStack({.alignment = Qt::AlignCenter},
+    View heading = HStack({.alignment = Qt::AlignCenter, .staysReadable = true},
                           {
                               VStack({.spacing = 6},
                                      {
@@ -105,12 +105,12 @@ View ContentView::selectionCard(const SelectionCard& card)
                    Text(name).font(18, 22, QFont::DemiBold),
                    Text(pathLine).monospacedCaption().secondary().lineLimit(3).selectable(isChosen),
                });
-    View bottom =
-        HStack({.alignment = Qt::AlignCenter}, {
-                                                   Text(stateLine).caption().secondary(),
-                                                   Spacer(),
-                                                   ProminentButton(card.buttonTitle, card.accent, card.action),
-                                               });
+    View bottom = HStack({.alignment = Qt::AlignCenter, .staysReadable = true},
+                         {
+                             Text(stateLine).caption().secondary(),
+                             Spacer(),
+                             ProminentButton(card.buttonTitle, card.accent, card.action),
+                         });
     const Background tile{.fill = Tint::of(card.accent, 0.95), .fillEnd = Tint::of(card.accent, 0.45), .radius = 18};
     return HStack({.spacing = 16, .padding = Padding::all(18), .background = sectionPanel()},
                   {
@@ -142,20 +142,21 @@ View ContentView::destinationReviewFoldersSection()
 {
     const auto isReviewed = [this] { return !session.effectiveDestinationReviewFolders().empty(); };
     View heading =
-        HStack({}, {
-                       VStack({},
-                              {
-                                  Text(tr("Paso 3")).font(12, 15, QFont::Bold).color(accent::reviewOrange),
-                                  Text(tr("Ubicaciones a revisar")).title3(),
-                                  Text(tr("Busca los videos de la camara en uno o varios HDs o carpetas. El HD de "
-                                          "copia se incluye tambien en la revision."))
-                                      .secondary(),
-                              }),
-                       Spacer(),
-                       selectionStateBadge(isReviewed, accent::reviewOrange),
-                   });
+        HStack({.staysReadable = true},
+               {
+                   VStack({},
+                          {
+                              Text(tr("Paso 3")).font(12, 15, QFont::Bold).color(accent::reviewOrange),
+                              Text(tr("Ubicaciones a revisar")).title3(),
+                              Text(tr("Busca los videos de la camara en uno o varios HDs o carpetas. El HD de "
+                                      "copia se incluye tambien en la revision."))
+                                  .secondary(),
+                          }),
+                   Spacer(),
+                   selectionStateBadge(isReviewed, accent::reviewOrange),
+               });
     View buttons =
-        HStack({.spacing = 8, .alignment = Qt::AlignCenter},
+        HStack({.spacing = 8, .alignment = Qt::AlignCenter, .staysReadable = true},
                {
                    PushButton(tr("Usar solo HD de copia"), [this] { session.useOnlyCopyDestinationForReview(); })
                        .enabled([this] { return session.copyDestinationFolder().has_value(); }),
@@ -181,6 +182,7 @@ View ContentView::reviewSummaryPanel()
 {
     const auto count = [this] { return session.effectiveDestinationReviewFolders().size(); };
     return HStack({.alignment = Qt::AlignCenter,
+                   .staysReadable = true,
                    .padding = Padding::all(14),
                    .background = tinted(accent::reviewOrange, 0.08, 0.16)},
                   {
@@ -214,26 +216,35 @@ View ContentView::reviewRow(const ReviewRow& row)
 {
     const QString name = displayText(row.folder.name());
     const QString path = displayText(row.folder.path());
-    std::vector<View> parts = {
-        row.isCopyDestination ? Symbol("drive-check", 20, {TextColor::Level::accent, accent::copyGreen}, 24)
-                              : Symbol("drive", 18, {TextColor::Level::secondary, {}}, 24),
-        VStack({.spacing = 3}, {Text(name).headline(), Text(path).monospacedCaption().secondary().selectable()}),
-    };
+    View texts = VStack({.spacing = 3}, {
+                                            Text(name).headline(),
+                                            Text(path).monospacedCaption().secondary().selectable(),
+                                        });
+    std::vector<View> controls;
     if (row.isCopyDestination) {
-        parts.push_back(HStack({.padding = Padding::symmetric(8, 5),
-                                .background = Background{.fill = Tint::of(accent::copyGreen, 0.14), .radius = 99}},
-                               {Text(tr("Copia")).font(11, 14, QFont::Bold).color(accent::copyGreen)}));
+        controls.push_back(HStack({.padding = Padding::symmetric(8, 5),
+                                   .background = Background{.fill = Tint::of(accent::copyGreen, 0.14), .radius = 99}},
+                                  {Text(tr("Copia")).font(11, 14, QFont::Bold).color(accent::copyGreen)}));
     }
-    parts.push_back(PushButton(tr("Quitar"), [this, folder = row.folder] {
-                        session.removeDestinationReviewFolder(folder);
-                    }).enabled([isCopyDestination = row.isCopyDestination] {
-                          return !isCopyDestination;
-                      }).accessibleDescription(path));
+    controls.push_back(PushButton(tr("Quitar"), [this, folder = row.folder] {
+                           session.removeDestinationReviewFolder(folder);
+                       }).enabled([isCopyDestination = row.isCopyDestination] {
+                             return !isCopyDestination;
+                         }).accessibleDescription(path));
     return HStack({.spacing = 12,
                    .alignment = Qt::AlignCenter,
                    .padding = Padding::all(12),
                    .background = Background{.fill = Tint::white(0.04), .stroke = Tint::secondary(0.12), .radius = 12}},
-                  std::move(parts))
+                  {
+                      row.isCopyDestination
+                          ? Symbol("drive-check", 20, {TextColor::Level::accent, accent::copyGreen}, 24)
+                          : Symbol("drive", 18, {TextColor::Level::secondary, {}}, 24),
+                      HStack({.spacing = 12, .alignment = Qt::AlignCenter, .staysReadable = true},
+                             {
+                                 std::move(texts),
+                                 HStack({.spacing = 12, .alignment = Qt::AlignCenter}, std::move(controls)),
+                             }),
+                  })
         .accessibleName(row.isCopyDestination ? QStringLiteral("%1, %2, %3").arg(name, path, tr("Copia"))
                                               : QStringLiteral("%1, %2").arg(name, path));
 }

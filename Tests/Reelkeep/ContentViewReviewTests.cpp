@@ -1,3 +1,4 @@
+#include "Fixtures/Desktops.h"
 #include "Fixtures/WindowTest.h"
 
 #include <QAccessible>
@@ -21,8 +22,15 @@ protected:
     {
         QList<QStringList> found;
         for (const Button* remove : removeButtons())
-            found.append(shownWords(*remove->parentWidget()));
+            found.append(shownWords(rowOf(*remove)));
         return found;
+    }
+    static const QWidget& rowOf(const Button& remove)
+    {
+        const QWidget* row = remove.parentWidget();
+        while (row->accessibleName().isEmpty())
+            row = row->parentWidget();
+        return *row;
     }
     std::vector<Button*> removeButtons() const
     {
@@ -166,6 +174,40 @@ TEST_F(ReviewLocations, moveTheTagWithTheCopyDestination)
                                   {QStringLiteral("A"), QStringLiteral("/media/ana/A")}}));
     EXPECT_FALSE(removeButtons()[0]->isEnabled());
     EXPECT_TRUE(removeButtons()[1]->isEnabled());
+}
+
+TEST_F(ReviewLocations, haveTheirTagAndButtonBelowTheirNameWhereTheFontLeavesNoRoomBesideIt)
+{
+    chooseDestination("/media/ana/Archivo 2026");
+    resize(480, 1000);
+    const auto standsBelow = [this] {
+        const QWidget& row = rowOf(*removeButtons()[0]);
+        const TextWidget* path = shownTexts(row)[1];
+        return removeButtons()[0]->mapTo(&row, QPoint()).y() >= path->mapTo(&row, path->rect().bottomLeft()).y();
+    };
+    EXPECT_FALSE(standsBelow());
+    const FontChange change(designFont(2));
+    settle();
+    EXPECT_TRUE(standsBelow());
+    EXPECT_EQ(shownTexts(rowOf(*removeButtons()[0]))[0]->height(), 32) << "the name in one line";
+}
+
+TEST_F(ReviewLocations, keepANameWithoutSpacesInsideTheirRow)
+{
+    const std::string name(200, 'x');
+    addReviewFolders({"/media/ana/" + name});
+    for (const double scale : {1.0, 2.0}) {
+        const FontChange change(designFont(scale));
+        for (const int width : {480, 760, 1148}) {
+            resize(width, 1000);
+            const QWidget& row = rowOf(*removeButtons()[0]);
+            EXPECT_LE(row.mapTo(content, row.rect().bottomRight()).x(), width - 24 - 18) << scale;
+            for (const TextWidget* text : shownTexts(row)) {
+                EXPECT_FALSE(text->isCut()) << width << " at " << scale;
+                EXPECT_LE(text->mapTo(&row, text->rect().bottomRight()).x(), row.width() - 12) << width;
+            }
+        }
+    }
 }
 
 TEST_F(ReviewLocations, differByLetterCase)

@@ -24,8 +24,9 @@ protected:
     static std::string nameOf(QWidget& widget)
     {
         const auto* words = qobject_cast<TextWidget*>(&widget);
+        const QString name = words ? words->text() : spokenName(widget);
         return std::string(widget.metaObject()->className()) + " \"" +
-               (words ? words->text() : spokenName(widget)).toStdString() + "\"";
+               (name.isEmpty() ? shownWords(widget).join(QStringLiteral(" | ")) : name).toStdString() + "\"";
     }
     void expectNothingClippedOrOverlapping() const
     {
@@ -46,9 +47,14 @@ protected:
     {
         const auto* words = qobject_cast<TextWidget*>(&widget);
         EXPECT_FALSE(words && words->isCut()) << nameOf(widget);
+        EXPECT_FALSE(words && breaksAWord(*words)) << nameOf(widget);
         EXPECT_GE(widget.width(), widget.minimumSizeHint().width()) << nameOf(widget);
         if (widget.hasHeightForWidth() && !widget.layout()) {
             EXPECT_GE(widget.height(), widget.heightForWidth(widget.width())) << nameOf(widget);
+        }
+        const auto* button = qobject_cast<Button*>(&widget);
+        if (button && button->sizePolicy().horizontalPolicy() != QSizePolicy::Expanding) {
+            EXPECT_EQ(button->height(), button->sizeHint().height()) << nameOf(widget) << " wraps";
         }
     }
     static void expectApartFromSiblings(QWidget& widget)
@@ -105,8 +111,8 @@ TEST_P(EveryRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
 
 INSTANTIATE_TEST_SUITE_P(Rooms, EveryRoom,
                          testing::Values(Room{480, 1.0}, Room{760, 1.0}, Room{1148, 1.0}, Room{1600, 1.0},
-                                         Room{480, 1.5}, Room{1148, 1.5}, Room{480, 2.0}, Room{760, 2.0},
-                                         Room{1148, 2.0}));
+                                         Room{480, 1.5}, Room{760, 1.5}, Room{1148, 1.5}, Room{480, 2.0},
+                                         Room{760, 2.0}, Room{1148, 2.0}));
 
 } // namespace
 } // namespace reelkeep

@@ -262,6 +262,12 @@ QSize PopUp::minimumSizeHint() const
     return {80, sizeHint().height()};
 }
 
+int PopUp::readableWidth() const
+{
+    // Longer names are rather cut in their middle than make the label before them wrap.
+    return std::min(sizeHint().width(), besideText(160));
+}
+
 void PopUp::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UI/Appearance.h"
+#include "UI/Readable.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -12,7 +13,7 @@
 namespace reelkeep {
 
 /// A push button; with a tint a prominent one. Its text wraps where the window is too narrow for it.
-class Button : public QPushButton {
+class Button : public QPushButton, public Readable {
     Q_OBJECT
 
 public:
@@ -26,6 +27,7 @@ public:
     QSize minimumSizeHint() const override;
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
+    int readableWidth() const override { return sizeHint().width(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -62,7 +64,7 @@ private:
 };
 
 /// A pop-up menu of choices. With nothing chosen it shows nothing. The wheel scrolls the window, not the choice.
-class PopUp : public QComboBox {
+class PopUp : public QComboBox, public Readable {
     Q_OBJECT
 
 public:
@@ -70,6 +72,7 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
+    int readableWidth() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;

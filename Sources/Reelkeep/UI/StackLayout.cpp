@@ -24,6 +24,25 @@ bool expands(QLayoutItem* item, Qt::Orientation axis)
     return item->expandingDirections().testFlag(axis);
 }
 
+int idealWidthOf(QLayoutItem* item)
+{
+    return item->sizeHint().width();
+}
+
+int minimumWidthOf(QLayoutItem* item)
+{
+    return item->minimumSize().width();
+}
+
+int readableWidthOf(QLayoutItem* item)
+{
+    const QWidget* widget = item->widget();
+    const auto* readable = dynamic_cast<const Readable*>(widget);
+    if (!readable && widget)
+        readable = dynamic_cast<const Readable*>(widget->layout());
+    return std::max(minimumWidthOf(item), readable ? readable->readableWidth() : 0);
+}
+
 int maximumWidth(QLayoutItem* item)
 {
     return expands(item, Qt::Horizontal) ? QWIDGETSIZE_MAX : item->sizeHint().width();
@@ -53,7 +72,7 @@ StackLayout::~StackLayout()
 
 void StackLayout::addSpacer()
 {
-    addItem(new QSpacerItem(spacerMinimum, 0, QSizePolicy::Expanding, QSizePolicy::Minimum));
+    addItem(new QSpacerItem(spacerMinimum, 0, QSizePolicy::MinimumExpanding, QSizePolicy::Minimum));
 }
 
 void StackLayout::addItem(QLayoutItem* item)
@@ -72,11 +91,13 @@ QLayoutItem* StackLayout::takeAt(int index)
     return index >= 0 && index < items.size() ? items.takeAt(index) : nullptr;
 }
 
-std::vector<QLayoutItem*> StackLayout::shown() const
+/// The children that take part in an arrangement. Room that pushes neighbours apart has no place in a column.
+std::vector<QLayoutItem*> StackLayout::shown(const Arrangement& arrangement) const
 {
     std::vector<QLayoutItem*> row;
-    std::copy_if(items.begin(), items.end(), std::back_inserter(row),
-                 [](QLayoutItem* item) { return isSpacer(item) || !item->isEmpty(); });
+    std::copy_if(items.begin(), items.end(), std::back_inserter(row), [&arrangement](QLayoutItem* item) {
+        return isSpacer(item) ? arrangement.axis == Qt::Horizontal : !item->isEmpty();
+    });
     return row;
 }
 
@@ -85,54 +106,60 @@ Qt::Orientations StackLayout::expandingDirections() const
     // Every parent asks again and again, so without a memory the question would run through all generations each time.
     if (!expanding) {
         expanding = fillsWidth ? Qt::Horizontal : Qt::Orientations();
-        for (QLayoutItem* item : shown())
+        for (QLayoutItem* item : shown(arrangements.front()))
             *expanding |= item->expandingDirections();
     }
     return *expanding;
 }
 
-int StackLayout::idealWidth(const Arrangement& arrangement) const
+int StackLayout::widthOf(const Arrangement& arrangement, int (*measure)(QLayoutItem*)) const
 {
-    const auto row = shown();
+    const auto row = shown(arrangement);
     int width = arrangement.axis == Qt::Horizontal ? spacingOf(arrangement, row.size()) : 0;
     for (QLayoutItem* item : row) {
-        const int own = item->sizeHint().width();
+        const int own = measure(item);
         width = arrangement.axis == Qt::Horizontal ? width + own : std::max(width, own);
     }
     return width;
 }
 
-int StackLayout::minimumWidth(const Arrangement& arrangement) const
+int StackLayout::idealWidth(const Arrangement& arrangement) const
 {
-    const auto row = shown();
-    int width = arrangement.axis == Qt::Horizontal ? spacingOf(arrangement, row.size()) : 0;
-    for (QLayoutItem* item : row) {
-        const int own = item->minimumSize().width();
-        width = arrangement.axis == Qt::Horizontal ? width + own : std::max(width, own);
-    }
-    return width;
+    return widthOf(arrangement, idealWidthOf);
+}
+
+int StackLayout::readableWidth() const
+{
+    const QMargins margins = contentsMargins();
+    return widthOf(arrangements.back(), readableWidthOf) + margins.left() + margins.right();
+}
+
+bool StackLayout::hasRoom(const Arrangement& arrangement, int width) const
+{
+    // What has its ideal width is readable; only in a tight room words need to be measured.
+    return idealWidth(arrangement) <= width ||
+           (arrangement.room == Arrangement::Room::readable && widthOf(arrangement, readableWidthOf) <= width);
 }
 
 const Arrangement& StackLayout::arrangement(int width) const
 {
-    for (const Arrangement& candidate : arrangements) {
-        if (idealWidth(candidate) <= width)
-            return candidate;
-    }
-    return arrangements.back();
+    return *std::find_if(arrangements.begin(), arrangements.end() - 1,
+                         [&](const Arrangement& candidate) { return hasRoom(candidate, width); });
 }
 
 /// The widths of a row's children. Children are served from the least to the most flexible, each offered an even share
-/// of what is left, so that nobody shrinks while another holds more than it needs; spacers are served last.
+/// of what is left, so that nobody shrinks while another holds more than it needs; spacers are served last. No word is
+/// broken while another child can still give way.
 std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row,
                                      int available) const
 {
     std::vector<int> result(row.size());
     std::vector<std::size_t> order(row.size());
     std::iota(order.begin(), order.end(), 0);
-    const auto flexibility = [&row](std::size_t index) {
-        return maximumWidth(row[index]) - row[index]->minimumSize().width();
-    };
+    const bool staysReadable =
+        idealWidth(arrangement) > available && widthOf(arrangement, readableWidthOf) <= available;
+    const auto least = staysReadable ? readableWidthOf : minimumWidthOf;
+    const auto flexibility = [&row, least](std::size_t index) { return maximumWidth(row[index]) - least(row[index]); };
     std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
         if (isSpacer(row[a]) != isSpacer(row[b]))
             return isSpacer(row[b]);
@@ -142,16 +169,20 @@ std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::
     const auto spacers = int(std::count_if(row.begin(), row.end(), isSpacer));
     int left = available - spacingOf(arrangement, row.size()) - spacers * spacerMinimum;
     int unserved = int(row.size()) - spacers;
+    int leastOfRest = 0;
+    for (QLayoutItem* item : row)
+        leastOfRest += isSpacer(item) ? 0 : least(item);
     for (const std::size_t index : order) {
         QLayoutItem* item = row[index];
         if (isSpacer(item))
             continue;
         int offered = left / unserved;
         // One that lacks only a little of its ideal gets that from those after it, which give way more easily.
-        if (const int wanted = item->sizeHint().width(); unserved > 1 && wanted <= offered + offered / 5)
+        if (const int wanted = idealWidthOf(item); unserved > 1 && wanted <= offered + offered / 5)
             offered = std::max(offered, wanted);
-        result[index] =
-            std::clamp(offered, item->minimumSize().width(), std::max(maximumWidth(item), item->minimumSize().width()));
+        const int own = least(item);
+        leastOfRest -= own;
+        result[index] = std::clamp(std::min(offered, left - leastOfRest), own, std::max(maximumWidth(item), own));
         left -= result[index];
         --unserved;
     }
@@ -171,7 +202,7 @@ int StackLayout::innerWidth(int width) const
 int StackLayout::innerHeight(int width) const
 {
     const Arrangement& chosen = arrangement(width);
-    const auto row = shown();
+    const auto row = shown(chosen);
     int height = 0;
     if (chosen.axis == Qt::Horizontal) {
         const auto widthsOfRow = widths(chosen, row, width);
@@ -207,9 +238,10 @@ QSize StackLayout::minimumSize() const
 {
     if (!minimum.isValid()) {
         const QMargins margins = contentsMargins();
-        int width = minimumWidth(arrangements.back());
+        const Arrangement& narrowest = arrangements.back();
+        const int width = widthOf(narrowest, minimumWidthOf);
         int height = 0;
-        for (QLayoutItem* item : shown())
+        for (QLayoutItem* item : shown(narrowest))
             height = std::max(height, item->minimumSize().height());
         minimum = QSize(width + margins.left() + margins.right(), height + margins.top() + margins.bottom());
     }
@@ -240,7 +272,7 @@ void StackLayout::setGeometry(const QRect& rect)
 
 void StackLayout::placeRow(const Arrangement& chosen, const QRect& rect)
 {
-    const auto row = shown();
+    const auto row = shown(chosen);
     const auto widthsOfRow = widths(chosen, row, rect.width());
     int x = rect.left();
     for (std::size_t index = 0; index < row.size(); ++index) {
@@ -256,7 +288,7 @@ void StackLayout::placeRow(const Arrangement& chosen, const QRect& rect)
 
 void StackLayout::placeColumn(const Arrangement& chosen, const QRect& rect)
 {
-    const auto column = shown();
+    const auto column = shown(chosen);
     const int surplus = rect.height() - innerHeight(rect.width());
     const auto growing =
         int(std::count_if(column.begin(), column.end(), [](QLayoutItem* item) { return expands(item, Qt::Vertical); }));

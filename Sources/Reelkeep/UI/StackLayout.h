@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UI/Readable.h"
+
 #include <QLayout>
 #include <QList>
 #include <QWidget>
@@ -15,15 +17,17 @@ struct Arrangement {
     int spacing = 8;
     /// Across the axis: leading (left, top) or center.
     Qt::AlignmentFlag alignment = Qt::AlignLeading;
+    /// The room it must have to be taken: so much that nothing wraps, or just so much that all stays readable.
+    enum class Room { ideal, readable } room = Room::ideal;
 };
 
 /// A row or a column in which every child has its ideal width where there is room, as with texts that nobody wraps
 /// without need. Room that is left goes to the children that expand, and to spacers only after them; where room lacks,
-/// the children that can shrink share it evenly, but for a little that lets one keep its ideal width. Heights follow
-/// from widths.
+/// the children that can shrink share it evenly, but for a little that lets one keep its ideal width, and for what
+/// keeps all of them readable. Heights follow from widths.
 ///
-/// Given several arrangements it takes the first whose ideal width fits.
-class StackLayout : public QLayout {
+/// Given several arrangements it takes the first that there is room for.
+class StackLayout : public QLayout, public Readable {
 public:
     explicit StackLayout(std::vector<Arrangement> choices);
     ~StackLayout() override;
@@ -55,12 +59,15 @@ public:
     const Arrangement& arrangement(int width) const;
     /// The width at which nothing wraps.
     int idealWidth(const Arrangement& arrangement) const;
+    int readableWidth() const override;
 
 private:
-    std::vector<QLayoutItem*> shown() const;
+    std::vector<QLayoutItem*> shown(const Arrangement& arrangement) const;
+    /// What its children need together, each measured in the same way.
+    int widthOf(const Arrangement& arrangement, int (*measure)(QLayoutItem*)) const;
+    bool hasRoom(const Arrangement& arrangement, int width) const;
     std::vector<int> widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row, int available) const;
     int innerWidth(int width) const;
-    int minimumWidth(const Arrangement& arrangement) const;
     /// What the children need at a width, without margins.
     int innerHeight(int width) const;
     void placeRow(const Arrangement& arrangement, const QRect& rect);

@@ -96,8 +96,7 @@ void TextWidget::setMaximumTextWidth(int width)
 
 void TextWidget::textChanged()
 {
-    idealWidth.reset();
-    longestWord.reset();
+    isMeasured = false;
     linesWidth = -1;
     updateGeometry();
     update();
@@ -135,31 +134,45 @@ int TextWidget::shownLineCount(std::size_t lineCount) const
     return lineLimit > 0 ? std::min(lineLimit, int(lineCount)) : int(lineCount);
 }
 
+/// Both widths as the layout that breaks the lines has them, so that at these widths it breaks nothing.
+void TextWidget::measure() const
+{
+    if (isMeasured)
+        return;
+    QTextLayout layout(drawnText, typeFont);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    line.setLineWidth(QWIDGETSIZE_MAX);
+    layout.endLayout();
+    idealWidth = int(std::ceil(line.naturalTextWidth()));
+    longestWord = int(std::ceil(layout.minimumWidth()));
+    isMeasured = true;
+}
+
 QSize TextWidget::sizeHint() const
 {
-    if (!idealWidth)
-        idealWidth = int(std::ceil(QFontMetricsF(typeFont).horizontalAdvance(drawnText))) + 1;
-    const int width = std::min(*idealWidth, maximumTextWidth);
+    measure();
+    const int width = std::min(idealWidth, maximumTextWidth);
     return {width, heightForWidth(width)};
+}
+
+int TextWidget::readableWidth() const
+{
+    measure();
+    return lineLimit == 1 ? idealWidth : std::min(longestWord, maximumTextWidth);
 }
 
 QSize TextWidget::minimumSizeHint() const
 {
-    if (!longestWord) {
-        const QFontMetricsF metrics(typeFont);
-        double widest = 0;
-        for (const QString& word : drawnText.split(u' '))
-            widest = std::max(widest, metrics.horizontalAdvance(word));
-        // Rather break inside a word than push the window wider, however large the user's font is.
-        constexpr double bearable = 56;
-        longestWord = int(std::ceil(std::min(widest, bearable))) + 1;
-    }
-    return {*longestWord, int(lineHeight)};
+    // Rather break inside a word than push the window wider, however large the user's font is.
+    constexpr int bearable = 57;
+    measure();
+    return {std::min({longestWord, maximumTextWidth, bearable}), int(lineHeight)};
 }
 
 int TextWidget::heightForWidth(int width) const
 {
-    if (idealWidth && width >= *idealWidth)
+    if (isMeasured && width >= idealWidth)
         return int(lineHeight);
     if (linesWidth != width) {
         cachedLines = lines(width);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UI/Appearance.h"
+#include "UI/Readable.h"
 
 #include <QWidget>
 
@@ -22,7 +23,7 @@ struct TextColor {
 ///
 /// A selectable one can be selected with the mouse and the keyboard and copied, always as the exact characters, also
 /// where the end is cut off on screen.
-class TextWidget : public QWidget {
+class TextWidget : public QWidget, public Readable {
     Q_OBJECT
 
 public:
@@ -63,6 +64,7 @@ public:
     QSize minimumSizeHint() const override;
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
+    int readableWidth() const override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -88,6 +90,7 @@ private:
     int shownLineCount(std::size_t lineCount) const;
     double lineLeft(const QString& lineText) const;
     void textChanged();
+    void measure() const;
     void drawLine(QPainter& painter, const Line& line, const QString& lineText, double top) const;
 
     QString shownText;
@@ -103,8 +106,9 @@ private:
     bool selecting = false;
     int selectionStart = 0;
     int selectionEnd = 0;
-    mutable std::optional<int> idealWidth;
-    mutable std::optional<int> longestWord;
+    mutable int idealWidth = 0; ///< Of the whole text in one line.
+    mutable int longestWord = 0;
+    mutable bool isMeasured = false;
     mutable int linesWidth = -1;
     mutable std::vector<Line> cachedLines;
 };

@@ -154,7 +154,12 @@ View VStack(const Stack& stack, std::vector<View> children)
 
 View HStack(const Stack& stack, std::vector<View> children)
 {
-    return makeStack({arrangementOf(stack, Qt::Horizontal)}, stack, std::move(children));
+    std::vector<Arrangement> arrangements = {arrangementOf(stack, Qt::Horizontal)};
+    if (stack.staysReadable) {
+        arrangements.front().room = Arrangement::Room::readable;
+        arrangements.push_back({.axis = Qt::Vertical});
+    }
+    return makeStack(std::move(arrangements), stack, std::move(children));
 }
 
 View ViewThatFits(const Stack& sideBySide, const Stack& stacked, std::vector<View> children)
@@ -343,7 +348,7 @@ View Picker(const QString& label, std::function<std::vector<PickerEntry>()> entr
         const std::string tag = shown->at(std::size_t(index)).tag;
         write(tag);
     });
-    View view = HStack({.alignment = Qt::AlignCenter}, {Text(label), {popUp, {}}});
+    View view = HStack({.alignment = Qt::AlignCenter, .staysReadable = true}, {Text(label).lineLimit(1), {popUp, {}}});
     view.updates.emplace_back([popUp, shown, entries = std::move(entries), selection = std::move(selection)] {
         if (std::vector<PickerEntry> now = entries(); now != *shown) {
             popUp->clear();

@@ -86,6 +86,8 @@ struct Padding {
 struct Stack {
     int spacing = 8;
     Qt::AlignmentFlag alignment = Qt::AlignLeading; ///< Across the stack's axis.
+    /// A row becomes a column rather than that a word in it is broken inside or the label of a control wraps.
+    bool staysReadable = false;
     Padding padding = {};
     BackgroundSource background = {};
     bool fillsWidth = false;

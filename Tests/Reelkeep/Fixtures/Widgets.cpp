@@ -5,6 +5,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QTest>
+#include <QTextBoundaryFinder>
 #include <QWheelEvent>
 
 #include <ostream>
@@ -58,6 +59,17 @@ QStringList shownWords(const QWidget& root)
     for (const TextWidget* text : shownTexts(root))
         words.append(text->text());
     return words;
+}
+
+bool breaksAWord(const TextWidget& text)
+{
+    QTextBoundaryFinder boundaries(QTextBoundaryFinder::Line, text.text());
+    for (int position = 1; position < int(text.text().size()); ++position) {
+        boundaries.setPosition(position);
+        if (text.characterRect(position).top() > text.characterRect(position - 1).top() && !boundaries.isAtBoundary())
+            return true;
+    }
+    return false;
 }
 
 QAccessibleInterface& spoken(QWidget& widget)

@@ -31,6 +31,9 @@ void turnWheel(QWidget& widget, QPoint place, int notches);
 std::vector<TextWidget*> shownTexts(const QWidget& root);
 QStringList shownWords(const QWidget& root);
 
+/// Whether a line ends inside a word, and not where texts are commonly broken.
+bool breaksAWord(const TextWidget& text);
+
 /// What a screen reader calls a widget.
 QString spokenName(QWidget& widget);
 QAccessibleInterface& spoken(QWidget& widget);
