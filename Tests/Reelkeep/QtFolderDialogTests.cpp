@@ -1,3 +1,4 @@
+#include "Fixtures/Desktops.h"
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Widgets.h"
@@ -13,6 +14,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 #include <QTranslator>
@@ -127,6 +129,20 @@ TEST_F(FolderDialogs, haveTheirTitle)
         cancel(shown);
     });
     EXPECT_EQ(title, QStringLiteral("Selecciona la carpeta de origen"));
+}
+
+TEST_F(FolderDialogs, fitASmallScreen)
+{
+    const QScreen* small = screenNamed("small");
+    QWidget window;
+    window.setGeometry(small->availableGeometry());
+    showActive(window);
+    QSize size;
+    run([&](QFileDialog& shown) {
+        size = shown.size();
+        cancel(shown);
+    });
+    EXPECT_EQ(size, QSize(792, 540));
 }
 
 TEST_F(FolderDialogs, areNewForEachQuestion)

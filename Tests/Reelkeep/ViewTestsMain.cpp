@@ -16,7 +16,8 @@ namespace {
 const char* const screens = R"({"screens": [
     {"name": "full", "x": 0, "y": 0, "width": 1920, "height": 1080},
     {"name": "laptop", "x": 2000, "y": 0, "width": 1366, "height": 768},
-    {"name": "tall", "x": 4000, "y": 0, "width": 3000, "height": 3000},
+    {"name": "small", "x": 3500, "y": 0, "width": 800, "height": 600},
+    {"name": "tall", "x": 4500, "y": 0, "width": 3000, "height": 3000},
     {"name": "uneven", "x": 8000, "y": 0, "width": 3000, "height": 3000, "dpr": 1.5}]})";
 
 } // namespace

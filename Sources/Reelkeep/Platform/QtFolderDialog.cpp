@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QPointer>
+#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QTreeView>
@@ -55,10 +56,11 @@ void fillSidebar(QFileDialog& dialog)
     QObject::connect(model, &QAbstractItemModel::dataChanged, &dialog, label);
 }
 
-/// Wide enough for the names of disks; folders have neither a size nor a type worth a column.
+/// Wide enough for the names of disks, where the screen is; folders have neither a size nor a type worth a column.
 void makeRoom(QFileDialog& dialog)
 {
-    dialog.resize(860, 540);
+    constexpr QSize frame(8, 40);
+    dialog.resize(QSize(860, 540).boundedTo(dialog.screen()->availableSize() - frame));
     if (auto* splitter = dialog.findChild<QSplitter*>())
         splitter->setSizes({220, 640});
     if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView"))) {

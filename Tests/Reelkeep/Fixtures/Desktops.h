@@ -26,8 +26,8 @@ struct NamedPalette {
 std::vector<NamedPalette> commonPalettes();
 std::vector<NamedPalette> highContrastPalettes();
 
-/// One of the screens that the tests run on: "full" (1920 x 1080), "laptop" (1366 x 768), "tall", "uneven" (one and a
-/// half pixels to the point).
+/// One of the screens that the tests run on: "full" (1920 x 1080), "laptop" (1366 x 768), "small" (800 x 600), "tall",
+/// "uneven" (one and a half pixels to the point).
 QScreen* screenNamed(const char* name);
 
 /// Sets the application's palette, or font, for the length of a test.
