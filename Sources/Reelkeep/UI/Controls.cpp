@@ -164,7 +164,7 @@ void Button::paintEvent(QPaintEvent*)
     if (tint && isEnabled() && hasFocus()) {
         painter.setPen(QPen(Qt::white, 2));
         painter.setBrush(Qt::NoBrush);
-        painter.drawPath(roundedOutline(painter, rect(), ground.radius - 2, 3));
+        painter.drawPath(roundedOutline(painter, rect(), ground.radius, 3));
     }
     paintFocusRing(painter, this, ground.radius);
 }

@@ -170,6 +170,18 @@ TEST(Controls, showThatTheyHaveTheFocus)
     }
 }
 
+TEST(Button, isRoundInsideTheRingOfTheFocusToo)
+{
+    Button button(QStringLiteral("Elegir camara"));
+    button.setTint(accent::analysisBlue);
+    placeAtIdealSize(button);
+    showActive(button);
+    button.setFocus();
+    const QImage drawn = picture(button);
+    EXPECT_GT(drawn.pixelColor(4, 4).lightness(), 180);
+    EXPECT_LT(drawn.pixelColor(6, 6).lightness(), 120);
+}
+
 TEST(Switch, isTurnedByItsWholeLine)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
