@@ -1,5 +1,6 @@
 #include "UI/Controls.h"
 
+#include "UI/FocusRing.h"
 #include "UI/SymbolWidget.h"
 
 #include <QAbstractItemView>
@@ -180,26 +181,26 @@ void Button::keyPressEvent(QKeyEvent* event)
 
 Switch::Switch(const QString& label, QWidget* parent) : QCheckBox(label, parent)
 {
+    new FocusRing(this);
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
 }
 
 QRect Switch::textRect(int width) const
 {
-    const int room = std::max(1, width - gap - switchSize().width() - 6);
+    const int room = std::max(1, width - gap - switchSize().width());
     return QFontMetrics(type::body.font()).boundingRect(QRect(0, 0, room, QWIDGETSIZE_MAX), Qt::TextWordWrap, text());
 }
 
 QSize Switch::sizeHint() const
 {
-    const int width = QFontMetrics(type::body.font()).horizontalAdvance(text()) + 1 + gap + switchSize().width() + 6;
+    const int width = QFontMetrics(type::body.font()).horizontalAdvance(text()) + 1 + gap + switchSize().width();
     return {width, heightForWidth(width)};
 }
 
 QSize Switch::minimumSizeHint() const
 {
-    return {widestWord(QFontMetrics(type::body.font()), text()) + gap + switchSize().width() + 6,
-            switchSize().height()};
+    return {widestWord(QFontMetrics(type::body.font()), text()) + gap + switchSize().width(), switchSize().height()};
 }
 
 int Switch::heightForWidth(int width) const
@@ -231,12 +232,6 @@ void Switch::paintEvent(QPaintEvent*)
     painter.setBrush(on || !appearance.isDark() ? QColor(Qt::white) : QColor(244, 244, 244));
     const double knob = size.height() - 4;
     painter.drawEllipse(QRectF(on ? track.right() - 2 - knob : track.left() + 2, track.top() + 2, knob, knob));
-    if (hasFocus()) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(appearance.focusRing(), 2));
-        const QRectF around = track.adjusted(-3, 0, 3, 0);
-        painter.drawPath(roundedOutline(painter, around, around.height() / 2, 1));
-    }
 }
 
 PopUp::PopUp(QWidget* parent) : QComboBox(parent)

@@ -1,5 +1,7 @@
 #include "UI/TextWidget.h"
 
+#include "UI/FocusRing.h"
+
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -17,6 +19,8 @@ void TextWidget::setSelectable(bool nowSelectable)
     if (selectable == nowSelectable)
         return;
     selectable = nowSelectable;
+    if (selectable && !focusRing)
+        focusRing = new FocusRing(this);
     setFocusPolicy(selectable ? Qt::StrongFocus : Qt::NoFocus);
     setCursor(selectable ? Qt::IBeamCursor : Qt::ArrowCursor);
     if (!selectable)

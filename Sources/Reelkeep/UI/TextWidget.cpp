@@ -237,18 +237,12 @@ void TextWidget::drawLine(QPainter& painter, const Line& line, const QString& li
 void TextWidget::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    const Appearance appearance = Appearance::of(this);
-    painter.setPen(textColor.resolved(appearance));
+    painter.setPen(textColor.resolved(Appearance::of(this)));
     const auto& all = linesNow();
     const int count = shownLineCount(all.size());
     for (int index = 0; index < count; ++index) {
         const Line& line = all[std::size_t(index)];
         drawLine(painter, line, visibleText(line, index == count - 1), index * lineHeight);
-    }
-    if (selectable && hasFocus()) {
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(appearance.focusRing(), hairline(painter)));
-        painter.drawPath(roundedOutline(painter, rect(), 3, hairline(painter) / 2));
     }
 }
 

@@ -10,6 +10,8 @@
 
 namespace reelkeep {
 
+class FocusRing;
+
 /// The colour of a text: one of the three levels of the palette, or an accent.
 struct TextColor {
     enum class Level { primary, secondary, tertiary, accent } level = Level::primary;
@@ -102,6 +104,7 @@ private:
     Qt::Alignment alignment = Qt::AlignLeft;
     int lineLimit = 0;
     int maximumTextWidth = QWIDGETSIZE_MAX;
+    FocusRing* focusRing = nullptr;
     bool selectable = false;
     bool selecting = false;
     int selectionStart = 0;

@@ -153,19 +153,23 @@ INSTANTIATE_TEST_SUITE_P(Tints, ProminentButtonFace,
 
 TEST(Controls, showThatTheyHaveTheFocus)
 {
-    Button plain(QStringLiteral("Quitar"));
-    Button prominent(QStringLiteral("Elegir camara"));
-    prominent.setTint(accent::analysisBlue);
-    Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
-    PopUp popUp;
-    popUp.addItem(QStringLiteral("Disco A"));
-    for (QWidget* control : std::initializer_list<QWidget*>{&plain, &prominent, &toggle, &popUp}) {
+    QWidget window;
+    auto* prominent = new Button(QStringLiteral("Elegir camara"));
+    prominent->setTint(accent::analysisBlue);
+    auto* popUp = new PopUp;
+    popUp->addItem(QStringLiteral("Disco A"));
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{new Button(QStringLiteral("Quitar")), prominent,
+                                         new Switch(QStringLiteral("Mantener estructura de carpetas")), popUp}) {
+        control->setParent(&window);
         placeAtIdealSize(*control);
-        showActive(*control);
+        control->move(10, 10);
+        control->show();
+        showActive(window);
         control->clearFocus();
-        const QImage without = picture(*control);
+        const QImage without = picture(window);
         control->setFocus();
-        EXPECT_NE(without, picture(*control)) << control->metaObject()->className();
+        EXPECT_NE(without, picture(window)) << control->metaObject()->className();
         control->hide();
     }
 }

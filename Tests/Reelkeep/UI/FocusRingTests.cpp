@@ -1,0 +1,90 @@
+#include "Fixtures/EventLoop.h"
+#include "Fixtures/Widgets.h"
+#include "UI/FocusRing.h"
+
+#include <QScrollArea>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace reelkeep {
+namespace {
+
+/// A widget that fills its parent, which lies in something taller that scrolls.
+class RingAround : public testing::Test {
+protected:
+    RingAround()
+    {
+        window.setFrameShape(QFrame::NoFrame);
+        window.resize(300, 200);
+        window.setWidget(content);
+        content->resize(300, 600);
+        parent->setGeometry(100, 50, 80, 20);
+        inner->setGeometry(parent->rect());
+        inner->setFocusPolicy(Qt::StrongFocus);
+        showActive(window);
+        window.setFocus();
+    }
+    /// Where the ring is drawn, in the content's coordinates.
+    QRect place() const
+    {
+        letEventsPass();
+        const QFocusFrame* frame = ring->shownFrame();
+        return frame ? QRect(content->mapFromGlobal(frame->mapToGlobal(QPoint())), frame->size()) : QRect();
+    }
+
+    QScrollArea window;
+    QWidget* content = new QWidget;
+    QWidget* parent = new QWidget(content);
+    QWidget* inner = new QWidget(parent);
+    FocusRing* ring = new FocusRing(inner);
+};
+
+TEST_F(RingAround, isThereWhileTheWidgetHasTheFocus)
+{
+    EXPECT_FALSE(ring->shownFrame());
+    inner->setFocus();
+    ASSERT_TRUE(ring->shownFrame());
+    EXPECT_TRUE(ring->shownFrame()->isVisible());
+    inner->clearFocus();
+    EXPECT_FALSE(ring->shownFrame());
+}
+
+TEST_F(RingAround, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
+{
+    const QImage without = picture(window);
+    inner->setFocus();
+    EXPECT_EQ(place(), QRect(97, 47, 86, 26));
+    const QImage with = picture(window);
+    EXPECT_NE(with.pixelColor(140, 47), without.pixelColor(140, 47));
+    EXPECT_EQ(with.copy(100, 50, 80, 20), without.copy(100, 50, 80, 20)) << "nothing is drawn over the widget";
+}
+
+TEST_F(RingAround, followsTheWidgetWithAllAroundIt)
+{
+    inner->setFocus();
+    parent->move(20, 80);
+    EXPECT_EQ(place(), QRect(17, 77, 86, 26));
+    window.ensureVisible(0, 600);
+    EXPECT_EQ(place(), QRect(17, 77, 86, 26));
+}
+
+TEST_F(RingAround, goesWithTheWidget)
+{
+    inner->setFocus();
+    const QPointer<const QFocusFrame> frame = ring->shownFrame();
+    ASSERT_TRUE(frame);
+    delete inner;
+    EXPECT_FALSE(frame);
+}
+
+TEST_F(RingAround, mayGoBeforeTheWidget)
+{
+    inner->setFocus();
+    delete ring->shownFrame();
+    EXPECT_EQ(place(), QRect());
+}
+
+} // namespace
+} // namespace reelkeep
