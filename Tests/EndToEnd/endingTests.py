@@ -175,7 +175,8 @@ class Endings(DesktopTest):
                 window.button(COPY).press()
                 time.sleep(moments.uniform(0, 2))
                 self.end(f"closing, {len(self.clips.copied())} copied", close_window)
-                shutil.rmtree(self.clips.disk / "DCIM")
+                if (self.clips.disk / "DCIM").exists():  # else it was closed before it made the first folder
+                    shutil.rmtree(self.clips.disk / "DCIM")
         self.assert_left_no_trace()
 
 
