@@ -330,6 +330,12 @@ protected:
     Paths complete;
 };
 
+TEST_P(WalkFaultTest, findsTheSameWhereNothingFails)
+{
+    ASSERT_EQ(complete.size(), 9U);
+    EXPECT_EQ(outcome({}), complete);
+}
+
 TEST_P(WalkFaultTest, isAnErrorAndNoShorterListWhenTheDiskDies)
 {
     const auto plans = deathsDuring(callsOfWalk());

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <linux/magic.h>
 #include <map>
+#include <stop_token>
 #include <string>
 #include <sys/sysmacros.h>
 #include <vector>
@@ -96,6 +97,37 @@ TEST_F(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
     EXPECT_EQ(failureOn("read", unplugged), video().path() + ": el disco se ha desconectado.");
     EXPECT_NE(failureOn("write", 0).find(damaged), std::string::npos);
     EXPECT_NE(failureOn("read", 0).find(damaged), std::string::npos);
+}
+
+TEST_F(Writing, goesOnThroughTheKernelsMemoryWhereTheDiskRefusesToDoWithout)
+{
+    makeVideo(9);
+    for (const std::size_t refused : {1U, 2U}) {
+        const FaultyCopy made = copy({.call = "write", .occurrence = refused, .errorNumber = EINVAL});
+        EXPECT_EQ(made.failure, "") << refused;
+        EXPECT_TRUE(isWhole()) << refused;
+    }
+}
+
+/// The last chance: once it has its name, a video stays.
+TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
+{
+    makeVideo(1);
+    for (const bool isPublished : {false, true}) {
+        std::stop_source end;
+        std::filesystem::remove(target().path());
+        faults::arm(
+            {.call = isPublished ? "renameat2" : "fsync", .occurrence = 1, .deed = [&] { end.request_stop(); }});
+        bool isStopped = false;
+        try {
+            FileManager().copyItem(video(), target(), end.get_token());
+        } catch (const Stopped&) {
+            isStopped = true;
+        }
+        faults::disarm();
+        EXPECT_EQ(isStopped, !isPublished);
+        EXPECT_EQ(everythingBelow(memory / "disk").size(), isPublished ? 1U : 0U);
+    }
 }
 
 /// As pipes to other programs may, and disks that are nearly full.
