@@ -155,7 +155,7 @@ QColor Appearance::over(const QColor& color, const QColor& ground)
 
 Tint Tint::of(QColor color, double opacity)
 {
-    return {Role::fixed, withOpacity(std::move(color), opacity)};
+    return {Role::fixed, withOpacity(color, opacity)};
 }
 
 QColor Tint::resolved(const Appearance& appearance) const
