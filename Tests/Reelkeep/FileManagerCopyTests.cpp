@@ -230,12 +230,18 @@ TEST_F(CopyTest, failsWithoutPermission)
 TEST_F(CopyTest, refusesEarlyAFileAboveTheProcessLimit)
 {
     const Location source = card.file("x.mov", std::string(8192, 'x'));
-    const std::string outcome = runUnprivileged([&] {
-        const struct rlimit limit = {4096, 4096};
-        return ::setrlimit(RLIMIT_FSIZE, &limit) == 0 ? failureOfCopy(source, disk / "x.mov") : "no limit set";
-    });
-    EXPECT_EQ(outcome, (disk / "x.mov").path() + ": el archivo es demasiado grande para este disco.");
+    const auto outcomeWithin = [&](rlim_t bytes) {
+        struct rlimit before = {};
+        EXPECT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+        const struct rlimit limit = {bytes, before.rlim_max};
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+        const std::string outcome = failureOfCopy(source, disk / "x.mov");
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+        return outcome;
+    };
+    EXPECT_EQ(outcomeWithin(8191), (disk / "x.mov").path() + ": el archivo es demasiado grande para este disco.");
     EXPECT_TRUE(onDisk().empty());
+    EXPECT_EQ(outcomeWithin(8192), "none");
 }
 
 TEST(LargestFile, isFourGigabytesLessAByteOnFat32)

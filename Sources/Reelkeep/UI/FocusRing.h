@@ -16,7 +16,7 @@ public:
     ~FocusRing() override;
 
     /// Present while the widget has the focus (tests ask this).
-    const QFocusFrame* shownFrame() const { return frame; }
+    const QFocusFrame* shownFrame() const { return frame.data(); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
