@@ -6,7 +6,6 @@
 #include <QStandardPaths>
 #include <QStorageInfo>
 
-#include <algorithm>
 #include <cstdio>
 #include <future>
 #include <memory>

@@ -1,6 +1,7 @@
 #include "Platform/QtFolderDialog.h"
 
 #include "Platform/AnsweringPlaces.h"
+#include "Platform/ScreenRoom.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -12,7 +13,6 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QPointer>
-#include <QScreen>
 #include <QSettings>
 #include <QSplitter>
 #include <QTreeView>
@@ -59,8 +59,7 @@ void fillSidebar(QFileDialog& dialog)
 /// Wide enough for the names of disks, where the screen is; folders have neither a size nor a type worth a column.
 void makeRoom(QFileDialog& dialog)
 {
-    constexpr QSize frame(8, 40);
-    dialog.resize(QSize(860, 540).boundedTo(dialog.screen()->availableSize() - frame));
+    dialog.resize(QSize(860, 540).boundedTo(roomOnScreen(dialog)));
     if (auto* splitter = dialog.findChild<QSplitter*>())
         splitter->setSizes({220, 640});
     if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView"))) {

@@ -1,5 +1,6 @@
 #include "UI/ScrollingWindow.h"
 
+#include "Platform/ScreenRoom.h"
 #include "UI/OverlayScrollBar.h"
 
 #include <QApplication>
@@ -15,8 +16,6 @@ namespace {
 
 constexpr int firstWidth = 1148;
 constexpr QSize smallest(480, 400);
-/// What a title bar and borders take of the screen, where the desktop has not told yet.
-constexpr QSize frame(8, 40);
 
 } // namespace
 
@@ -38,7 +37,7 @@ ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(
 
 void ScrollingWindow::openAtFirstSize()
 {
-    const QSize room = screen()->availableSize() - frame;
+    const QSize room = roomOnScreen(*this);
     const int width = std::min(firstWidth, room.width());
     // Where a point is not a whole number of pixels the desktop may round the height down, and there would be something
     // to scroll; a point to spare prevents that.
