@@ -1,7 +1,7 @@
 #include "Samples.h"
 
-#include "Platform/FileDescriptor.h"
-#include "Platform/FileManager.h"
+#include "Files/FileDescriptor.h"
+#include "Files/FileManager.h"
 
 #include <array>
 #include <cerrno>

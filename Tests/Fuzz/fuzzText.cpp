@@ -1,6 +1,6 @@
 #include "Model/NaiveEngine.h"
-#include "Platform/TextOrder.h"
 #include "Require.h"
+#include "Text/TextOrder.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -97,7 +97,7 @@ class Packaging(unittest.TestCase):
         self.assertEqual(metainfo.findtext("provides/binary"), "reelkeep")
         self.assertEqual(metainfo.findtext("name"), entry["Name"])
 
-        program = (SOURCES / "Sources/Reelkeep/Platform/DesktopIdentity.cpp").read_text()
+        program = (SOURCES / "Sources/Reelkeep/App/DesktopIdentity.cpp").read_text()
         self.assertIn(f'applicationId("{ID}")', program)
 
     def test_one_version_everywhere(self):

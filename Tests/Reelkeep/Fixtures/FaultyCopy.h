@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Files/FileManager.h"
 #include "Fixtures/Faults.h"
-#include "Platform/FileManager.h"
 
 #include <string>
 #include <vector>

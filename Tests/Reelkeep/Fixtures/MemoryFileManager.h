@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/FileManager.h"
+#include "Files/FileManager.h"
 
 #include <condition_variable>
 #include <map>

@@ -1,7 +1,7 @@
 #include "Fixtures/MountedDisk.h"
 
+#include "Files/FileDescriptor.h"
 #include "Fixtures/Processes.h"
-#include "Platform/FileDescriptor.h"
 
 #include <chrono>
 #include <csignal>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/FolderDialog.h"
+#include "FolderDialog.h"
 
 #include <deque>
 #include <functional>

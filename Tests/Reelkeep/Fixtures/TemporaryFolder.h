@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Location.h"
+#include "Files/Location.h"
 
 #include <string>
 #include <string_view>

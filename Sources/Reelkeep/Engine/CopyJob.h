@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Files/FileManager.h"
+#include "VideoSyncModels.h"
+
+#include <functional>
+#include <stop_token>
+
+namespace reelkeep {
+
+/// One run of copying: immutable values, captured at its start.
+struct CopyJob {
+    VideoList videos; ///< In the order in which they are copied.
+    Location sourceRoot;
+    Location destinationRoot;
+    bool preserveFolderStructure = true; ///< Otherwise every file goes right into `destinationRoot`.
+
+    using ProgressSink = std::function<void(const CopyProgress&)>;
+
+    /// Copies what does not stand at its target yet. `progress` is called on this thread: before each file and once at
+    /// the end, n + 1 reports for n records. Throws FileError at the first failure, with no summary and no last report;
+    /// what was copied before stays. Throws Stopped.
+    CopySummary run(const FileManager& fileManager, const ProgressSink& progress,
+                    const std::stop_token& stop = {}) const;
+};
+
+} // namespace reelkeep

@@ -1,0 +1,43 @@
+#include "Files/SystemCalls.h"
+
+#include <climits>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace reelkeep {
+
+FileDescriptor openQuietly(int folder, const char* path, int flags)
+{
+    FileDescriptor opened(uninterrupted([&] { return ::openat(folder, path, flags | O_CLOEXEC | O_NOATIME); }));
+    if (!opened && errno == EPERM)
+        opened = FileDescriptor(uninterrupted([&] { return ::openat(folder, path, flags | O_CLOEXEC); }));
+    return opened;
+}
+
+ReachablePath::ReachablePath(const std::string& path) : start(AT_FDCWD), remainder(path)
+{
+    while (remainder.size() >= PATH_MAX) {
+        const auto separator = remainder.rfind('/', PATH_MAX - sizeof "/.");
+        if (separator == std::string::npos || separator == 0)
+            return; // one name of that length: no call takes it, and the failing one says so
+        const std::string chunk = remainder.substr(0, separator);
+        FileDescriptor next(
+            uninterrupted([&] { return ::openat(folder(), chunk.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+        if (!next) {
+            remainder = chunk + "/."; // not a folder, or not reachable: whatever is done with this fails likewise
+            return;
+        }
+        nearest = std::move(next);
+        remainder.erase(0, remainder.find_first_not_of('/', separator));
+    }
+}
+
+int syncFolder(int folder, int inside)
+{
+    const int synced = uninterrupted([&] { return ::fsync(folder); });
+    if (synced == 0 || (errno != EBADF && errno != EINVAL && errno != ENOTSUP && errno != ENOSYS))
+        return synced;
+    return uninterrupted([&] { return ::syncfs(inside); });
+}
+
+} // namespace reelkeep

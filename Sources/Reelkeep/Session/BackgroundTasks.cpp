@@ -1,0 +1,62 @@
+#include "BackgroundTasks.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace reelkeep {
+
+namespace {
+
+/// Long enough for a job to reach its next look at the stop token, short enough for closing a window.
+constexpr std::chrono::milliseconds patience{500};
+
+} // namespace
+
+/// Shared with the threads, since a job that is left to itself outlives its tasks.
+struct BackgroundTasks::Running {
+    std::stop_source stopSource;
+    std::mutex mutex;
+    std::condition_variable oneEnded;
+    int count = 0;
+
+    void begin()
+    {
+        const std::lock_guard lock(mutex);
+        ++count;
+    }
+
+    void end()
+    {
+        const std::lock_guard lock(mutex);
+        --count;
+        oneEnded.notify_all();
+    }
+};
+
+BackgroundTasks::BackgroundTasks() : running(std::make_shared<Running>()) {}
+
+void BackgroundTasks::stop()
+{
+    running->stopSource.request_stop();
+    std::unique_lock lock(running->mutex);
+    running->oneEnded.wait_for(lock, patience, [this] { return running->count == 0; });
+}
+
+void BackgroundTasks::run(Job job)
+{
+    running->begin();
+    try {
+        std::thread([job = std::move(job), shared = running]() mutable {
+            std::exchange(job, nullptr)(shared->stopSource.get_token()); // Destroyed before it counts as ended.
+            shared->end();
+        }).detach();
+    } catch (...) {
+        running->end();
+        throw;
+    }
+}
+
+} // namespace reelkeep

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Files/Location.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace reelkeep {
+
+/// A modal dialog in which the user chooses folders. One is made for each question and thrown away afterwards.
+class FolderDialog {
+public:
+    enum class Response { cancel, ok };
+
+    FolderDialog() = default;
+    FolderDialog(const FolderDialog&) = delete;
+    FolderDialog& operator=(const FolderDialog&) = delete;
+    virtual ~FolderDialog() = default;
+
+    std::string title;
+    bool canChooseDirectories = false;
+    bool canChooseFiles = true;
+    bool allowsMultipleSelection = false;
+
+    /// Shows the dialog and returns once the user has closed it. The interface goes on working meanwhile.
+    virtual Response runModal() = 0;
+    /// The chosen folder, the first where there are several; absent when there is none.
+    virtual std::optional<Location> URL() const = 0;
+    /// All chosen folders, in the dialog's order.
+    virtual std::vector<Location> URLs() const = 0;
+};
+
+using FolderDialogFactory = std::function<std::unique_ptr<FolderDialog>()>;
+
+} // namespace reelkeep

@@ -1,0 +1,121 @@
+#include "Files/FileManager.h"
+#include "Fixtures/TemporaryFolder.h"
+#include "Fixtures/Unprivileged.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string createDirectoryFailure(const Location& folder)
+{
+    try {
+        FileManager().createDirectory(folder);
+        return "none";
+    } catch (const FileError& error) {
+        return error.what();
+    }
+}
+
+/// Of more bytes than a system call takes, in names that it takes.
+Location longPathBelow(const TemporaryFolder& root)
+{
+    Location path = root.location();
+    while (path.path().size() < 5000)
+        path = path.appending(std::string(200, 'n'));
+    return path;
+}
+
+TEST(CreateDirectory, makesEveryMissingFolder)
+{
+    const TemporaryFolder root;
+    FileManager().createDirectory(root / "a/b/c");
+    EXPECT_TRUE(fs::is_directory((root / "a/b/c").path()));
+}
+
+TEST(CreateDirectory, acceptsWhatExists)
+{
+    const TemporaryFolder root;
+    root.folder("a");
+    fs::create_directory_symlink("a", (root / "link").path());
+    EXPECT_EQ(createDirectoryFailure(root / "a"), "none");
+    EXPECT_EQ(createDirectoryFailure(root / "link"), "none");
+    EXPECT_EQ(createDirectoryFailure(root / "link/b"), "none");
+    EXPECT_TRUE(fs::is_directory((root / "a/b").path()));
+    EXPECT_EQ(createDirectoryFailure(Location("/")), "none");
+}
+
+TEST(CreateDirectory, worksBeyondTheLongestPath)
+{
+    const TemporaryFolder root;
+    const Location deep = longPathBelow(root);
+    EXPECT_EQ(createDirectoryFailure(deep), "none");
+    EXPECT_TRUE(FileManager().fileExists(deep));
+    EXPECT_EQ(createDirectoryFailure(deep), "none");
+}
+
+TEST(CreateDirectory, saysWhatIsInTheWay)
+{
+    const TemporaryFolder root;
+    root.file("file");
+    fs::create_symlink("nowhere", (root / "link").path());
+    EXPECT_EQ(createDirectoryFailure(root / "file/a"),
+              (root / "file").path() + ": hay un archivo donde hace falta una carpeta.");
+    EXPECT_EQ(createDirectoryFailure(root / "file"),
+              (root / "file").path() + ": hay un archivo donde hace falta una carpeta.");
+    EXPECT_EQ(createDirectoryFailure(root / "link"),
+              (root / "link").path() + ": hay un enlace roto donde hace falta una carpeta.");
+}
+
+TEST(CreateDirectory, saysThatANameIsTooLong)
+{
+    const TemporaryFolder root;
+    const Location folder = root / std::string(256, 'n');
+    EXPECT_EQ(createDirectoryFailure(folder), folder.path() + ": el nombre es demasiado largo.");
+}
+
+TEST(CreateDirectory, saysThatItIsNotAllowed)
+{
+    const TemporaryFolder root;
+    EXPECT_EQ(runUnprivileged([&] { return createDirectoryFailure(root / "a"); }),
+              (root / "a").path() + ": no tienes permiso.");
+}
+
+TEST(FileExists, seesEveryKindOfEntry)
+{
+    const TemporaryFolder root;
+    fs::create_symlink("nowhere", (root / "link").path());
+    EXPECT_TRUE(FileManager().fileExists(root.file("file")));
+    EXPECT_TRUE(FileManager().fileExists(root.file("empty", "")));
+    EXPECT_TRUE(FileManager().fileExists(root.folder("folder")));
+    EXPECT_TRUE(FileManager().fileExists(root / "link"));
+    EXPECT_TRUE(FileManager().fileExists(Location("/")));
+}
+
+TEST(FileExists, isFalseWhereNothingCanStand)
+{
+    const TemporaryFolder root;
+    root.file("file");
+    EXPECT_FALSE(FileManager().fileExists(root / "missing"));
+    EXPECT_FALSE(FileManager().fileExists(root / "missing/below"));
+    EXPECT_FALSE(FileManager().fileExists(root / "file/below"));
+    EXPECT_FALSE(FileManager().fileExists(longPathBelow(root)));
+    EXPECT_FALSE(FileManager().fileExists((root / "file").appending(longPathBelow(root).path())));
+}
+
+TEST(FileExists, failsWhereItCannotBeTold)
+{
+    const TemporaryFolder root;
+    EXPECT_THROW(FileManager().fileExists(root / std::string(256, 'n')), FileError);
+    root.file("locked/x.mov");
+    fs::permissions((root / "locked").path(), fs::perms(0700));
+    EXPECT_EQ(runUnprivileged([&] { return FileManager().fileExists(root / "locked/x.mov") ? "there" : "not there"; }),
+              (root / "locked/x.mov").path() + ": no tienes permiso.");
+}
+
+} // namespace
+} // namespace reelkeep

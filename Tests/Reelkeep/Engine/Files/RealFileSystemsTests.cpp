@@ -1,0 +1,268 @@
+#include "CopyJob.h"
+#include "Files/Disk.h"
+#include "Files/FileDescriptor.h"
+#include "Fixtures/CopyRuns.h"
+#include "Fixtures/MountedDisk.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <thread>
+#include <unistd.h>
+
+namespace reelkeep {
+namespace {
+
+namespace fs = std::filesystem;
+
+class DiskTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!MountedDisk::isPossible())
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+    }
+};
+
+class FileSystemTest : public testing::TestWithParam<const char*> {
+protected:
+    void SetUp() override
+    {
+        if (!MountedDisk::isPossible())
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+    }
+};
+
+TEST_F(DiskTest, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
+{
+    for (const char* kind : {"ext4", "xfs", "btrfs"}) {
+        const MountedDisk disk(kind);
+        const std::string id = diskHolding(disk.location()).id;
+        EXPECT_EQ(id.substr(0, 4), "loop") << kind;
+        fs::create_directory(disk.location().appending("below").path());
+        EXPECT_EQ(diskHolding(disk.location().appending("below")).id, id) << kind;
+    }
+    const MountedDisk disk("btrfs");
+    const Location volume = disk.location().appending("volume"); // which has yet another number
+    ASSERT_EQ(std::system(("btrfs -q subvolume create " + volume.path()).c_str()), 0);
+    EXPECT_EQ(diskHolding(volume).id, diskHolding(disk.location()).id);
+}
+
+TEST_P(FileSystemTest, reachesTheEmptyListAndKeepsEveryByte)
+{
+    const TemporaryFolder card;
+    fillCard(card);
+    MountedDisk disk(GetParam());
+    const VideoList before = missing(card.location(), disk.location());
+    EXPECT_EQ(before.size(), 10U);
+    const auto onCard = everythingBelow(card.location());
+
+    EXPECT_EQ(copyMissing(card.location(), disk.location()).copiedCount, 10);
+    EXPECT_TRUE(missing(card.location(), disk.location()).empty());
+
+    if (std::string(GetParam()) != "tmpfs")
+        disk.remount();
+    EXPECT_TRUE(missing(card.location(), disk.location()).empty());
+    expectOnlyWholeVideos(card.location(), disk.location());
+    for (const VideoFile& video : before)
+        EXPECT_EQ(attributesOf(disk.location().appending(video.relativePath)).st_mtim.tv_sec,
+                  attributesOf(video.url).st_mtim.tv_sec)
+            << video.relativePath;
+    EXPECT_EQ(everythingBelow(card.location()), onCard);
+}
+
+TEST_P(FileSystemTest, writesNothingTheSecondTime)
+{
+    const TemporaryFolder card;
+    fillCard(card);
+    MountedDisk disk(GetParam());
+    const CopyJob job{.videos = missing(card.location(), disk.location()),
+                      .sourceRoot = card.location(),
+                      .destinationRoot = disk.location()};
+    const auto ignore = [](const CopyProgress&) {};
+    job.run(FileManager(), ignore);
+    const auto snapshot = [&] {
+        std::vector<std::string> all;
+        for (const std::string& path : everythingBelow(disk.location())) {
+            const struct stat status = attributesOf(disk.location().appending(path));
+            all.push_back(path + " " + std::to_string(status.st_mtim.tv_sec) + "." +
+                          std::to_string(status.st_mtim.tv_nsec) + " " + std::to_string(status.st_ctim.tv_nsec));
+        }
+        return all;
+    };
+    const auto before = snapshot();
+    EXPECT_EQ(job.run(FileManager(), ignore).skippedCount, 10);
+    EXPECT_EQ(snapshot(), before);
+}
+
+TEST_P(FileSystemTest, convergesAfterAnInterruption)
+{
+    const TemporaryFolder card;
+    fillCard(card);
+    const MountedDisk disk(GetParam());
+    const auto wholeRun = missing(card.location(), disk.location());
+    for (std::size_t interrupted = 0; interrupted < wholeRun.size(); interrupted += 3) {
+        std::stop_source stop;
+        const CopyJob job{.videos = wholeRun, .sourceRoot = card.location(), .destinationRoot = disk.location()};
+        const auto stopThere = [&](const CopyProgress& report) {
+            if (report.completedCount == std::int64_t(interrupted))
+                stop.request_stop();
+        };
+        EXPECT_THROW(job.run(FileManager(), stopThere, stop.get_token()), Stopped);
+        expectOnlyWholeVideos(card.location(), disk.location());
+    }
+    copyMissing(card.location(), disk.location());
+    EXPECT_TRUE(missing(card.location(), disk.location()).empty());
+    expectOnlyWholeVideos(card.location(), disk.location());
+}
+
+TEST_P(FileSystemTest, isACardAsWell)
+{
+    const TemporaryFolder original;
+    fillCard(original);
+    const MountedDisk card(GetParam());
+    copyMissing(original.location(), card.location());
+    const TemporaryFolder disk;
+    EXPECT_EQ(copyMissing(card.location(), disk.location()).copiedCount, 10);
+    EXPECT_TRUE(missing(original.location(), disk.location()).empty());
+    expectOnlyWholeVideos(original.location(), disk.location());
+}
+
+TEST_P(FileSystemTest, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
+{
+    const TemporaryFolder card("/dev/shm");
+    const Location large = card.file("large.mov", "");
+    fs::resize_file(large.path(), std::uintmax_t(2) << 30U);
+    const MountedDisk disk(GetParam());
+    const FileDescriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    ASSERT_GE(::inotify_add_watch(watch.get(), disk.location().path().c_str(), IN_MODIFY), 0);
+    EXPECT_EQ(failureOfCopy(card.location(), disk.location()),
+              (disk.location().appending("large.mov")).path() + ": no queda espacio en el disco.");
+    char event[4096];
+    EXPECT_EQ(::read(watch.get(), event, sizeof event), -1) << "something was written before the refusal";
+    expectOnlyWholeVideos(card.location(), disk.location());
+}
+
+INSTANTIATE_TEST_SUITE_P(OnA, FileSystemTest, testing::Values("ext4", "btrfs", "xfs", "ntfs", "exfat", "tmpfs"),
+                         [](const auto& tested) { return std::string(tested.param); });
+
+TEST_F(DiskTest, saysThatExfatAdmitsNoSuchName)
+{
+    const MountedDisk disk("exfat");
+    for (const char* name : {"a:b.mov", "what?.mov", "\xff\xfe.mov"}) {
+        const TemporaryFolder card;
+        card.file(name, std::string(100, 'x'));
+        EXPECT_EQ(failureOfCopy(card.location(), disk.location()),
+                  disk.location().appending(name).path() + ": este disco no admite ese nombre.");
+    }
+    const TemporaryFolder card;
+    card.file("folder:1/x.mov");
+    EXPECT_EQ(failureOfCopy(card.location(), disk.location()),
+              disk.location().appending("folder:1").path() + ": este disco no admite ese nombre.");
+    EXPECT_TRUE(everythingBelow(disk.location()).empty());
+}
+
+TEST_F(DiskTest, saysSoBeforeACopyOfManyMinutes)
+{
+    const MountedDisk disk("exfat");
+    const TemporaryFolder card("/dev/shm");
+    fs::resize_file(card.file("a:b.mov", "").path(), std::uintmax_t(400) << 20U);
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_NE(failureOfCopy(card.location(), disk.location()), "none");
+    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(200));
+}
+
+TEST_F(DiskTest, leavesAVideoThatDiffersInLetterCaseOnlyAloneOnExfat)
+{
+    const MountedDisk disk("exfat");
+    const TemporaryFolder card;
+    const Location source = card.file("CLIP.MOV", "from the card");
+    FileManager().copyItem(card.file("theirs.mov", "theirs"), disk.location().appending("clip.mov"));
+    EXPECT_THROW(FileManager().copyItem(source, disk.location().appending("CLIP.MOV")), FileError);
+    EXPECT_EQ(contentOf(disk.location().appending("clip.mov")), "theirs");
+}
+
+TEST_F(DiskTest, keepsWholeVideosOnADiskThatFillsUp)
+{
+    const TemporaryFolder card("/dev/shm");
+    for (const char* name : {"1.mov", "2.mov", "3.mov", "4.mov"})
+        card.file(name, contentOfLength(4U << 20U, 7));
+    const MountedDisk disk("tmpfs", 10);
+    EXPECT_EQ(failureOfCopy(card.location(), disk.location()),
+              disk.location().appending("3.mov").path() + ": no queda espacio en el disco.");
+    EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>({"1.mov", "2.mov"}));
+    expectOnlyWholeVideos(card.location(), disk.location());
+}
+
+TEST_F(DiskTest, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
+{
+    const TemporaryFolder card("/dev/shm");
+    card.file("x.mov", contentOfLength(64U << 20U, 7));
+    const MountedDisk disk("tmpfs", 70);
+    const Location growing = disk.location().appending(".x.mov.reelkeep-copia");
+    std::thread other([&] {
+        struct stat status = {};
+        waitUntil([&] { return ::stat(growing.path().c_str(), &status) == 0 && status.st_size > 0; });
+        const int filler = ::open(disk.location().appending("filler").path().c_str(), O_CREAT | O_WRONLY, 0644);
+        constexpr off_t portion = 1 << 20; // A little at a time, so that it gets its share however fast the copy is.
+        for (off_t end = 0; ::posix_fallocate(filler, end, portion) == 0; end += portion) {
+        }
+        ::close(filler);
+    });
+    EXPECT_EQ(failureOfCopy(card.location(), disk.location()),
+              disk.location().appending("x.mov").path() + ": no queda espacio en el disco.");
+    other.join();
+    EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"filler"});
+}
+
+TEST_F(DiskTest, saysThatADiskIsReadOnly)
+{
+    const TemporaryFolder card;
+    card.file("x.mov");
+    card.file("folder/y.mov");
+    MountedDisk disk("ext4", 64);
+    disk.makeReadOnly();
+    const std::string failure = failureOfCopy(card.location(), disk.location());
+    EXPECT_NE(failure.find(": el disco es de solo lectura."), std::string::npos) << failure;
+}
+
+TEST_F(DiskTest, copiesFromAReadOnlyCard)
+{
+    const TemporaryFolder original;
+    fillCard(original);
+    MountedDisk card("ext4");
+    copyMissing(original.location(), card.location());
+    card.makeReadOnly();
+    const TemporaryFolder disk;
+    EXPECT_EQ(copyMissing(card.location(), disk.location()).copiedCount, 10);
+}
+
+TEST_F(DiskTest, sharesTheBlocksWithinOneDisk)
+{
+    for (const char* kind : {"btrfs", "xfs"}) {
+        const MountedDisk disk(kind);
+        const TemporaryFolder card;
+        const std::string content = contentOfLength(64U << 20U, 3);
+        card.file("x.mov", content);
+        FileManager().copyItem(card / "x.mov", disk.location().appending("x.mov"));
+        const auto freeBytes = [&] {
+            struct statvfs status = {};
+            ::sync();
+            ::statvfs(disk.location().path().c_str(), &status);
+            return std::int64_t(status.f_bfree * status.f_frsize);
+        };
+        const auto before = freeBytes();
+        FileManager().copyItem(disk.location().appending("x.mov"), disk.location().appending("again.mov"));
+        EXPECT_LT(before - freeBytes(), 8 << 20) << kind;
+        EXPECT_TRUE(contentOf(disk.location().appending("again.mov")) == content);
+    }
+}
+
+} // namespace
+} // namespace reelkeep
