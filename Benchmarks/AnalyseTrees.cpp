@@ -1,3 +1,4 @@
+#include "Files/LinuxFileManager.h"
 #include "VideoSyncService.h"
 
 #include <exception>
@@ -14,7 +15,7 @@ try {
     for (int i = 2; i < argc; ++i)
         reviewed.emplace_back(argv[i]);
     const auto found =
-        reelkeep::VideoSyncService::analyse(reelkeep::Location(argv[1]), reviewed, reelkeep::FileManager());
+        reelkeep::VideoSyncService::analyse(reelkeep::Location(argv[1]), reviewed, reelkeep::LinuxFileManager());
     std::cout << found.missingVideos.size() << std::endl;
     _Exit(0); // What it takes to free the lists is not the analysis's.
 } catch (const std::exception& error) {

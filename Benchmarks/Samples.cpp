@@ -1,7 +1,7 @@
 #include "Samples.h"
 
 #include "Files/FileDescriptor.h"
-#include "Files/FileManager.h"
+#include "Files/LinuxFileManager.h"
 
 #include <array>
 #include <cerrno>
@@ -64,7 +64,7 @@ void makeTree(const Location& root, SampleKind kind, std::size_t count)
         const Location file = root.appending(made.relativePath);
         const Location folder = file.deletingLastPathComponent();
         if (!(folder == lastFolder))
-            FileManager().createDirectory(folder);
+            LinuxFileManager().createDirectory(folder);
         lastFolder = folder;
         const FileDescriptor sparse(::open(file.path().c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
         if (!sparse || ::ftruncate(sparse.get(), made.size) != 0)

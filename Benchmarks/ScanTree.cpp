@@ -1,3 +1,4 @@
+#include "Files/LinuxFileManager.h"
 #include "VideoSyncService.h"
 
 #include <exception>
@@ -11,7 +12,7 @@ try {
         return 2;
     }
     const auto videos =
-        reelkeep::VideoSyncService::scanVideoFiles(reelkeep::Location(argv[1]), reelkeep::FileManager());
+        reelkeep::VideoSyncService::scanVideoFiles(reelkeep::Location(argv[1]), reelkeep::LinuxFileManager());
     std::cout << videos.size() << std::endl;
     _Exit(0); // What it takes to free the list is not the scan's.
 } catch (const std::exception& error) {

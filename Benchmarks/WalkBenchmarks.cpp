@@ -1,3 +1,4 @@
+#include "Files/LinuxFileManager.h"
 #include "Samples.h"
 #include "VideoSyncService.h"
 
@@ -31,7 +32,7 @@ void scan(benchmark::State& state)
 {
     const Tree tree(static_cast<std::size_t>(state.range(0)));
     for (auto _ : state)
-        benchmark::DoNotOptimize(VideoSyncService::scanVideoFiles(tree.root, FileManager()).size());
+        benchmark::DoNotOptimize(VideoSyncService::scanVideoFiles(tree.root, LinuxFileManager()).size());
 }
 
 /// The standard library's own way, which looks at everything.

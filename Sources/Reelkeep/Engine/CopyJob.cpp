@@ -1,18 +1,18 @@
 #include "CopyJob.h"
 
+#include "Files/Stopped.h"
+
 #include <cstdint>
 
 namespace reelkeep {
 
-CopySummary CopyJob::run(const FileManager& fileManager, const ProgressSink& progress,
-                         const std::stop_token& stop) const
+CopySummary CopyJob::run(FileManager& fileManager, const ProgressSink& progress, const std::stop_token& stop) const
 {
     const auto total = static_cast<std::int64_t>(videos.size());
     CopySummary summary{.destinationRoot = destinationRoot};
     for (std::size_t number = 0; number < videos.size(); ++number) {
         const VideoFile& video = videos[number];
-        if (stop.stop_requested())
-            throw Stopped();
+        throwIfStopped(stop);
         const SharedText& relativeTarget = preserveFolderStructure ? video.relativePath : video.fileName;
         const Location target = destinationRoot.appending(relativeTarget);
         progress({.completedCount = summary.copiedCount + summary.skippedCount,

@@ -20,8 +20,7 @@ struct CopyJob {
     /// Copies what does not stand at its target yet. `progress` is called on this thread: before each file and once at
     /// the end, n + 1 reports for n records. Throws FileError at the first failure, with no summary and no last report;
     /// what was copied before stays. Throws Stopped.
-    CopySummary run(const FileManager& fileManager, const ProgressSink& progress,
-                    const std::stop_token& stop = {}) const;
+    CopySummary run(FileManager& fileManager, const ProgressSink& progress, const std::stop_token& stop = {}) const;
 };
 
 } // namespace reelkeep

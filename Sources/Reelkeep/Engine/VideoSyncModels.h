@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Files/Date.h"
 #include "Files/Location.h"
 #include "Text/SharedText.h"
 
@@ -16,9 +17,6 @@
 #include <vector>
 
 namespace reelkeep {
-
-/// A wall-clock moment with the resolution of file times.
-using Date = std::chrono::sys_time<std::chrono::nanoseconds>;
 
 /// One video file found below a scanned root. The scanner lets its four texts share one storage: a million records
 /// of separate texts took 364 MB.

@@ -1,5 +1,6 @@
 #include "CopyJob.h"
 #include "Files/FileManager.h"
+#include "Files/Stopped.h"
 #include "VideoSyncService.h"
 #include "VideoSyncViewModel.h"
 

@@ -1,6 +1,6 @@
 #include "VideoSyncViewModel.h"
 
-#include "Files/FileManager.h"
+#include "Files/LinuxFileManager.h"
 
 #include <QPointer>
 
@@ -10,10 +10,10 @@
 
 namespace reelkeep {
 
-VideoSyncViewModel::VideoSyncViewModel(FolderDialogFactory folderDialogFactory,
-                                       std::shared_ptr<const FileManager> files, QObject* parent)
+VideoSyncViewModel::VideoSyncViewModel(FolderDialogFactory folderDialogFactory, std::shared_ptr<FileManager> files,
+                                       QObject* parent)
     : QObject(parent), makeFolderDialog(std::move(folderDialogFactory)),
-      fileManager(files ? std::move(files) : std::make_shared<const FileManager>())
+      fileManager(files ? std::move(files) : std::make_shared<LinuxFileManager>())
 {
 }
 

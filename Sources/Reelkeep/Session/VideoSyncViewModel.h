@@ -29,7 +29,7 @@ class VideoSyncViewModel : public QObject {
 
 public:
     explicit VideoSyncViewModel(FolderDialogFactory makeFolderDialog,
-                                std::shared_ptr<const FileManager> fileManager = nullptr, QObject* parent = nullptr);
+                                std::shared_ptr<FileManager> fileManager = nullptr, QObject* parent = nullptr);
     ~VideoSyncViewModel() override;
 
     // The twelve published fields.
@@ -132,7 +132,7 @@ private:
 
     Fields fields;
     FolderDialogFactory makeFolderDialog;
-    std::shared_ptr<const FileManager> fileManager;
+    std::shared_ptr<FileManager> fileManager;
     MainThread mainThread{this};
     BackgroundTasks backgroundTasks;
 };

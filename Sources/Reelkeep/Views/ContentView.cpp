@@ -16,7 +16,7 @@ constexpr int frame = 16;
 
 } // namespace
 
-ContentView::ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<const FileManager> fileManager,
+ContentView::ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager,
                          QWidget* parent)
     : QWidget(parent), session(std::move(makeFolderDialog), std::move(fileManager))
 {

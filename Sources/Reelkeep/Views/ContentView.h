@@ -20,7 +20,7 @@ class ContentView : public QWidget {
 
 public:
     /// `fileManager` stands in for the real one in tests.
-    explicit ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<const FileManager> fileManager = nullptr,
+    explicit ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager = nullptr,
                          QWidget* parent = nullptr);
 
     VideoSyncViewModel& viewModel() { return session; }

@@ -1,4 +1,6 @@
 #include "CopyJob.h"
+#include "Files/FileError.h"
+#include "Files/Stopped.h"
 #include "Fixtures/RecordingFileManager.h"
 #include "Fixtures/TemporaryFolder.h"
 

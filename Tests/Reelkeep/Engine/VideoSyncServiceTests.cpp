@@ -1,3 +1,6 @@
+#include "Files/FileError.h"
+#include "Files/LinuxFileManager.h"
+#include "Files/Stopped.h"
 #include "VideoSyncService.h"
 
 #include "Fixtures/RecordingFileManager.h"
@@ -17,7 +20,7 @@ namespace reelkeep {
 namespace {
 
 /// Yields listed files instead of walking a disk, as a walk does: only those whose names are wanted.
-class ListedFiles : public FileManager {
+class ListedFiles : public LinuxFileManager {
 public:
     std::map<std::string, std::vector<Entry>> below;
     std::set<std::string> slow; ///< Roots that end only when they are told to stop.
@@ -264,7 +267,7 @@ TEST(ScanVideoFiles, findsOnADiskWhatIsNeitherHiddenNorInsideAPackage)
     disk.file(".Trashes/deleted.mov");
     disk.file("Library.photoslibrary/inside.mov");
     disk.folder("folder.mov");
-    const VideoList found = VideoSyncService::scanVideoFiles(disk.location(), FileManager());
+    const VideoList found = VideoSyncService::scanVideoFiles(disk.location(), LinuxFileManager());
     Paths paths = relativePaths(found);
     std::sort(paths.begin(), paths.end());
     ASSERT_EQ(paths, (Paths{"DCIM/100CANON/CLIP.MOV", "clip.Mov"}));

@@ -1,5 +1,8 @@
 #include "Fixtures/CopyRuns.h"
 
+#include "Files/FileError.h"
+#include "Fixtures/RealFiles.h"
+
 #include "CopyJob.h"
 #include "VideoSyncService.h"
 
@@ -63,7 +66,7 @@ void fillCard(const TemporaryFolder& card)
 
 VideoList missing(const Location& card, const Location& disk)
 {
-    const FileManager files;
+    LinuxFileManager files;
     return VideoSyncService::missingVideos(VideoSyncService::scanVideoFiles(card, files),
                                            VideoSyncService::scanVideoFiles(disk, files));
 }
@@ -71,8 +74,8 @@ VideoList missing(const Location& card, const Location& disk)
 CopySummary copyMissing(const Location& card, const Location& disk, const std::stop_token& stop)
 {
     const CopyJob job{.videos = missing(card, disk), .sourceRoot = card, .destinationRoot = disk};
-    return job.run(
-        FileManager(), [](const CopyProgress&) {}, stop);
+    return runOnRealFiles(
+        job, [](const CopyProgress&) {}, stop);
 }
 
 std::string failureOfCopy(const Location& card, const Location& disk)

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Files/FileManager.h"
+#include "Files/FileError.h"
 #include "Fixtures/Faults.h"
+#include "Fixtures/RealFiles.h"
 
 #include <string>
 #include <vector>
@@ -21,7 +22,7 @@ inline FaultyCopy copyWith(const faults::Plan& plan, const Location& source, con
     FaultyCopy copy;
     faults::arm(plan);
     try {
-        FileManager().copyItem(source, target);
+        copyFile(source, target);
     } catch (const FileError& error) {
         copy.failure = error.what();
         copy.errorNumber = error.code();

@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
@@ -37,25 +38,29 @@ public:
                       const std::stop_token& stop) const override;
     /// They are all on one disk, so that roots are walked one after the other.
     Disk diskHolding(const Location&) const override { return {}; }
-    void createDirectory(const Location& folder) const override;
+    void createDirectory(const Location& folder) override;
     bool fileExists(const Location& place) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
-    void readAhead(const Location&) const override {}
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
+    void readAhead(const Location&) override {}
 
 private:
     enum class Gate { open, closed, hanging };
 
+    struct Contents {
+        std::mutex mutex;
+        std::condition_variable_any gateMoved;
+        std::map<std::string, std::int64_t> sizes;
+        std::map<std::string, std::string> broken;
+        std::vector<std::string> walked;
+        Gate gate = Gate::open;
+        int waiting = 0;
+        int stopped = 0;
+    };
+
     void passGate(std::unique_lock<std::mutex>& lock, const std::stop_token& stop) const;
     void failIfBroken(const std::string& path) const;
 
-    mutable std::mutex mutex;
-    mutable std::condition_variable_any gateMoved;
-    mutable std::map<std::string, std::int64_t> sizes;
-    mutable std::vector<std::string> walked;
-    mutable int waiting = 0;
-    mutable int stopped = 0;
-    std::map<std::string, std::string> broken;
-    Gate gate = Gate::open;
+    const std::unique_ptr<Contents> disk = std::make_unique<Contents>();
 };
 
 } // namespace reelkeep

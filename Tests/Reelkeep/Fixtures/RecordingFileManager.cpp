@@ -1,55 +1,58 @@
 #include "Fixtures/RecordingFileManager.h"
 
+#include "Files/FileError.h"
+#include "Files/Stopped.h"
+
 #include <utility>
 
 namespace reelkeep {
 
 std::vector<std::string> RecordingFileManager::calls() const
 {
-    const std::lock_guard guard(mutex);
-    return recorded;
+    const std::lock_guard guard(watch->mutex);
+    return watch->calls;
 }
 
 void RecordingFileManager::failAt(std::size_t number, const FileError& error)
 {
-    const std::lock_guard guard(mutex);
-    failures.insert_or_assign(number, error);
+    const std::lock_guard guard(watch->mutex);
+    watch->failures.insert_or_assign(number, error);
 }
 
 void RecordingFileManager::blockAt(std::size_t number)
 {
-    const std::lock_guard guard(mutex);
-    blockedNumber = number;
+    const std::lock_guard guard(watch->mutex);
+    watch->blockedNumber = number;
 }
 
 void RecordingFileManager::waitUntilBlocked() const
 {
-    std::unique_lock lock(mutex);
-    changed.wait(lock, [this] { return isBlocked; });
+    std::unique_lock lock(watch->mutex);
+    watch->changed.wait(lock, [this] { return watch->isBlocked; });
 }
 
 void RecordingFileManager::release()
 {
-    const std::lock_guard guard(mutex);
-    blockedNumber = 0;
-    changed.notify_all();
+    const std::lock_guard guard(watch->mutex);
+    watch->blockedNumber = 0;
+    watch->changed.notify_all();
 }
 
 void RecordingFileManager::record(std::string call, const std::stop_token& stop) const
 {
-    std::unique_lock lock(mutex);
-    recorded.push_back(std::move(call));
-    const std::size_t number = recorded.size();
-    if (number == blockedNumber) {
-        isBlocked = true;
-        changed.notify_all();
-        changed.wait(lock, stop, [&] { return blockedNumber != number; });
-        isBlocked = false;
+    std::unique_lock lock(watch->mutex);
+    watch->calls.push_back(std::move(call));
+    const std::size_t number = watch->calls.size();
+    if (number == watch->blockedNumber) {
+        watch->isBlocked = true;
+        watch->changed.notify_all();
+        watch->changed.wait(lock, stop, [&] { return watch->blockedNumber != number; });
+        watch->isBlocked = false;
         if (stop.stop_requested())
             throw Stopped();
     }
-    const auto failure = failures.find(number);
-    if (failure != failures.end())
+    const auto failure = watch->failures.find(number);
+    if (failure != watch->failures.end())
         throw FileError(failure->second);
 }
 
@@ -57,31 +60,31 @@ void RecordingFileManager::regularFiles(const Location& root, const NameFilter& 
                                         const std::stop_token& stop) const
 {
     record("regularFiles " + root.path(), stop);
-    FileManager::regularFiles(root, wanted, found, stop);
+    LinuxFileManager::regularFiles(root, wanted, found, stop);
 }
 
-void RecordingFileManager::createDirectory(const Location& folder) const
+void RecordingFileManager::createDirectory(const Location& folder)
 {
     record("createDirectory " + folder.path());
-    FileManager::createDirectory(folder);
+    LinuxFileManager::createDirectory(folder);
 }
 
 bool RecordingFileManager::fileExists(const Location& place) const
 {
     record("fileExists " + place.path());
-    return FileManager::fileExists(place);
+    return LinuxFileManager::fileExists(place);
 }
 
-void RecordingFileManager::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const
+void RecordingFileManager::copyItem(const Location& source, const Location& target, const std::stop_token& stop)
 {
     record("copyItem " + source.path() + " -> " + target.path(), stop);
-    FileManager::copyItem(source, target, stop);
+    LinuxFileManager::copyItem(source, target, stop);
 }
 
-void RecordingFileManager::readAhead(const Location& source) const
+void RecordingFileManager::readAhead(const Location& source)
 {
     record("readAhead " + source.path());
-    FileManager::readAhead(source);
+    LinuxFileManager::readAhead(source);
 }
 
 } // namespace reelkeep

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "Files/FileManager.h"
+#include "Files/FileError.h"
+#include "Files/LinuxFileManager.h"
 
 #include <condition_variable>
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -13,7 +15,7 @@ namespace reelkeep {
 
 /// The real file manager, watched: it records every call in order, and lets calls fail or wait at will.
 /// Calls are counted from 1. Any thread may use it.
-class RecordingFileManager : public FileManager {
+class RecordingFileManager : public LinuxFileManager {
 public:
     /// For example "copyItem /card/CLIP.MOV -> /disk/CLIP.MOV"; a walk is "regularFiles /card".
     std::vector<std::string> calls() const;
@@ -27,21 +29,25 @@ public:
     void release();
 
     void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
-                      const std::stop_token& stop = {}) const override;
-    void createDirectory(const Location& folder) const override;
+                      const std::stop_token& stop) const override;
+    void createDirectory(const Location& folder) override;
     bool fileExists(const Location& place) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop = {}) const override;
-    void readAhead(const Location& source) const override;
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
+    void readAhead(const Location& source) override;
 
 private:
+    struct Watch {
+        std::mutex mutex;
+        std::condition_variable_any changed;
+        std::vector<std::string> calls;
+        std::map<std::size_t, FileError> failures;
+        std::size_t blockedNumber = 0;
+        bool isBlocked = false;
+    };
+
     void record(std::string call, const std::stop_token& stop = {}) const;
 
-    mutable std::mutex mutex;
-    mutable std::condition_variable_any changed;
-    mutable std::vector<std::string> recorded;
-    std::map<std::size_t, FileError> failures;
-    std::size_t blockedNumber = 0;
-    mutable bool isBlocked = false;
+    const std::unique_ptr<Watch> watch = std::make_unique<Watch>();
 };
 
 } // namespace reelkeep

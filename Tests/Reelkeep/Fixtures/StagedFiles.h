@@ -16,14 +16,18 @@ public:
 
     void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
                       const std::stop_token& stop) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
 
 private:
-    mutable std::mutex mutex;
-    mutable std::condition_variable_any moved;
-    mutable int begun = 0;
-    int held = -1;
-    bool areAnalysesHeld = false;
+    struct Stage {
+        std::mutex mutex;
+        std::condition_variable_any moved;
+        int begun = 0;
+        int held = -1;
+        bool areAnalysesHeld = false;
+    };
+
+    const std::unique_ptr<Stage> stage = std::make_unique<Stage>();
 };
 
 } // namespace reelkeep

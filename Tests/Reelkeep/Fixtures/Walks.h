@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Files/FileManager.h"
+#include "Files/LinuxFileManager.h"
 
 #include <utility>
 #include <vector>
@@ -8,7 +8,7 @@
 namespace reelkeep {
 
 /// Walks with a given number of threads, whatever the disk.
-class FixedWalkers : public FileManager {
+class FixedWalkers : public LinuxFileManager {
 public:
     explicit FixedWalkers(unsigned count) : walkers(count) {}
 
@@ -20,7 +20,7 @@ private:
 
 /// All that a walk finds.
 inline std::vector<FileManager::Entry> entriesBelow(const Location& root, const FileManager::NameFilter& wanted,
-                                                    const FileManager& files = FileManager(),
+                                                    const FileManager& files = LinuxFileManager(),
                                                     const std::stop_token& stop = {})
 {
     std::vector<FileManager::Entry> entries;

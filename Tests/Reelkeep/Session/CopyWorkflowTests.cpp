@@ -1,3 +1,4 @@
+#include "Files/FileError.h"
 #include "Fixtures/SessionTest.h"
 #include "Fixtures/TemporaryFolder.h"
 

@@ -60,7 +60,7 @@ private:
 /// A disk that takes so many files a second.
 class PacedFiles : public StagedFiles {
 public:
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override
     {
         next = std::max(next, std::chrono::steady_clock::now()) + pause;
         std::this_thread::sleep_until(next);
@@ -70,7 +70,7 @@ public:
     std::chrono::microseconds pause{0};
 
 private:
-    mutable std::chrono::steady_clock::time_point next;
+    std::chrono::steady_clock::time_point next;
 };
 
 class Stalls : public WindowTest {

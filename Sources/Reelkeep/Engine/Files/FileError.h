@@ -1,24 +1,39 @@
 #pragma once
 
-#include "Files/FileManager.h"
-
+#include <stdexcept>
 #include <string>
 #include <sys/types.h>
 
 namespace reelkeep {
 
+/// A file-system operation that failed. `what()` is the text for the user: the path and the reason, in Spanish.
+class FileError : public std::runtime_error {
+public:
+    FileError(std::string filePath, int errorNumber);
+    FileError(std::string filePath, int errorNumber, const std::string& reason);
+
+    const std::string& path() const { return failedPath; }
+    /// The `errno` value behind the failure; 0 if no system call failed.
+    int code() const { return number; }
+
+private:
+    std::string failedPath;
+    int number;
+};
+
 /// Why a system call failed, in the user's words: no capital at its start, no stop at its end.
 std::string failureReason(int errorNumber);
 
-/// A new entry could not be made at `path` in the open folder `folder`. Some file systems say "not found" for a name
+/// A new entry could not be made at `path` in the open folder `folder`. Some file systems report "not found" for a name
 /// that they do not admit; as long as the folder itself is there, that is what it means.
 FileError creationError(int folder, std::string path, int errorNumber);
 
-/// Reading from, or writing to, an open file on `device` failed. Tells a damaged disk from one that was pulled out.
+/// Reading from, or writing to, an open file on `device` failed. Distinguishes a damaged disk from one that was pulled
+/// out.
 FileError readError(std::string path, int errorNumber, dev_t device);
 FileError writeError(std::string path, int errorNumber, dev_t device);
 
-/// Whether the disk behind a device number has gone. False where that cannot be told (network, FUSE, btrfs).
+/// Whether the disk behind a device number has gone. False if that cannot be known (network, FUSE, btrfs).
 bool isDisconnected(dev_t device);
 
 } // namespace reelkeep

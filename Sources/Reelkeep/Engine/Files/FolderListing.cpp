@@ -1,6 +1,8 @@
 #include "Files/FolderListing.h"
 
 #include "Files/FileError.h"
+#include "Files/Location.h"
+#include "Files/Stopped.h"
 #include "Files/SystemCalls.h"
 
 #include <array>
@@ -29,7 +31,7 @@ std::optional<Date> dateOf(const struct timespec& time)
 /// Reads one folder. Attributes are asked for only where they matter, yet the outcome is as if every entry's had been.
 class FolderReader {
 public:
-    FolderReader(int openFolder, const std::string& folderPath, const FileManager::NameFilter& wantedNames)
+    FolderReader(int openFolder, const std::string& folderPath, const NameFilter& wantedNames)
         : folder(openFolder), path(folderPath), wanted(wantedNames)
     {
     }
@@ -86,7 +88,7 @@ private:
 
     int folder;
     const std::string& path;
-    const FileManager::NameFilter& wanted;
+    const NameFilter& wanted;
     std::string firstVisible;
     bool isEntered = false;
 };
@@ -102,8 +104,7 @@ void readEntries(FolderReader& reader, int folder, const FolderPlace& place, con
         if (count <= 0)
             return;
         for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
-            if (stop.stop_requested())
-                throw Stopped();
+            throwIfStopped(stop);
             const auto* entry = reinterpret_cast<const struct dirent64*>(buffer.data() + at);
             reader.take(entry->d_name, entry->d_type);
             at += entry->d_reclen;
@@ -113,11 +114,10 @@ void readEntries(FolderReader& reader, int folder, const FolderPlace& place, con
 
 } // namespace
 
-FolderListing listFolder(int folder, const FolderPlace& place, const std::string& path,
-                         const FileManager::NameFilter& wanted, const std::stop_token& stop)
+FolderListing listFolder(int folder, const FolderPlace& place, const std::string& path, const NameFilter& wanted,
+                         const std::stop_token& stop)
 {
-    if (stop.stop_requested())
-        throw Stopped();
+    throwIfStopped(stop);
     FolderReader reader(folder, path, wanted);
     try {
         readEntries(reader, folder, place, path, stop);

@@ -1,15 +1,21 @@
 #pragma once
 
-#include "Files/FileManager.h"
+#include "Files/Date.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace reelkeep {
+
+/// Whether a walk reports a file of that name.
+using NameFilter = std::function<bool(std::string_view fileName)>;
 
 /// What a walk needs of one folder, in the order of the file system. It depends on no other folder's.
 struct FolderListing {
@@ -36,8 +42,8 @@ struct FolderPlace {
 };
 
 /// Reads the open folder `folder` once. `path` is its own, ending in "/". Throws Stopped.
-FolderListing listFolder(int folder, const FolderPlace& place, const std::string& path,
-                         const FileManager::NameFilter& wanted, const std::stop_token& stop);
+FolderListing listFolder(int folder, const FolderPlace& place, const std::string& path, const NameFilter& wanted,
+                         const std::stop_token& stop);
 
 /// To be called after a folder could not be opened or read on: no failure as long as it can still be looked at, so
 /// that one forbidden or damaged folder is passed over; FileError where the folder, or the whole disk, has gone.

@@ -1,5 +1,6 @@
 #include "Files/FolderReaders.h"
 
+#include "Files/FileError.h"
 #include "Files/SystemCalls.h"
 
 #include <cerrno>
@@ -18,7 +19,7 @@ constexpr int mostKeptOpen = 32;
 
 } // namespace
 
-FolderReaders::FolderReaders(const Location& rootLocation, const FileManager::NameFilter& wantedNames,
+FolderReaders::FolderReaders(const Location& rootLocation, const NameFilter& wantedNames,
                              const std::stop_token& stopToken, unsigned count)
     : root(rootLocation), wanted(wantedNames), stop(stopToken), top(std::make_unique<WalkedFolder>())
 {

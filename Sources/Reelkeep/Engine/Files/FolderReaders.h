@@ -2,6 +2,7 @@
 
 #include "Files/FileDescriptor.h"
 #include "Files/FolderListing.h"
+#include "Files/Location.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -41,8 +42,7 @@ private:
 class FolderReaders {
 public:
     /// `count` threads, of which the caller's is one. With 1 each folder is read when it is waited for, and not before.
-    FolderReaders(const Location& root, const FileManager::NameFilter& wanted, const std::stop_token& stop,
-                  unsigned count);
+    FolderReaders(const Location& root, const NameFilter& wanted, const std::stop_token& stop, unsigned count);
     FolderReaders(const FolderReaders&) = delete;
     FolderReaders& operator=(const FolderReaders&) = delete;
     /// Waits for the folders that are being read.
@@ -63,7 +63,7 @@ private:
     std::string pathOf(const WalkedFolder& folder) const;
 
     const Location& root;
-    const FileManager::NameFilter& wanted;
+    const NameFilter& wanted;
     const std::stop_token& stop;
     std::unique_ptr<WalkedFolder> top;
     std::atomic<int> keptOpen = 0; ///< How many folders are.

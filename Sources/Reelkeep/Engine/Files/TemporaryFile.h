@@ -1,7 +1,8 @@
 #pragma once
 
 #include "Files/FileDescriptor.h"
-#include "Files/FileManager.h"
+#include "Files/FileError.h"
+#include "Files/Location.h"
 
 #include <cstddef>
 #include <cstdint>

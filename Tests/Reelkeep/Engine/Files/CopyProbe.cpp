@@ -2,6 +2,7 @@
 // Tests kill it and trace it; measurements time it.
 
 #include "CopyJob.h"
+#include "Files/LinuxFileManager.h"
 #include "VideoSyncService.h"
 
 #include <csignal>
@@ -19,7 +20,7 @@ int main(int count, char** arguments)
     }
     std::signal(SIGXFSZ, SIG_IGN);
     try {
-        const FileManager files;
+        LinuxFileManager files;
         const Location card(arguments[1]);
         const Location disk(arguments[2]);
         const VideoList videos = VideoSyncService::missingVideos(VideoSyncService::scanVideoFiles(card, files),

@@ -1,6 +1,8 @@
 #include "CopyJob.h"
+#include "Files/FileError.h"
 #include "Fixtures/FaultPlans.h"
 #include "Fixtures/LongRuns.h"
+#include "Fixtures/RealFiles.h"
 #include "Fixtures/TemporaryFolder.h"
 
 #include <algorithm>
@@ -74,7 +76,7 @@ protected:
     std::string outcome() const
     {
         try {
-            const CopySummary summary = job().run(FileManager(), [](const CopyProgress&) {});
+            const CopySummary summary = runOnRealFiles(job());
             return summary.copiedCount == 1 ? "done" : "skipped";
         } catch (const FileError& error) {
             return error.what();
@@ -98,7 +100,7 @@ protected:
 
     void expectSafe(const faults::Plan& plan, const std::string& result) const
     {
-        const bool exists = FileManager().fileExists(target());
+        const bool exists = LinuxFileManager().fileExists(target());
         EXPECT_TRUE(!exists || isWhole()) << "a final name with wrong content";
         EXPECT_TRUE(exists || result != "done") << "counted, but not there";
         EXPECT_TRUE(result == "done" || result.find(": ") != std::string::npos) << result;
@@ -112,7 +114,7 @@ protected:
     }
     void expectRerunCompletes() const
     {
-        const bool wasThere = FileManager().fileExists(target());
+        const bool wasThere = LinuxFileManager().fileExists(target());
         EXPECT_EQ(outcome(), wasThere ? "skipped" : "done");
         EXPECT_TRUE(isWhole());
         EXPECT_TRUE(wasThere || hiddenNames().empty());
@@ -166,7 +168,7 @@ TEST(ReadAhead, neverFailsWhateverFails)
     const TemporaryFolder memory("/dev/shm");
     const Location video = memory.file("x.mov", std::string(300'000, 'x'));
     faults::arm({});
-    FileManager().readAhead(video);
+    LinuxFileManager().readAhead(video);
     const auto calls = faults::disarm();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "posix_fadvise"), 4); // one for the order, three for the bytes
     auto plans = plansFor(calls);
@@ -174,11 +176,11 @@ TEST(ReadAhead, neverFailsWhateverFails)
     plans.insert(plans.end(), deaths.begin(), deaths.end());
     for (const faults::Plan& plan : plans) {
         faults::arm(plan);
-        EXPECT_NO_THROW(FileManager().readAhead(video)) << describe(plan);
+        EXPECT_NO_THROW(LinuxFileManager().readAhead(video)) << describe(plan);
         faults::disarm();
     }
-    FileManager().readAhead(memory / "missing.mov");
-    FileManager().readAhead(memory.folder("folder.mov"));
+    LinuxFileManager().readAhead(memory / "missing.mov");
+    LinuxFileManager().readAhead(memory.folder("folder.mov"));
 }
 
 /// No FAT32 driver is at hand where this is tested, so a disk in memory says it is one.
@@ -192,7 +194,7 @@ TEST(Fat32, refusesAtOnceAFileOfFourGigabytes)
         fs::resize_file(source.path(), size);
         faults::arm({.refusals = {{"write", ENOSPC}}, .fileSystemType = MSDOS_SUPER_MAGIC});
         try {
-            FileManager().copyItem(source, target);
+            copyFile(source, target);
             return "none";
         } catch (const FileError& error) {
             return error.what();

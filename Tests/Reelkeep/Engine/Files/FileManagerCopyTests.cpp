@@ -1,6 +1,8 @@
-#include "Files/FileManager.h"
+#include "Files/FileError.h"
+#include "Files/Stopped.h"
 #include "Files/TemporaryFile.h"
 #include "Files/TemporaryNames.h"
+#include "Fixtures/RealFiles.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Unprivileged.h"
 #include "Fixtures/Walks.h"
@@ -45,7 +47,7 @@ protected:
     std::string failureOfCopy(const Location& source, const Location& target) const
     {
         try {
-            FileManager().copyItem(source, target);
+            copyFile(source, target);
             return "none";
         } catch (const FileError& error) {
             return error.what();
@@ -66,7 +68,7 @@ TEST_F(CopyTest, copiesEveryByteWhateverTheSize)
     for (const std::size_t size : {content.size(), 12 * mebibyte + 4096, 12 * mebibyte, 8 * mebibyte + 1, 8 * mebibyte,
                                    4 * mebibyte + 1, 4 * mebibyte, std::size_t(4096), std::size_t(4095)}) {
         content.resize(size);
-        FileManager().copyItem(card.file("x.mov", content), disk / "x.mov");
+        copyFile(card.file("x.mov", content), disk / "x.mov");
         EXPECT_TRUE(contentOf(disk / "x.mov") == content) << size;
         EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
         fs::remove((disk / "x.mov").path());
@@ -75,7 +77,7 @@ TEST_F(CopyTest, copiesEveryByteWhateverTheSize)
 
 TEST_F(CopyTest, copiesAnEmptyFile)
 {
-    FileManager().copyItem(card.file("x.mov", ""), disk / "x.mov");
+    copyFile(card.file("x.mov", ""), disk / "x.mov");
     EXPECT_EQ(contentOf(disk / "x.mov"), "");
 }
 
@@ -84,7 +86,7 @@ TEST_F(CopyTest, keepsTheModificationTime)
     const Location source = card.file("x.mov");
     const struct timespec times[] = {{1'000'000'000, 0}, {1'600'000'000, 123'456'789}};
     ASSERT_EQ(::utimensat(AT_FDCWD, source.path().c_str(), times, 0), 0);
-    FileManager().copyItem(source, disk / "x.mov");
+    copyFile(source, disk / "x.mov");
     EXPECT_EQ(attributesOf(disk / "x.mov").st_mtim.tv_sec, 1'600'000'000);
     EXPECT_EQ(attributesOf(disk / "x.mov").st_mtim.tv_nsec, 123'456'789);
 }
@@ -95,7 +97,7 @@ TEST_F(CopyTest, keepsTheRightsToReadAndWriteOnly)
         const Location source = card.file("x.mov");
         ASSERT_EQ(::chmod(source.path().c_str(), mode), 0);
         const Location target = disk / std::to_string(mode);
-        FileManager().copyItem(source, target);
+        copyFile(source, target);
         EXPECT_EQ(attributesOf(target).st_mode & 07777U, mode & 0666U);
         fs::remove(source.path());
     }
@@ -106,7 +108,7 @@ TEST_F(CopyTest, leavesTheSourcesAccessTimeAlone)
     const Location source = card.file("x.mov");
     const struct timespec old[] = {{1'000'000'000, 0}, {1'100'000'000, 0}}; // older than modified: due for an update
     ASSERT_EQ(::utimensat(AT_FDCWD, source.path().c_str(), old, 0), 0);
-    FileManager().copyItem(source, disk / "x.mov");
+    copyFile(source, disk / "x.mov");
     EXPECT_EQ(attributesOf(source).st_atim.tv_sec, 1'000'000'000);
 }
 
@@ -129,13 +131,13 @@ TEST_F(CopyTest, worksInAFolderThatCannotBeListed)
 TEST_F(CopyTest, copiesNamesOfTheGreatestLength)
 {
     const std::string name(255, 'n');
-    FileManager().copyItem(card.file(name), disk / name);
+    copyFile(card.file(name), disk / name);
     EXPECT_EQ(onDisk(), std::vector<std::string>{name});
 }
 
 TEST_F(CopyTest, copiesBeyondTheLongestPath)
 {
-    const FileManager files;
+    LinuxFileManager files;
     Location source = card.location();
     Location target = disk.location();
     while (source.path().size() < 5000) {
@@ -145,8 +147,8 @@ TEST_F(CopyTest, copiesBeyondTheLongestPath)
     files.createDirectory(source);
     files.createDirectory(target);
     const Location seed = card.file("x.mov", "deep");
-    files.copyItem(seed, source.appending("x.mov"));
-    files.copyItem(source.appending("x.mov"), target.appending("x.mov"));
+    copyFile(seed, source.appending("x.mov"));
+    copyFile(source.appending("x.mov"), target.appending("x.mov"));
     EXPECT_TRUE(files.fileExists(target.appending("x.mov")));
     EXPECT_EQ(entriesBelow(disk.location(), [](std::string_view) { return true; })[0].size, 4);
 }
@@ -254,7 +256,7 @@ TEST_F(CopyTest, leavesNothingBehindWhenStopped)
 {
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_THROW(FileManager().copyItem(card.file("x.mov"), disk / "x.mov", stop.get_token()), Stopped);
+    EXPECT_THROW(copyFile(card.file("x.mov"), disk / "x.mov", stop.get_token()), Stopped);
     EXPECT_TRUE(onDisk().empty());
 }
 
@@ -262,7 +264,7 @@ TEST_F(CopyTest, replacesWhatAKilledRunLeftBehind)
 {
     disk.file(growing("x.mov"), "half a vid");
     disk.file(sealed("x.mov"), "whole but not named");
-    FileManager().copyItem(card.file("x.mov", "all of it"), disk / "x.mov");
+    copyFile(card.file("x.mov", "all of it"), disk / "x.mov");
     EXPECT_EQ(contentOf(disk / "x.mov"), "all of it");
     EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
 }
@@ -271,7 +273,7 @@ TEST_F(CopyTest, leavesAloneTheSecondNameOfAFinishedVideo)
 {
     const Location finished = disk.file("moved.mov", "finished");
     fs::create_hard_link(finished.path(), (disk / growing("x.mov")).path());
-    FileManager().copyItem(card.file("x.mov"), disk / "x.mov");
+    copyFile(card.file("x.mov"), disk / "x.mov");
     EXPECT_EQ(contentOf(finished), "finished");
     EXPECT_EQ(onDisk(), std::vector<std::string>({"moved.mov", "x.mov"}));
 }
@@ -290,10 +292,10 @@ TEST_F(CopyTest, leavesAloneWhatALivingRunIsWriting)
 TEST_F(CopyTest, takesItsOwnAbandonedReservationForNothing)
 {
     disk.file("x.mov", "");
-    EXPECT_TRUE(FileManager().fileExists(disk / "x.mov"));
+    EXPECT_TRUE(LinuxFileManager().fileExists(disk / "x.mov"));
     disk.file(sealed("x.mov"), "whole");
-    EXPECT_FALSE(FileManager().fileExists(disk / "x.mov"));
-    FileManager().copyItem(card.file("x.mov", "whole"), disk / "x.mov");
+    EXPECT_FALSE(LinuxFileManager().fileExists(disk / "x.mov"));
+    copyFile(card.file("x.mov", "whole"), disk / "x.mov");
     EXPECT_EQ(contentOf(disk / "x.mov"), "whole");
     EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
 }
@@ -302,7 +304,7 @@ TEST_F(CopyTest, takesNoFileWithContentForAReservation)
 {
     disk.file("x.mov", "theirs");
     disk.file(sealed("x.mov"), "whole");
-    EXPECT_TRUE(FileManager().fileExists(disk / "x.mov"));
+    EXPECT_TRUE(LinuxFileManager().fileExists(disk / "x.mov"));
     EXPECT_NE(failureOfCopy(card.file("x.mov"), disk / "x.mov"), "none");
     EXPECT_EQ(contentOf(disk / "x.mov"), "theirs");
 }
@@ -328,7 +330,7 @@ TEST_F(CopyTest, leavesNothingOpen)
         return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
     };
     const auto before = openFiles();
-    FileManager().copyItem(card.file("x.mov"), disk / "x.mov");
+    copyFile(card.file("x.mov"), disk / "x.mov");
     EXPECT_EQ(openFiles(), before);
 }
 

@@ -1,4 +1,5 @@
-#include "Files/FileManager.h"
+#include "Files/FileError.h"
+#include "Files/LinuxFileManager.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Unprivileged.h"
 
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 std::string createDirectoryFailure(const Location& folder)
 {
     try {
-        FileManager().createDirectory(folder);
+        LinuxFileManager().createDirectory(folder);
         return "none";
     } catch (const FileError& error) {
         return error.what();
@@ -33,7 +34,7 @@ Location longPathBelow(const TemporaryFolder& root)
 TEST(CreateDirectory, makesEveryMissingFolder)
 {
     const TemporaryFolder root;
-    FileManager().createDirectory(root / "a/b/c");
+    LinuxFileManager().createDirectory(root / "a/b/c");
     EXPECT_TRUE(fs::is_directory((root / "a/b/c").path()));
 }
 
@@ -54,7 +55,7 @@ TEST(CreateDirectory, worksBeyondTheLongestPath)
     const TemporaryFolder root;
     const Location deep = longPathBelow(root);
     EXPECT_EQ(createDirectoryFailure(deep), "none");
-    EXPECT_TRUE(FileManager().fileExists(deep));
+    EXPECT_TRUE(LinuxFileManager().fileExists(deep));
     EXPECT_EQ(createDirectoryFailure(deep), "none");
 }
 
@@ -89,32 +90,33 @@ TEST(FileExists, seesEveryKindOfEntry)
 {
     const TemporaryFolder root;
     fs::create_symlink("nowhere", (root / "link").path());
-    EXPECT_TRUE(FileManager().fileExists(root.file("file")));
-    EXPECT_TRUE(FileManager().fileExists(root.file("empty", "")));
-    EXPECT_TRUE(FileManager().fileExists(root.folder("folder")));
-    EXPECT_TRUE(FileManager().fileExists(root / "link"));
-    EXPECT_TRUE(FileManager().fileExists(Location("/")));
+    EXPECT_TRUE(LinuxFileManager().fileExists(root.file("file")));
+    EXPECT_TRUE(LinuxFileManager().fileExists(root.file("empty", "")));
+    EXPECT_TRUE(LinuxFileManager().fileExists(root.folder("folder")));
+    EXPECT_TRUE(LinuxFileManager().fileExists(root / "link"));
+    EXPECT_TRUE(LinuxFileManager().fileExists(Location("/")));
 }
 
 TEST(FileExists, isFalseWhereNothingCanStand)
 {
     const TemporaryFolder root;
     root.file("file");
-    EXPECT_FALSE(FileManager().fileExists(root / "missing"));
-    EXPECT_FALSE(FileManager().fileExists(root / "missing/below"));
-    EXPECT_FALSE(FileManager().fileExists(root / "file/below"));
-    EXPECT_FALSE(FileManager().fileExists(longPathBelow(root)));
-    EXPECT_FALSE(FileManager().fileExists((root / "file").appending(longPathBelow(root).path())));
+    EXPECT_FALSE(LinuxFileManager().fileExists(root / "missing"));
+    EXPECT_FALSE(LinuxFileManager().fileExists(root / "missing/below"));
+    EXPECT_FALSE(LinuxFileManager().fileExists(root / "file/below"));
+    EXPECT_FALSE(LinuxFileManager().fileExists(longPathBelow(root)));
+    EXPECT_FALSE(LinuxFileManager().fileExists((root / "file").appending(longPathBelow(root).path())));
 }
 
 TEST(FileExists, failsWhereItCannotBeTold)
 {
     const TemporaryFolder root;
-    EXPECT_THROW(FileManager().fileExists(root / std::string(256, 'n')), FileError);
+    EXPECT_THROW(LinuxFileManager().fileExists(root / std::string(256, 'n')), FileError);
     root.file("locked/x.mov");
     fs::permissions((root / "locked").path(), fs::perms(0700));
-    EXPECT_EQ(runUnprivileged([&] { return FileManager().fileExists(root / "locked/x.mov") ? "there" : "not there"; }),
-              (root / "locked/x.mov").path() + ": no tienes permiso.");
+    EXPECT_EQ(
+        runUnprivileged([&] { return LinuxFileManager().fileExists(root / "locked/x.mov") ? "there" : "not there"; }),
+        (root / "locked/x.mov").path() + ": no tienes permiso.");
 }
 
 } // namespace

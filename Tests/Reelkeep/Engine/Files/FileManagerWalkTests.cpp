@@ -1,4 +1,5 @@
-#include "Files/FileManager.h"
+#include "Files/LinuxFileManager.h"
+#include "Files/Stopped.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Unprivileged.h"
 #include "Fixtures/Walks.h"
@@ -330,7 +331,7 @@ TEST_F(WalkTest, stopsWhenAsked)
         return true;
     };
     root.file("y.mov");
-    EXPECT_THROW(entriesBelow(root.location(), stopAtTheFirst, FileManager(), stop.get_token()), Stopped);
+    EXPECT_THROW(entriesBelow(root.location(), stopAtTheFirst, LinuxFileManager(), stop.get_token()), Stopped);
 }
 
 TEST_F(WalkTest, leavesNothingOpen)

@@ -1,4 +1,5 @@
 #include "CopyJob.h"
+#include "Files/LinuxFileManager.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/LongRuns.h"
 #include "Fixtures/MountedDisk.h"
@@ -41,7 +42,7 @@ protected:
     {
         const Location base = disk ? disk->location() : folder.location();
         const Location made = base.appending("disk" + std::to_string(number));
-        FileManager().createDirectory(made);
+        LinuxFileManager().createDirectory(made);
         return made;
     }
     pid_t startCopy(const Location& target) const { return start({COPY_PROBE, card.location().path(), target.path()}); }
@@ -53,7 +54,8 @@ protected:
         for (const std::string& path : everythingBelow(target)) {
             const Location found = target.appending(path);
             const bool isHidden = path.find("/.MVI_") != std::string::npos;
-            const bool isVideo = !isHidden && S_ISREG(attributesOf(found).st_mode) && FileManager().fileExists(found);
+            const bool isVideo =
+                !isHidden && S_ISREG(attributesOf(found).st_mode) && LinuxFileManager().fileExists(found);
             hidden += isHidden ? 1 : 0;
             EXPECT_TRUE(!isVideo || contentOf(found) == contentOf(card / path)) << path;
         }

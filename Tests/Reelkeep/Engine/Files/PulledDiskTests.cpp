@@ -1,6 +1,8 @@
 #include "CopyJob.h"
+#include "Files/FileError.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/MountedDisk.h"
+#include "Fixtures/RealFiles.h"
 #include "Fixtures/Walks.h"
 #include "VideoSyncService.h"
 
@@ -64,7 +66,7 @@ TEST_P(PulledDiskTest, isAnErrorInMidCopyAndTheNextRunCompletes)
     hand.join();
     EXPECT_EQ(failure, disk.location().appending("x.mov").path() + ": el disco se ha desconectado.");
     disk.remount();
-    EXPECT_FALSE(FileManager().fileExists(disk.location().appending("x.mov")));
+    EXPECT_FALSE(LinuxFileManager().fileExists(disk.location().appending("x.mov")));
     EXPECT_EQ(failureOfCopy(card.location(), disk.location()), "none");
     expectOnlyWholeVideos(card.location(), disk.location());
 }
@@ -105,10 +107,10 @@ TEST_P(DetachedDiskTest, isReadToItsEndOrAnErrorInMidScan)
     }
     for (int afterNames = 1; afterNames <= 80; afterNames += 13) {
         MountedDisk disk(GetParam());
-        const CopyJob job{.videos = VideoSyncService::scanVideoFiles(original.location(), FileManager()),
+        const CopyJob job{.videos = VideoSyncService::scanVideoFiles(original.location(), LinuxFileManager()),
                           .sourceRoot = original.location(),
                           .destinationRoot = disk.location()};
-        job.run(FileManager(), [](const CopyProgress&) {});
+        runOnRealFiles(job);
         std::atomic<int> names = 0;
         const auto detachAtTheName = [&](std::string_view) {
             if (++names == afterNames)

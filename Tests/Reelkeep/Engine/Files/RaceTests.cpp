@@ -1,8 +1,9 @@
 #include "Files/FileDescriptor.h"
-#include "Files/FileManager.h"
+#include "Files/FileError.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/LongRuns.h"
 #include "Fixtures/MountedDisk.h"
+#include "Fixtures/RealFiles.h"
 
 #include <atomic>
 #include <cerrno>
@@ -120,7 +121,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
     const TemporaryFolder card("/dev/shm");
     const std::string video = contentOfLength(5000, 1);
     const Location source = card.file("x.mov", video);
-    const FileManager files;
+    LinuxFileManager files;
     const int count = rounds(GetParam().fewRounds, GetParam().manyRounds);
     std::atomic<int> ready = 0;
     std::atomic<int> started = 0;
@@ -156,14 +157,14 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
     for (int number = 1; number <= count || (number <= 50 * count && isUndecided()); number = ++done + 1) {
         const Location target = placeOf(number);
         if (deedOf(number) == Deed::replaceByFile)
-            files.copyItem(card.file("foreign", foreign), asideOf(number));
+            copyFile(card.file("foreign", foreign), asideOf(number));
         while (ready.load() < number)
             std::this_thread::yield();
         const auto before = std::chrono::steady_clock::now();
         started = number;
         bool isCopied = true;
         try {
-            files.copyItem(source, target);
+            copyFile(source, target);
         } catch (const FileError&) {
             isCopied = false;
         }

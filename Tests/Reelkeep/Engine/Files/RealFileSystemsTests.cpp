@@ -1,8 +1,11 @@
 #include "CopyJob.h"
 #include "Files/Disk.h"
 #include "Files/FileDescriptor.h"
+#include "Files/FileError.h"
+#include "Files/Stopped.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/MountedDisk.h"
+#include "Fixtures/RealFiles.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -85,8 +88,7 @@ TEST_P(FileSystemTest, writesNothingTheSecondTime)
     const CopyJob job{.videos = missing(card.location(), disk.location()),
                       .sourceRoot = card.location(),
                       .destinationRoot = disk.location()};
-    const auto ignore = [](const CopyProgress&) {};
-    job.run(FileManager(), ignore);
+    runOnRealFiles(job);
     const auto snapshot = [&] {
         std::vector<std::string> all;
         for (const std::string& path : everythingBelow(disk.location())) {
@@ -97,7 +99,7 @@ TEST_P(FileSystemTest, writesNothingTheSecondTime)
         return all;
     };
     const auto before = snapshot();
-    EXPECT_EQ(job.run(FileManager(), ignore).skippedCount, 10);
+    EXPECT_EQ(runOnRealFiles(job).skippedCount, 10);
     EXPECT_EQ(snapshot(), before);
 }
 
@@ -114,7 +116,7 @@ TEST_P(FileSystemTest, convergesAfterAnInterruption)
             if (report.completedCount == std::int64_t(interrupted))
                 stop.request_stop();
         };
-        EXPECT_THROW(job.run(FileManager(), stopThere, stop.get_token()), Stopped);
+        EXPECT_THROW(runOnRealFiles(job, stopThere, stop.get_token()), Stopped);
         expectOnlyWholeVideos(card.location(), disk.location());
     }
     copyMissing(card.location(), disk.location());
@@ -183,8 +185,8 @@ TEST_F(DiskTest, leavesAVideoThatDiffersInLetterCaseOnlyAloneOnExfat)
     const MountedDisk disk("exfat");
     const TemporaryFolder card;
     const Location source = card.file("CLIP.MOV", "from the card");
-    FileManager().copyItem(card.file("theirs.mov", "theirs"), disk.location().appending("clip.mov"));
-    EXPECT_THROW(FileManager().copyItem(source, disk.location().appending("CLIP.MOV")), FileError);
+    copyFile(card.file("theirs.mov", "theirs"), disk.location().appending("clip.mov"));
+    EXPECT_THROW(copyFile(source, disk.location().appending("CLIP.MOV")), FileError);
     EXPECT_EQ(contentOf(disk.location().appending("clip.mov")), "theirs");
 }
 
@@ -250,7 +252,7 @@ TEST_F(DiskTest, sharesTheBlocksWithinOneDisk)
         const TemporaryFolder card;
         const std::string content = contentOfLength(64U << 20U, 3);
         card.file("x.mov", content);
-        FileManager().copyItem(card / "x.mov", disk.location().appending("x.mov"));
+        copyFile(card / "x.mov", disk.location().appending("x.mov"));
         const auto freeBytes = [&] {
             struct statvfs status = {};
             ::sync();
@@ -258,7 +260,7 @@ TEST_F(DiskTest, sharesTheBlocksWithinOneDisk)
             return std::int64_t(status.f_bfree * status.f_frsize);
         };
         const auto before = freeBytes();
-        FileManager().copyItem(disk.location().appending("x.mov"), disk.location().appending("again.mov"));
+        copyFile(disk.location().appending("x.mov"), disk.location().appending("again.mov"));
         EXPECT_LT(before - freeBytes(), 8 << 20) << kind;
         EXPECT_TRUE(contentOf(disk.location().appending("again.mov")) == content);
     }

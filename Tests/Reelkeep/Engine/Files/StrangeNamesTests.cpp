@@ -1,4 +1,5 @@
 #include "CopyJob.h"
+#include "Files/LinuxFileManager.h"
 #include "Fixtures/CopyRuns.h"
 #include "VideoSyncService.h"
 
@@ -77,7 +78,7 @@ RC_GTEST_PROP(StrangeNames, comeThroughScanMatchCopyAndRescan, ())
         if (made.insert(path).second)
             card.file(path, "content of " + std::to_string(i));
     }
-    const FileManager files;
+    LinuxFileManager files;
     const VideoList found = VideoSyncService::scanVideoFiles(card.location(), files);
     RC_ASSERT(found.size() == made.size());
     for (const VideoFile& video : found)

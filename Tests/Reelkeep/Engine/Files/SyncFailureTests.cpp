@@ -1,5 +1,7 @@
 #include "CopyJob.h"
+#include "Files/FileError.h"
 #include "Fixtures/Faults.h"
+#include "Fixtures/RealFiles.h"
 #include "Fixtures/TemporaryFolder.h"
 
 #include <algorithm>
@@ -23,7 +25,7 @@ int failureOfCopy(const TemporaryFolder& memory)
                           .createdAt = std::nullopt};
     const CopyJob job = {.videos = {video}, .sourceRoot = memory / "card", .destinationRoot = memory / "disk"};
     try {
-        job.run(FileManager(), [](const CopyProgress&) {});
+        runOnRealFiles(job);
         return 0;
     } catch (const FileError& error) {
         return error.code();
@@ -86,7 +88,7 @@ TEST(NewFolders, areMadeWhereThereAreNone)
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk/a");
     faults::arm({});
-    FileManager().createDirectory(memory / "disk/a/b/c");
+    LinuxFileManager().createDirectory(memory / "disk/a/b/c");
     const auto calls = faults::disarm();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "mkdirat"), 2);
 }

@@ -1,3 +1,4 @@
+#include "Files/FileError.h"
 #include "Fixtures/Faults.h"
 #include "Fixtures/LongRuns.h"
 #include "Fixtures/TemporaryFolder.h"

@@ -1,3 +1,4 @@
+#include "Files/FileError.h"
 #include "Fixtures/FaultPlans.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Walks.h"

@@ -1,4 +1,6 @@
+#include "Files/Stopped.h"
 #include "Fixtures/FaultyCopy.h"
+#include "Fixtures/RealFiles.h"
 #include "Fixtures/TemporaryFolder.h"
 
 #include <algorithm>
@@ -120,7 +122,7 @@ TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
             {.call = isPublished ? "renameat2" : "fsync", .occurrence = 1, .deed = [&] { end.request_stop(); }});
         bool isStopped = false;
         try {
-            FileManager().copyItem(video(), target(), end.get_token());
+            copyFile(video(), target(), end.get_token());
         } catch (const Stopped&) {
             isStopped = true;
         }

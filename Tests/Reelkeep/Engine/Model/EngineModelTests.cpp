@@ -1,3 +1,4 @@
+#include "Files/FileError.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Unprivileged.h"
 #include "Model/EngineRuns.h"

@@ -1,5 +1,8 @@
 #include "Model/EngineRuns.h"
 
+#include "Files/FileError.h"
+#include "Fixtures/RealFiles.h"
+
 #include "CopyJob.h"
 
 #include <stdexcept>
@@ -16,7 +19,7 @@ std::vector<std::string> placesOf(const std::vector<std::string>& relative, cons
 
 VideoList scan(const std::vector<std::string>& places)
 {
-    return VideoSyncService::scanVideoFiles(std::vector<Location>(places.begin(), places.end()), FileManager());
+    return VideoSyncService::scanVideoFiles(std::vector<Location>(places.begin(), places.end()), LinuxFileManager());
 }
 
 std::vector<naive::Video> plain(const VideoList& videos)
@@ -49,7 +52,7 @@ EngineCopy copy(const VideoList& videos, const std::string& source, const std::s
                          .destinationRoot = Location(destination),
                          .preserveFolderStructure = preservesStructure};
     try {
-        result.summary = job.run(FileManager(), [&](const CopyProgress& progress) {
+        result.summary = runOnRealFiles(job, [&](const CopyProgress& progress) {
             result.reports.push_back(std::to_string(progress.completedCount) + "/" +
                                      std::to_string(progress.totalCount) + " " + progress.currentFileName);
         });

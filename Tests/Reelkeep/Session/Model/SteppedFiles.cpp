@@ -1,5 +1,8 @@
 #include "Model/SteppedFiles.h"
 
+#include "Files/FileError.h"
+#include "Files/Stopped.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -16,20 +19,20 @@ constexpr std::chrono::seconds patience{30};
 
 bool SteppedFiles::waitForCall(std::thread::id worker, const std::string& call) const
 {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, patience, [&] {
-        const auto found = calls.find(worker);
-        return found != calls.end() && !found->second.going && found->second.text == call;
+    std::unique_lock lock(steps->mutex);
+    return steps->changed.wait_for(lock, patience, [&] {
+        const auto found = steps->calls.find(worker);
+        return found != steps->calls.end() && !found->second.going && found->second.text == call;
     });
 }
 
 std::optional<std::thread::id> SteppedFiles::waitForNewWorker(const std::vector<std::thread::id>& known,
                                                               const std::string& call) const
 {
-    std::unique_lock lock(mutex);
+    std::unique_lock lock(steps->mutex);
     std::optional<std::thread::id> worker;
-    changed.wait_for(lock, patience, [&] {
-        for (const auto& [id, inHand] : calls) {
+    steps->changed.wait_for(lock, patience, [&] {
+        for (const auto& [id, inHand] : steps->calls) {
             if (!inHand.going && inHand.text == call && std::find(known.begin(), known.end(), id) == known.end())
                 worker = id;
         }
@@ -40,27 +43,27 @@ std::optional<std::thread::id> SteppedFiles::waitForNewWorker(const std::vector<
 
 void SteppedFiles::resume(std::thread::id worker, Going going)
 {
-    const std::lock_guard lock(mutex);
-    calls.at(worker).going = going;
-    changed.notify_all();
+    const std::lock_guard lock(steps->mutex);
+    steps->calls.at(worker).going = going;
+    steps->changed.notify_all();
 }
 
 std::size_t SteppedFiles::callCount() const
 {
-    const std::lock_guard lock(mutex);
-    return calls.size();
+    const std::lock_guard lock(steps->mutex);
+    return steps->calls.size();
 }
 
 void SteppedFiles::waitForTurn(const std::string& text, const Location& failing, const std::stop_token& stop) const
 {
-    std::unique_lock lock(mutex);
+    std::unique_lock lock(steps->mutex);
     const std::thread::id self = std::this_thread::get_id();
-    calls[self] = {text, std::nullopt};
-    changed.notify_all();
-    changed.wait(lock, stop, [&] { return calls[self].going.has_value(); });
-    const std::optional<Going> going = calls[self].going;
-    calls.erase(self);
-    changed.notify_all();
+    steps->calls[self] = {text, std::nullopt};
+    steps->changed.notify_all();
+    steps->changed.wait(lock, stop, [&] { return steps->calls[self].going.has_value(); });
+    const std::optional<Going> going = steps->calls[self].going;
+    steps->calls.erase(self);
+    steps->changed.notify_all();
     if (!going)
         throw Stopped();
     switch (*going) {
@@ -82,7 +85,7 @@ void SteppedFiles::regularFiles(const Location& root, const NameFilter& wanted, 
     MemoryFileManager::regularFiles(root, wanted, found, stop);
 }
 
-void SteppedFiles::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const
+void SteppedFiles::copyItem(const Location& source, const Location& target, const std::stop_token& stop)
 {
     waitForTurn("copy " + source.path() + " -> " + target.path(), target, stop);
     MemoryFileManager::copyItem(source, target, stop);

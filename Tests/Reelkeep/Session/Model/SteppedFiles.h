@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -34,7 +35,7 @@ public:
 
     void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
                       const std::stop_token& stop) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) const override;
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
 
 private:
     struct Call {
@@ -45,9 +46,12 @@ private:
     /// `failing` is the path that a disk error names.
     void waitForTurn(const std::string& text, const Location& failing, const std::stop_token& stop) const;
 
-    mutable std::mutex mutex;
-    mutable std::condition_variable_any changed;
-    mutable std::map<std::thread::id, Call> calls;
+    struct Steps {
+        std::mutex mutex;
+        std::condition_variable_any changed;
+        std::map<std::thread::id, Call> calls;
+    };
+    const std::unique_ptr<Steps> steps = std::make_unique<Steps>();
 };
 
 } // namespace reelkeep

@@ -1,6 +1,6 @@
 #include "Files/Disk.h"
-#include "Files/FileManager.h"
 #include "Files/FolderReaders.h"
+#include "Files/LinuxFileManager.h"
 
 #include <cstddef>
 #include <utility>
@@ -20,8 +20,8 @@ struct Level {
 } // namespace
 
 /// Depth first, without recursion: a tree may be deeper than the stack.
-void FileManager::regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
-                               const std::stop_token& stop) const
+void LinuxFileManager::regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                                    const std::stop_token& stop) const
 {
     FolderReaders readers(root, wanted, stop, diskHolding(root).walkers);
     readers.waitFor(readers.topFolder());
@@ -56,7 +56,7 @@ void FileManager::regularFiles(const Location& root, const NameFilter& wanted, c
     }
 }
 
-Disk FileManager::diskHolding(const Location& place) const
+Disk LinuxFileManager::diskHolding(const Location& place) const
 {
     return reelkeep::diskHolding(place);
 }

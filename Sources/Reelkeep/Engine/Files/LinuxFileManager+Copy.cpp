@@ -1,5 +1,6 @@
 #include "Files/FileError.h"
-#include "Files/FileManager.h"
+#include "Files/LinuxFileManager.h"
+#include "Files/Stopped.h"
 #include "Files/SystemCalls.h"
 #include "Files/TemporaryFile.h"
 
@@ -93,12 +94,6 @@ private:
     struct stat before = {};
 };
 
-void throwIfStopped(const std::stop_token& stop)
-{
-    if (stop.stop_requested())
-        throw Stopped();
-}
-
 /// Copies what can be read, not much beyond the size it began with: a file that is being written may never end.
 /// A loop of its own, not one in the kernel: only so is it known which disk failed.
 std::int64_t transfer(SourceFile& source, TemporaryFile& copy, const std::stop_token& stop)
@@ -122,7 +117,7 @@ std::int64_t transfer(SourceFile& source, TemporaryFile& copy, const std::stop_t
 
 } // namespace
 
-void FileManager::copyItem(const Location& source, const Location& target, const std::stop_token& stop) const
+void LinuxFileManager::copyItem(const Location& source, const Location& target, const std::stop_token& stop)
 {
     throwIfStopped(stop);
     SourceFile original(source);
@@ -136,7 +131,7 @@ void FileManager::copyItem(const Location& source, const Location& target, const
     copy.publish();
 }
 
-void FileManager::readAhead(const Location& source) const
+void LinuxFileManager::readAhead(const Location& source)
 {
     try {
         SourceFile(source).fetch(0);

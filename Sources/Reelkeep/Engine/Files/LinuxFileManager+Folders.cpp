@@ -1,5 +1,5 @@
 #include "Files/FileError.h"
-#include "Files/FileManager.h"
+#include "Files/LinuxFileManager.h"
 #include "Files/SystemCalls.h"
 #include "Files/TemporaryFile.h"
 
@@ -43,7 +43,7 @@ FileDescriptor makeFolder(int above, const std::string& name, const std::string&
 
 } // namespace
 
-void FileManager::createDirectory(const Location& folder) const
+void LinuxFileManager::createDirectory(const Location& folder)
 {
     const ReachablePath whole(folder.path());
     if (openPlace(whole.folder(), whole.rest()))
@@ -65,7 +65,7 @@ void FileManager::createDirectory(const Location& folder) const
     }
 }
 
-bool FileManager::fileExists(const Location& place) const
+bool LinuxFileManager::fileExists(const Location& place) const
 {
     const ReachablePath reachable(place.path());
     struct stat status = {};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Files/FileManager.h"
+
+namespace reelkeep {
+
+/// The file systems of this machine, by system calls. It holds no state and no open files between calls.
+class LinuxFileManager : public FileManager {
+public:
+    void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
+                      const std::stop_token& stop) const override;
+    Disk diskHolding(const Location& place) const override;
+    void createDirectory(const Location& folder) override;
+    bool fileExists(const Location& place) const override;
+    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
+    void readAhead(const Location& source) override;
+};
+
+} // namespace reelkeep

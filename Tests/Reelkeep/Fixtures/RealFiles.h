@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CopyJob.h"
+#include "Files/LinuxFileManager.h"
+
+namespace reelkeep {
+
+/// Copies one file on the real file system; throws as `FileManager::copyItem` does.
+inline void copyFile(const Location& source, const Location& target, const std::stop_token& stop = {})
+{
+    LinuxFileManager().copyItem(source, target, stop);
+}
+
+/// Runs a copy job on the real file system.
+inline CopySummary runOnRealFiles(
+    const CopyJob& job, const CopyJob::ProgressSink& progress = [](const CopyProgress&) {},
+    const std::stop_token& stop = {})
+{
+    LinuxFileManager files;
+    return job.run(files, progress, stop);
+}
+
+} // namespace reelkeep
