@@ -111,10 +111,12 @@ bool struck()
 std::vector<int> plausibleErrors(const std::string& call)
 {
     static const std::map<std::string, std::vector<int>> particular = {
-        {"openat", {EACCES, EPERM, ENOENT, EMFILE, ENOSPC, EROFS, EILSEQ, EEXIST, ESTALE}},
-        {"fstatat", {EACCES, ENOENT, ESTALE}},
-        {"statx", {EACCES, ENOENT, ESTALE}},
-        {"getdents64", {ENOENT, EINVAL}},
+        {"openat",
+         {EACCES, EPERM, ENOENT, ENOTDIR, ELOOP, EMFILE, ENFILE, EINTR, ENOSPC, EROFS, EILSEQ, EEXIST, ESTALE,
+          ETIMEDOUT, EUCLEAN, EBADMSG, ENOMEDIUM}},
+        {"fstatat", {EACCES, ENOENT, ESTALE, EUCLEAN, EBADMSG, ETIMEDOUT}},
+        {"statx", {EACCES, ENOENT, ESTALE, EUCLEAN, EBADMSG, ETIMEDOUT}},
+        {"getdents64", {ENOENT, EINVAL, EACCES, EPERM, EINTR, ENOMEDIUM, EUCLEAN, EBADMSG, ETIMEDOUT}},
         {"mkdirat", {EACCES, ENOSPC, EDQUOT, EROFS, ENOENT, EILSEQ, EMLINK}},
         {"mknodat", {EACCES, ENOSPC, EROFS, ENOENT, EILSEQ, EPERM, ENOSYS}},
         {"unlinkat", {EACCES, EPERM, EBUSY, EROFS}},

@@ -1,21 +1,23 @@
 #include "Files/FileError.h"
 
+#include "Files/Location.h"
+
 #include <cerrno>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
 
 namespace reelkeep {
 
-FileError::FileError(std::string filePath, int errorNumber)
-    : FileError(std::move(filePath), errorNumber, failureReason(errorNumber))
+FileError::FileError(const std::string& filePath, int errorNumber)
+    : FileError(filePath, errorNumber, failureReason(errorNumber))
 {
 }
 
-FileError::FileError(std::string filePath, int errorNumber, const std::string& reason)
-    : std::runtime_error(filePath + ": " + reason + "."), failedPath(std::move(filePath)), number(errorNumber)
+FileError::FileError(const std::string& filePath, int errorNumber, const std::string& reason)
+    : std::runtime_error(Location(filePath).path() + ": " + reason + "."), failedPath(Location(filePath).path()),
+      number(errorNumber)
 {
 }
 
@@ -46,7 +48,7 @@ std::string failureReason(int errorNumber)
     case EEXIST:
         return "ya existe";
     case ELOOP:
-        return "es un enlace, no un archivo";
+        return "hay enlaces que no llevan a ninguna parte";
     case EBUSY:
         return "otro programa lo esta usando";
     case EMFILE:
@@ -54,6 +56,30 @@ std::string failureReason(int errorNumber)
         return "hay demasiados archivos abiertos";
     case ENOMEM:
         return "no queda memoria";
+    case EAGAIN:
+        return "otro programa lo tiene bloqueado";
+    case EUCLEAN:
+        return "el sistema de archivos del disco esta danado; hay que repararlo";
+    case EBADMSG:
+        return "el disco ha devuelto datos danados";
+    case ETIMEDOUT:
+        return "el disco no ha respondido a tiempo";
+    case EBADF:
+        return "el disco ha perdido el archivo abierto";
+    case EINVAL:
+    case ENOSYS:
+    case ENOTSUP:
+        return "este disco no admite la operacion";
+    case ENOLCK:
+        return "este disco no puede proteger el archivo de otros programas";
+    case ENETDOWN:
+    case ENETUNREACH:
+    case EHOSTUNREACH:
+    case ECONNREFUSED:
+    case ECONNRESET:
+        return "no se llega al disco por la red";
+    case ENOKEY:
+        return "el disco esta cifrado y sin desbloquear";
     case EIO:
         return "error de lectura o escritura; comprueba que el disco esta bien y sigue conectado";
     case ENODEV:
@@ -66,36 +92,36 @@ std::string failureReason(int errorNumber)
     case ESTALE:
         return "el disco se ha desconectado";
     default:
-        return std::error_code(errorNumber, std::generic_category()).message();
+        return "error " + std::to_string(errorNumber) + " del sistema (" +
+               std::error_code(errorNumber, std::generic_category()).message() + ")";
     }
 }
 
-FileError creationError(int folder, std::string path, int errorNumber)
+FileError creationError(int folder, const std::string& path, int errorNumber)
 {
     struct stat status = {};
     const bool mayBeTheName = errorNumber == ENOENT || errorNumber == EINVAL || errorNumber == EILSEQ;
     if (mayBeTheName && ::fstat(folder, &status) == 0 && status.st_nlink > 0)
-        return {std::move(path), errorNumber, failureReason(EILSEQ)};
-    return {std::move(path), errorNumber};
+        return {path, errorNumber, failureReason(EILSEQ)};
+    return {path, errorNumber};
 }
 
-FileError readError(std::string path, int errorNumber, dev_t device)
+FileError readError(const std::string& path, int errorNumber, dev_t device)
 {
     if (errorNumber == EIO && isDisconnected(device))
-        return {std::move(path), ENODEV};
+        return {path, ENODEV};
     if (errorNumber == EIO)
-        return {std::move(path), EIO,
-                "no se puede leer; comprueba que la tarjeta o el disco esta bien y sigue conectado"};
-    return {std::move(path), errorNumber};
+        return {path, EIO, "no se puede leer; comprueba que la tarjeta o el disco esta bien y sigue conectado"};
+    return {path, errorNumber};
 }
 
-FileError writeError(std::string path, int errorNumber, dev_t device)
+FileError writeError(const std::string& path, int errorNumber, dev_t device)
 {
     if (errorNumber == EIO && isDisconnected(device))
-        return {std::move(path), ENODEV};
+        return {path, ENODEV};
     if (errorNumber == EIO)
-        return {std::move(path), EIO, "no se puede escribir; comprueba que el disco esta bien y sigue conectado"};
-    return {std::move(path), errorNumber};
+        return {path, EIO, "no se puede escribir; comprueba que el disco esta bien y sigue conectado"};
+    return {path, errorNumber};
 }
 
 bool isDisconnected(dev_t device)

@@ -6,11 +6,12 @@
 
 namespace reelkeep {
 
-/// A file-system operation that failed. `what()` is the text for the user: the path and the reason, in Spanish.
+/// A file-system operation that failed. `what()` is the text for the user: the path, without a separator at its end,
+/// and the reason, in Spanish.
 class FileError : public std::runtime_error {
 public:
-    FileError(std::string filePath, int errorNumber);
-    FileError(std::string filePath, int errorNumber, const std::string& reason);
+    FileError(const std::string& filePath, int errorNumber);
+    FileError(const std::string& filePath, int errorNumber, const std::string& reason);
 
     const std::string& path() const { return failedPath; }
     /// The `errno` value behind the failure; 0 if no system call failed.
@@ -26,12 +27,12 @@ std::string failureReason(int errorNumber);
 
 /// A new entry could not be made at `path` in the open folder `folder`. Some file systems report "not found" for a name
 /// that they do not admit; as long as the folder itself is there, that is what it means.
-FileError creationError(int folder, std::string path, int errorNumber);
+FileError creationError(int folder, const std::string& path, int errorNumber);
 
 /// Reading from, or writing to, an open file on `device` failed. Distinguishes a damaged disk from one that was pulled
 /// out.
-FileError readError(std::string path, int errorNumber, dev_t device);
-FileError writeError(std::string path, int errorNumber, dev_t device);
+FileError readError(const std::string& path, int errorNumber, dev_t device);
+FileError writeError(const std::string& path, int errorNumber, dev_t device);
 
 /// Whether the disk behind a device number has gone. False if that cannot be known (network, FUSE, btrfs).
 bool isDisconnected(dev_t device);

@@ -1,25 +1,22 @@
 #include "Files/FolderListing.h"
 
 #include "Files/FileError.h"
-#include "Files/Location.h"
 #include "Files/Stopped.h"
 #include "Files/SystemCalls.h"
 
 #include <array>
 #include <cerrno>
-#include <cstddef>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <utility>
 
 namespace reelkeep {
 
 namespace {
 
-/// Absent for dates beyond what can be told in nanoseconds, as damaged disks show them.
+/// Absent for dates that nanoseconds cannot express, as damaged disks report them.
 std::optional<Date> dateOf(const struct timespec& time)
 {
     constexpr std::int64_t farthest = 9'000'000'000; // the year 2255
@@ -28,16 +25,17 @@ std::optional<Date> dateOf(const struct timespec& time)
     return Date(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
-/// Reads one folder. Attributes are asked for only where they matter, yet the outcome is as if every entry's had been.
-class FolderReader {
+/// Builds the listing of one folder entry by entry. Attributes are read only if they matter, yet the outcome is as if
+/// every entry's had been read.
+class ListingBuilder {
 public:
-    FolderReader(int openFolder, const std::string& folderPath, const NameFilter& wantedNames)
-        : folder(openFolder), path(folderPath), wanted(wantedNames)
+    ListingBuilder(int openFolder, dev_t folderDevice, const std::string& folderPath, const NameFilter& wantedNames)
+        : folder(openFolder), device(folderDevice), path(folderPath), wanted(wantedNames)
     {
     }
 
-    /// Takes one entry; throws FileError where it cannot be told what it is.
-    void take(const char* name, unsigned char type)
+    /// Throws FileError if it cannot be known what the entry is.
+    void add(const char* name, unsigned char type)
     {
         if (isHidden(name))
             return;
@@ -51,15 +49,15 @@ public:
             isEntered = true;
         }
         if (isWanted && S_ISREG(status.st_mode))
-            add(name, {.size = status.st_size, .contentModificationDate = dateOf(status.st_mtim)});
+            append(name, {.size = status.st_size, .contentModificationDate = dateOf(status.st_mtim)});
         else if ((type == DT_DIR || S_ISDIR(status.st_mode)) && !isPackage(name)) {
-            add(name, {.isFolder = true});
-            isEntered |= firstVisible == name; // by whoever opens it, or is not able to
+            append(name, {.isFolder = true});
+            isEntered |= firstVisible == name; // opening the subfolder later will show whether we may enter
         }
     }
 
-    /// A folder that one may list but not enter shows its entries' names and nothing else. Where nothing was asked for
-    /// below it, that has not come to light yet.
+    /// A folder that one may list but not enter shows its entries' names and nothing else. If no entry's attributes
+    /// were read so far, we do not know yet whether this is one, so the first entry's are read.
     void requireEntered()
     {
         struct stat status = {};
@@ -71,15 +69,15 @@ public:
     FolderListing listing;
 
 private:
-    /// Where the folder may not be entered, its first entry is the first that cannot be looked at.
+    /// In a folder that may not be entered, the first entry is the first that cannot be examined.
     [[noreturn]] void fail(const std::string& name, int errorNumber)
     {
         const bool isForbidden = errorNumber == EACCES && !isEntered;
         if (isForbidden)
             listing.items.clear();
-        throw FileError(path + (isForbidden ? firstVisible : name), errorNumber);
+        throw readError(path + (isForbidden ? firstVisible : name), errorNumber, device);
     }
-    void add(const char* name, FolderListing::Item item)
+    void append(const char* name, FolderListing::Item item)
     {
         item.nameBegin = listing.names.size();
         listing.names.append(name, std::strlen(name) + 1);
@@ -87,54 +85,40 @@ private:
     }
 
     int folder;
+    dev_t device;
     const std::string& path;
     const NameFilter& wanted;
     std::string firstVisible;
     bool isEntered = false;
 };
 
-void readEntries(FolderReader& reader, int folder, const FolderPlace& place, const std::string& path,
-                 const std::stop_token& stop)
-{
-    alignas(struct dirent64) std::array<char, std::size_t(128) << 10> buffer;
-    for (;;) {
-        const auto count = uninterrupted([&] { return ::getdents64(folder, buffer.data(), buffer.size()); });
-        if (count < 0)
-            requireStillThere(place, path, errno);
-        if (count <= 0)
-            return;
-        for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
-            throwIfStopped(stop);
-            const auto* entry = reinterpret_cast<const struct dirent64*>(buffer.data() + at);
-            reader.take(entry->d_name, entry->d_type);
-            at += entry->d_reclen;
-        }
-    }
-}
-
 } // namespace
 
-FolderListing listFolder(int folder, const FolderPlace& place, const std::string& path, const NameFilter& wanted,
+FolderListing listFolder(int folder, dev_t device, const std::string& path, const NameFilter& wanted,
                          const std::stop_token& stop)
 {
-    throwIfStopped(stop);
-    FolderReader reader(folder, path, wanted);
+    ListingBuilder builder(folder, device, path, wanted);
+    alignas(struct dirent64) std::array<char, std::size_t(128) << 10> buffer;
     try {
-        readEntries(reader, folder, place, path, stop);
-        reader.requireEntered();
+        for (;;) {
+            throwIfStopped(stop);
+            const auto count = uninterrupted([&] { return ::getdents64(folder, buffer.data(), buffer.size()); });
+            if (count < 0)
+                throw readError(path, errno, device);
+            if (count == 0)
+                break;
+            for (std::size_t at = 0; at < static_cast<std::size_t>(count);) {
+                throwIfStopped(stop);
+                const auto* entry = reinterpret_cast<const struct dirent64*>(buffer.data() + at);
+                builder.add(entry->d_name, entry->d_type);
+                at += entry->d_reclen;
+            }
+        }
+        builder.requireEntered();
     } catch (const FileError&) {
-        reader.listing.failure = std::current_exception();
+        builder.listing.failure = std::current_exception();
     }
-    return std::move(reader.listing);
-}
-
-void requireStillThere(const FolderPlace& place, const std::string& path, int errorNumber)
-{
-    struct statx status = {};
-    if (::statx(place.parent, place.name, place.flags | AT_STATX_FORCE_SYNC, STATX_BASIC_STATS, &status) != 0)
-        throw FileError(Location(path).path(), errno);
-    if (errorNumber == EIO && isDisconnected(makedev(status.stx_dev_major, status.stx_dev_minor)))
-        throw FileError(Location(path).path(), ENODEV);
+    return std::move(builder.listing);
 }
 
 } // namespace reelkeep

@@ -10,6 +10,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <sys/types.h>
 #include <vector>
 
 namespace reelkeep {
@@ -17,7 +18,7 @@ namespace reelkeep {
 /// Whether a walk reports a file of that name.
 using NameFilter = std::function<bool(std::string_view fileName)>;
 
-/// What a walk needs of one folder, in the order of the file system. It depends on no other folder's.
+/// What a walk needs of one folder, in the order of the file system.
 struct FolderListing {
     /// A wanted regular file, or a folder to go into.
     struct Item {
@@ -34,25 +35,15 @@ struct FolderListing {
     std::exception_ptr failure; ///< What ended the reading of this folder, after the items.
 };
 
-/// Where a folder was opened: its attributes are read there again when it fails.
-struct FolderPlace {
-    int parent;       ///< An open folder, or AT_FDCWD.
-    const char* name; ///< Its path from there.
-    int flags = 0;    ///< AT_SYMLINK_NOFOLLOW, except for the chosen root.
-};
-
-/// Reads the open folder `folder` once. `path` is its own, ending in "/". Throws Stopped.
-FolderListing listFolder(int folder, const FolderPlace& place, const std::string& path, const NameFilter& wanted,
+/// Reads the open folder `folder`, which lies on `device`, to its end. `path` is its own, ending in "/". Throws
+/// Stopped.
+FolderListing listFolder(int folder, dev_t device, const std::string& path, const NameFilter& wanted,
                          const std::stop_token& stop);
-
-/// To be called after a folder could not be opened or read on: no failure as long as it can still be looked at, so
-/// that one forbidden or damaged folder is passed over; FileError where the folder, or the whole disk, has gone.
-void requireStillThere(const FolderPlace& place, const std::string& path, int errorNumber);
 
 /// Names that the user does not see: with a leading dot, and the bookkeeping of another system (its trash above all,
 /// which must never count as an archive).
 bool isHidden(std::string_view name);
-/// Folders that another system shows as one file. A camera's own structures are none.
+/// Folders that another system shows as one file. A camera's own structures are not among them.
 bool isPackage(std::string_view folderName);
 
 } // namespace reelkeep

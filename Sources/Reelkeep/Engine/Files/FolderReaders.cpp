@@ -6,7 +6,11 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <iterator>
+#include <linux/magic.h>
 #include <string_view>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/vfs.h>
 #include <system_error>
 #include <utility>
 
@@ -17,17 +21,48 @@ namespace {
 /// A tree may be deeper than the number of files that a program may open.
 constexpr int mostKeptOpen = 32;
 
+bool isForbidden(int errorNumber)
+{
+    return errorNumber == EACCES || errorNumber == EPERM;
+}
+
+/// The chosen folder is not there, is no folder, or is not allowed. A device that fails, or a lack of descriptors or
+/// memory, is no property of the folder.
+bool isNoRoot(int errorNumber)
+{
+    return errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ELOOP || isForbidden(errorNumber);
+}
+
+/// What the kernel shows of itself as files. Processes that vanish there would fail a walk of "/".
+bool isVirtual(int folder)
+{
+    struct statfs fileSystem = {};
+    if (::fstatfs(folder, &fileSystem) != 0)
+        return false;
+    switch (fileSystem.f_type) {
+    case PROC_SUPER_MAGIC:
+    case SYSFS_MAGIC:
+    case DEBUGFS_MAGIC:
+    case TRACEFS_MAGIC:
+    case CGROUP_SUPER_MAGIC:
+    case CGROUP2_SUPER_MAGIC:
+        return true;
+    default:
+        return false;
+    }
+}
+
 } // namespace
 
 FolderReaders::FolderReaders(const Location& rootLocation, const NameFilter& wantedNames,
                              const std::stop_token& stopToken, unsigned count)
     : root(rootLocation), wanted(wantedNames), stop(stopToken), top(std::make_unique<WalkedFolder>())
 {
-    top->place = waiting.insert(waiting.end(), top.get());
+    top->position = waiting.insert(waiting.end(), top.get());
     try {
         while (helpers.size() + 1 < count)
-            helpers.emplace_back([this] { readWhileOthersDo(); });
-    } catch (const std::system_error&) { // No thread left: those that there are do it.
+            helpers.emplace_back([this] { readUntilTheEnd(); });
+    } catch (const std::system_error&) {
     }
 }
 
@@ -36,7 +71,7 @@ FolderReaders::~FolderReaders()
     {
         const std::lock_guard lock(mutex);
         isEnding = true;
-        oneCame.notify_all();
+        folderArrived.notify_all();
     }
     for (std::thread& helper : helpers)
         helper.join();
@@ -47,7 +82,7 @@ FolderReaders::~FolderReaders()
         const std::unique_ptr<WalkedFolder> folder = std::move(rest.back());
         rest.pop_back();
         if (folder)
-            std::move(folder->below.begin(), folder->below.end(), std::back_inserter(rest));
+            std::move(folder->children.begin(), folder->children.end(), std::back_inserter(rest));
     }
 }
 
@@ -56,48 +91,49 @@ void FolderReaders::waitFor(WalkedFolder& folder)
     std::unique_lock lock(mutex);
     while (folder.state != WalkedFolder::State::read) {
         if (folder.state == WalkedFolder::State::waiting)
-            take(folder, lock);
+            readUnlocked(folder, lock);
         else if (!waiting.empty())
-            take(*waiting.front(), lock);
+            readUnlocked(*waiting.front(), lock);
         else
-            oneWasRead.wait(lock);
+            folderRead.wait(lock);
     }
 }
 
-void FolderReaders::readWhileOthersDo()
+void FolderReaders::readUntilTheEnd()
 {
     std::unique_lock lock(mutex);
     for (;;) {
-        oneCame.wait(lock, [this] { return isEnding || !waiting.empty(); });
+        folderArrived.wait(lock, [this] { return isEnding || !waiting.empty(); });
         if (isEnding)
             return;
-        take(*waiting.front(), lock);
+        readUnlocked(*waiting.front(), lock);
     }
 }
 
-void FolderReaders::take(WalkedFolder& folder, std::unique_lock<std::mutex>& lock)
+/// Takes a waiting folder and reads it without holding the lock.
+void FolderReaders::readUnlocked(WalkedFolder& folder, std::unique_lock<std::mutex>& lock)
 {
     folder.state = WalkedFolder::State::taken;
-    waiting.erase(folder.place);
+    waiting.erase(folder.position);
     if (!waiting.empty())
-        oneCame.notify_one(); // One wakes the next, as long as there is more to do.
+        folderArrived.notify_one(); // wake one more reader while work is left
     lock.unlock();
     try {
         read(folder);
     } catch (...) {
-        folder.waitingBelow.clear();
-        folder.below.clear();
+        folder.waitingChildren.clear();
+        folder.children.clear();
         folder.listing = {.names = {}, .items = {}, .failure = std::current_exception()};
     }
     lock.lock();
     folder.state = WalkedFolder::State::read;
-    folder.unread = folder.below.size();
-    waiting.splice(waiting.begin(), folder.waitingBelow);
-    if (waiting.size() > 1) // One is this thread's own.
-        oneCame.notify_one();
-    oneWasRead.notify_one();
-    if (folder.above && --folder.above->unread == 0 && folder.above->open) {
-        folder.above->open.close();
+    folder.unreadChildren = folder.children.size();
+    waiting.splice(waiting.begin(), folder.waitingChildren);
+    if (waiting.size() > 1) // this thread takes one itself
+        folderArrived.notify_one();
+    folderRead.notify_one();
+    if (folder.parent && --folder.parent->unreadChildren == 0 && folder.parent->open) {
+        folder.parent->open.close();
         --keptOpen;
     }
 }
@@ -105,64 +141,89 @@ void FolderReaders::take(WalkedFolder& folder, std::unique_lock<std::mutex>& loc
 void FolderReaders::read(WalkedFolder& folder)
 {
     const std::string path = pathOf(folder);
-    if (!folder.above) {
-        const ReachablePath reachable(root.path());
-        FileDescriptor opened = openQuietly(reachable.folder(), reachable.rest(), O_RDONLY | O_DIRECTORY);
-        if (opened)
-            list(folder, std::move(opened), {reachable.folder(), reachable.rest()}, path);
+    Opened opened = folder.parent ? openChild(folder, path) : openTop(path);
+    if (!opened.folder || opened.isVirtual)
         return;
-    }
-    const FileDescriptor again = folder.above->open ? FileDescriptor() : reopened(*folder.above);
-    // Relative to the folder above: by its whole path the kernel takes an eighth longer.
-    const FolderPlace place{(again ? again : folder.above->open).get(), folder.name, AT_SYMLINK_NOFOLLOW};
-    FileDescriptor opened = openQuietly(place.parent, place.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
-    if (opened)
-        list(folder, std::move(opened), place, path);
-    else
-        requireStillThere(place, path, errno);
-}
-
-void FolderReaders::list(WalkedFolder& folder, FileDescriptor opened, const FolderPlace& place, const std::string& path)
-{
-    folder.listing = listFolder(opened.get(), place, path, wanted, stop);
+    folder.listing = listFolder(opened.folder.get(), opened.device, path, wanted, stop);
     for (const FolderListing::Item& item : folder.listing.items) {
         if (!item.isFolder)
             continue;
-        folder.below.push_back(std::make_unique<WalkedFolder>());
-        WalkedFolder* const below = folder.below.back().get();
-        below->above = &folder;
-        below->name = folder.listing.nameOf(item);
-        below->place = folder.waitingBelow.insert(folder.waitingBelow.end(), below);
+        folder.children.push_back(std::make_unique<WalkedFolder>());
+        WalkedFolder* const child = folder.children.back().get();
+        child->parent = &folder;
+        child->name = folder.listing.nameOf(item);
+        child->position = folder.waitingChildren.insert(folder.waitingChildren.end(), child);
     }
-    if (folder.below.empty())
+    folder.device = opened.device;
+    folder.inode = opened.inode;
+    if (folder.children.empty())
         return;
-    if (++keptOpen <= mostKeptOpen) {
-        folder.open = std::move(opened);
-        return;
-    }
-    --keptOpen;
-    if (::fstat(opened.get(), &folder.identity) != 0)
-        throw FileError(path, errno);
+    if (++keptOpen <= mostKeptOpen)
+        folder.open = std::move(opened.folder);
+    else
+        --keptOpen;
 }
 
-/// Finds a closed folder again, by its path. Meanwhile something else may have come to stand there.
+/// Nothing for a root that is not there or not allowed.
+FolderReaders::Opened FolderReaders::openTop(const std::string& path) const
+{
+    const ReachablePath reachable(root.path());
+    Opened opened{.folder = openQuietly(reachable.folder(), reachable.rest(), O_RDONLY | O_DIRECTORY)};
+    if (opened.folder)
+        identify(opened, 0, path);
+    else if (!isNoRoot(errno))
+        throw readError(path, errno, 0);
+    return opened;
+}
+
+/// Nothing for a folder that is not allowed, as `lost+found`. If not even its attributes may be read, it is the parent
+/// that may be listed but not entered.
+FolderReaders::Opened FolderReaders::openChild(const WalkedFolder& folder, const std::string& path) const
+{
+    const WalkedFolder& parent = *folder.parent;
+    const FileDescriptor again = parent.open ? FileDescriptor() : reopened(parent);
+    // Relative to the parent: by its whole path the kernel takes an eighth longer.
+    const int parentFolder = (again ? again : parent.open).get();
+    Opened opened{.folder = openQuietly(parentFolder, folder.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW)};
+    struct stat status = {};
+    if (opened.folder) {
+        identify(opened, parent.device, path);
+        opened.isVirtual =
+            opened.device != parent.device && major(opened.device) == 0 && isVirtual(opened.folder.get());
+    } else if (!isForbidden(errno) || ::fstatat(parentFolder, folder.name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        throw readError(path, errno, parent.device);
+    }
+    return opened;
+}
+
+/// Asks no disk: all of this is in the kernel's memory once a folder is open.
+void FolderReaders::identify(Opened& opened, dev_t likelyDevice, const std::string& path)
+{
+    struct statx status = {};
+    if (::statx(opened.folder.get(), "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_INO, &status) != 0)
+        throw readError(path, errno, likelyDevice);
+    opened.device = makedev(status.stx_dev_major, status.stx_dev_minor);
+    opened.inode = status.stx_ino;
+}
+
+/// Opens a closed folder again, by its path. Meanwhile something else may have come to stand there.
 FileDescriptor FolderReaders::reopened(const WalkedFolder& closed) const
 {
     const std::string path = pathOf(closed);
     const ReachablePath reachable(path);
-    FileDescriptor opened = openQuietly(reachable.folder(), reachable.rest(), O_RDONLY | O_DIRECTORY);
-    struct stat now = {};
-    if (!opened || ::fstat(opened.get(), &now) != 0)
-        throw FileError(path, errno);
-    if (now.st_dev != closed.identity.st_dev || now.st_ino != closed.identity.st_ino)
+    Opened opened{.folder = openQuietly(reachable.folder(), reachable.rest(), O_RDONLY | O_DIRECTORY)};
+    if (!opened.folder)
+        throw readError(path, errno, closed.device);
+    identify(opened, closed.device, path);
+    if (opened.device != closed.device || opened.inode != closed.inode)
         throw FileError(path, ENOENT);
-    return opened;
+    return std::move(opened.folder);
 }
 
 std::string FolderReaders::pathOf(const WalkedFolder& folder) const
 {
     std::vector<std::string_view> names;
-    for (const WalkedFolder* one = &folder; one->above; one = one->above)
+    for (const WalkedFolder* one = &folder; one->parent; one = one->parent)
         names.emplace_back(one->name);
     std::string path = root.path();
     if (path.back() != '/')

@@ -10,38 +10,39 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <sys/stat.h>
+#include <sys/types.h>
 #include <thread>
 #include <vector>
 
 namespace reelkeep {
 
-/// One folder of a walk, with what was read of it. It knows its path only through those above it: in a tree that is
-/// deeper than any path all the paths would take the square of its depth.
+/// One folder of a walk, with what was read of it. Its path is known only through its parents: storing every path would
+/// take memory quadratic in the depth.
 struct WalkedFolder {
-    WalkedFolder* above = nullptr; ///< None for the root.
-    const char* name = nullptr;    ///< In the listing of the folder above.
+    WalkedFolder* parent = nullptr; ///< None for the root.
+    const char* name = nullptr;     ///< In the parent's listing.
     FolderListing listing;
-    std::vector<std::unique_ptr<WalkedFolder>> below; ///< One for each folder in the listing, in its order.
+    std::vector<std::unique_ptr<WalkedFolder>> children; ///< One for each folder in the listing, in its order.
 
 private:
     friend class FolderReaders;
     enum class State { waiting, taken, read };
 
     State state = State::waiting;
-    std::list<WalkedFolder*>::iterator place; ///< Among the waiting ones, as long as it is one.
-    std::list<WalkedFolder*> waitingBelow;    ///< Those below, until they can be taken.
-    FileDescriptor open;                      ///< For those below; none where too many are open.
-    struct stat identity = {};                ///< To know it again where it was closed.
-    std::size_t unread = 0;                   ///< How many of those below have not been read.
+    std::list<WalkedFolder*>::iterator position; ///< In the list of waiting folders, while it is one.
+    std::list<WalkedFolder*> waitingChildren;    ///< Until they join that list.
+    FileDescriptor open;                         ///< For its children to be opened from; closed if too many are open.
+    dev_t device = 0;                            ///< With `inode`: to recognise it when it is opened again.
+    ino_t inode = 0;
+    std::size_t unreadChildren = 0;
 };
 
-/// Reads the folders of one tree with several threads. Which thread reads which folder is left to chance, yet each
-/// folder has its own place for what was read of it, so that whoever goes through the tree in its order sees the same
-/// as if they had been read in that order.
+/// Reads the folders of one tree with several threads. Each folder has its own place for its listing, so going through
+/// the tree in its order gives the same as reading it in that order, whichever thread reads which folder.
 class FolderReaders {
 public:
-    /// `count` threads, of which the caller's is one. With 1 each folder is read when it is waited for, and not before.
+    /// `count` threads, of which the caller's is one. With 1 each folder is read when it is waited for, not before. If
+    /// the system has no thread left, fewer do it.
     FolderReaders(const Location& root, const NameFilter& wanted, const std::stop_token& stop, unsigned count);
     FolderReaders(const FolderReaders&) = delete;
     FolderReaders& operator=(const FolderReaders&) = delete;
@@ -55,11 +56,21 @@ public:
     void waitFor(WalkedFolder& folder);
 
 private:
-    void readWhileOthersDo();
-    void take(WalkedFolder& folder, std::unique_lock<std::mutex>& lock);
+    /// A folder just opened, and what identifies it.
+    struct Opened {
+        FileDescriptor folder;
+        dev_t device = 0;
+        ino_t inode = 0;
+        bool isVirtual = false; ///< On a file system of the kernel's that holds no files of its own.
+    };
+
+    void readUntilTheEnd();
+    void readUnlocked(WalkedFolder& folder, std::unique_lock<std::mutex>& lock);
     void read(WalkedFolder& folder);
-    void list(WalkedFolder& folder, FileDescriptor opened, const FolderPlace& place, const std::string& path);
+    Opened openTop(const std::string& path) const;
+    Opened openChild(const WalkedFolder& folder, const std::string& path) const;
     FileDescriptor reopened(const WalkedFolder& closed) const;
+    static void identify(Opened& opened, dev_t likelyDevice, const std::string& path);
     std::string pathOf(const WalkedFolder& folder) const;
 
     const Location& root;
@@ -68,10 +79,10 @@ private:
     std::unique_ptr<WalkedFolder> top;
     std::atomic<int> keptOpen = 0; ///< How many folders are.
 
-    std::mutex mutex; ///< Of what follows, and of the folders' private members but for `open` and `identity`.
-    std::condition_variable oneCame;
-    std::condition_variable oneWasRead;
-    std::list<WalkedFolder*> waiting; ///< Those first that are met first.
+    std::mutex mutex; ///< Guards what follows, and the folders' private members but for `open`, `device` and `inode`.
+    std::condition_variable folderArrived;
+    std::condition_variable folderRead;
+    std::list<WalkedFolder*> waiting; ///< In the order in which the walk needs them.
     bool isEnding = false;
     std::vector<std::thread> helpers;
 };

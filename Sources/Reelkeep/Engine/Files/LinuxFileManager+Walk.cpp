@@ -14,7 +14,7 @@ struct Level {
     WalkedFolder& folder;
     std::size_t pathLength;    ///< Of the walk's path, up to and with this folder's "/".
     std::size_t nextItem = 0;  ///< At which the walk goes on.
-    std::size_t nextBelow = 0; ///< The next folder below it.
+    std::size_t nextChild = 0; ///< The next folder to go into.
 };
 
 } // namespace
@@ -38,8 +38,8 @@ void LinuxFileManager::regularFiles(const Location& root, const NameFilter& want
             if (listing.failure)
                 std::rethrow_exception(listing.failure);
             levels.pop_back();
-            if (!levels.empty()) // What it held is in the result.
-                levels.back().folder.below[levels.back().nextBelow - 1].reset();
+            if (!levels.empty()) // its listing is in the result
+                levels.back().folder.children[levels.back().nextChild - 1].reset();
             continue;
         }
         const FolderListing::Item& item = listing.items[level.nextItem++];
@@ -48,11 +48,11 @@ void LinuxFileManager::regularFiles(const Location& root, const NameFilter& want
             found({Location(paths.joined(path, name)), item.size, item.contentModificationDate});
             continue;
         }
-        WalkedFolder& below = *level.folder.below[level.nextBelow++];
-        readers.waitFor(below);
+        WalkedFolder& child = *level.folder.children[level.nextChild++];
+        readers.waitFor(child);
         path += name;
         path += '/';
-        levels.push_back({below, path.size()});
+        levels.push_back({child, path.size()});
     }
 }
 

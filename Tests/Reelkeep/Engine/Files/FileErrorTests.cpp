@@ -31,11 +31,26 @@ constexpr Case cases[] = {
     {ENOTDIR, "hay un archivo donde hace falta una carpeta"},
     {EISDIR, "hay una carpeta donde hace falta un archivo"},
     {EEXIST, "ya existe"},
-    {ELOOP, "es un enlace, no un archivo"},
+    {ELOOP, "hay enlaces que no llevan a ninguna parte"},
     {EBUSY, "otro programa lo esta usando"},
     {EMFILE, "hay demasiados archivos abiertos"},
     {ENFILE, "hay demasiados archivos abiertos"},
     {ENOMEM, "no queda memoria"},
+    {EAGAIN, "otro programa lo tiene bloqueado"},
+    {EUCLEAN, "el sistema de archivos del disco esta danado; hay que repararlo"},
+    {EBADMSG, "el disco ha devuelto datos danados"},
+    {ETIMEDOUT, "el disco no ha respondido a tiempo"},
+    {EBADF, "el disco ha perdido el archivo abierto"},
+    {EINVAL, "este disco no admite la operacion"},
+    {ENOSYS, "este disco no admite la operacion"},
+    {ENOTSUP, "este disco no admite la operacion"},
+    {ENOLCK, "este disco no puede proteger el archivo de otros programas"},
+    {ENETDOWN, "no se llega al disco por la red"},
+    {ENETUNREACH, "no se llega al disco por la red"},
+    {EHOSTUNREACH, "no se llega al disco por la red"},
+    {ECONNREFUSED, "no se llega al disco por la red"},
+    {ECONNRESET, "no se llega al disco por la red"},
+    {ENOKEY, "el disco esta cifrado y sin desbloquear"},
     {EIO, "error de lectura o escritura; comprueba que el disco esta bien y sigue conectado"},
     {ENODEV, "el disco se ha desconectado"},
     {ENXIO, "el disco se ha desconectado"},
@@ -65,10 +80,17 @@ TEST(FileError, isWrittenWithoutAccents)
     }
 }
 
-TEST(FileError, leavesTheRestToThePlatform)
+TEST(FileError, givesTheSystemsTextForTheRest)
 {
     EXPECT_EQ(FileError("/x", ENOTTY).what(),
-              "/x: " + std::error_code(ENOTTY, std::generic_category()).message() + ".");
+              "/x: error 25 del sistema (" + std::error_code(ENOTTY, std::generic_category()).message() + ").");
+}
+
+TEST(FileError, endsThePathInItsNameAndNotInASeparator)
+{
+    EXPECT_STREQ(FileError("/card/DCIM/", EIO, "no se puede leer").what(), "/card/DCIM: no se puede leer.");
+    EXPECT_EQ(FileError("/card/DCIM//", ENOENT).path(), "/card/DCIM");
+    EXPECT_EQ(FileError("/", ENOENT).path(), "/");
 }
 
 TEST(FileError, takesAReasonOfItsOwn)

@@ -1,3 +1,4 @@
+#include "Files/FileError.h"
 #include "Files/LinuxFileManager.h"
 #include "Files/Stopped.h"
 #include "Fixtures/TemporaryFolder.h"
@@ -175,7 +176,20 @@ TEST_F(WalkTest, findsNothingBelowARootThatIsMissingOrNoFolder)
     ASSERT_EQ(::mkfifo((root / "pipe").path().c_str(), 0600), 0); // to open it would wait for somebody who writes
     EXPECT_TRUE(pathsBelow(root / "pipe").empty());
     EXPECT_TRUE(pathsBelow(root.file("x.mov")).empty());
-    EXPECT_TRUE(pathsBelow(root / std::string(300, 'n')).empty());
+    fs::create_symlink("loop", (root / "loop").path());
+    EXPECT_TRUE(pathsBelow(root / "loop").empty());
+    EXPECT_TRUE(pathsBelow(root / "loop/below").empty());
+}
+
+TEST_F(WalkTest, failsAtARootThatCannotBeOpenedForAnyOtherReason)
+{
+    const Location tooLong = root / std::string(300, 'n');
+    try {
+        pathsBelow(tooLong);
+        FAIL() << "no error";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.what(), tooLong.path() + ": el nombre es demasiado largo.");
+    }
 }
 
 TEST_F(WalkTest, findsNothingBelowARootThatCannotBeListed)

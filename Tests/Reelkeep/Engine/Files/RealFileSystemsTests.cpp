@@ -6,6 +6,7 @@
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/MountedDisk.h"
 #include "Fixtures/RealFiles.h"
+#include "Fixtures/Walks.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -13,7 +14,10 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
+#include <mutex>
+#include <set>
 #include <sys/inotify.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <thread>
@@ -55,6 +59,33 @@ TEST_F(DiskTest, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
     const Location volume = disk.location().appending("volume"); // which has yet another number
     ASSERT_EQ(std::system(("btrfs -q subvolume create " + volume.path()).c_str()), 0);
     EXPECT_EQ(diskHolding(volume).id, diskHolding(disk.location()).id);
+}
+
+/// Processes that vanish while "/" is scanned are no reason to fail.
+TEST_F(DiskTest, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
+{
+    const TemporaryFolder place;
+    place.file("disk/x.mov");
+    int mounted = 0;
+    for (const char* kind : {"proc", "sysfs", "debugfs", "tracefs", "cgroup2"}) {
+        const Location mountPoint = place.folder(std::string("disk/") + kind);
+        if (::mount(kind, mountPoint.path().c_str(), kind, 0, nullptr) != 0)
+            continue;
+        ++mounted;
+        std::mutex mutex;
+        std::set<std::string, std::less<>> names;
+        const auto note = [&](std::string_view name) {
+            const std::lock_guard lock(mutex);
+            names.emplace(name);
+            return true;
+        };
+        EXPECT_EQ(entriesBelow(place / "disk", note).size(), 1U) << kind;
+        EXPECT_EQ(names, (std::set<std::string, std::less<>>{"x.mov"})) << kind;
+        ::umount2(mountPoint.path().c_str(), MNT_DETACH);
+    }
+    EXPECT_GT(mounted, 1);
+    EXPECT_GT(entriesBelow(Location("/proc/self/net"), [](std::string_view) { return true; }).size(), 0U)
+        << "a chosen root is walked whatever it is";
 }
 
 TEST_P(FileSystemTest, reachesTheEmptyListAndKeepsEveryByte)

@@ -28,11 +28,10 @@ using Lines = std::vector<std::string>;
 
 /// Names that one function always fails for, on whichever thread.
 const std::string unreadableVideo = "unreadable.mov";
-const std::string lockedFolder = "locked"; // Its own attributes can be read.
-const std::string deadFolder = "dead";     // They cannot.
-const faults::Plan namedFailures = {.brokenNames = {{"fstatat", {{unreadableVideo, EIO}}},
-                                                    {"openat", {{lockedFolder, EACCES}, {deadFolder, EIO}}},
-                                                    {"statx", {{deadFolder, EIO}}}}};
+const std::string lockedFolder = "locked";
+const std::string deadFolder = "dead"; // Its attributes can be read, as those that the kernel remembers are.
+const faults::Plan namedFailures = {
+    .brokenNames = {{"fstatat", {{unreadableVideo, EIO}}}, {"openat", {{lockedFolder, EACCES}, {deadFolder, EIO}}}}};
 
 bool isMovie(std::string_view name)
 {
@@ -57,9 +56,9 @@ public:
             const std::string path = folder + "/" + name;
             struct stat status = {};
             if (::lstat(path.c_str(), &status) != 0)
-                throw FileError(path, errno);
+                throw readError(path, errno, 0);
             if (failsByName && (name == unreadableVideo || name == deadFolder))
-                throw FileError(path, EIO);
+                throw readError(path, EIO, 0);
             if (S_ISREG(status.st_mode) && isMovie(name))
                 found.push_back(path + " " + std::to_string(status.st_size));
             if (S_ISDIR(status.st_mode) && fs::path(name).extension() != ".app" &&
