@@ -123,7 +123,7 @@ std::vector<int> plausibleErrors(const std::string& call)
         {"linkat", {EPERM, EMLINK, ENOSPC, EEXIST, EOPNOTSUPP, EROFS}},
         {"renameat", {EACCES, ENOSPC, EROFS, ENOENT, EINVAL, EILSEQ, EBUSY}},
         {"renameat2", {EACCES, EEXIST, EINVAL, ENOSYS, ENOSPC, EROFS, EILSEQ}},
-        {"read", {EINTR, ESTALE}},
+        {"pread", {EINTR, ESTALE}},
         {"write", {EINTR, ENOSPC, EDQUOT, EFBIG, EROFS, EINVAL}},
         {"fsync", {EINTR, ENOSPC, EDQUOT, EINVAL, EROFS}},
         {"fdatasync", {EINTR, ENOSPC, EDQUOT, EINVAL}},
@@ -217,6 +217,8 @@ int __wrap_fstat(int descriptor, struct stat* status)
     const int result = faulty<int>("fstat", [&] { return __real_fstat(descriptor, status); });
     if (state.isArmed && state.plan.device != 0)
         status->st_dev = state.plan.device;
+    if (state.isArmed && state.plan.clockAhead != 0 && status->st_size == 0)
+        status->st_ctim.tv_sec += state.plan.clockAhead;
     return result;
 }
 
@@ -237,6 +239,8 @@ int __wrap_statx(int folder, const char* path, int flags, unsigned mask, struct 
         status->stx_dev_major = major(state.plan.device);
         status->stx_dev_minor = minor(state.plan.device);
     }
+    if (state.isArmed && state.plan.mount != 0)
+        status->stx_mnt_id = state.plan.mount;
     return result;
 }
 
@@ -276,10 +280,10 @@ int __wrap_renameat2(int from, const char* path, int to, const char* newPath, un
     return faulty<int>("renameat2", [&] { return __real_renameat2(from, path, to, newPath, flags); });
 }
 
-ssize_t __real_read(int descriptor, void* bytes, size_t count);
-ssize_t __wrap_read(int descriptor, void* bytes, size_t count)
+ssize_t __real_pread(int descriptor, void* bytes, size_t count, off_t offset);
+ssize_t __wrap_pread(int descriptor, void* bytes, size_t count, off_t offset)
 {
-    return faulty<ssize_t>("read", [&] { return __real_read(descriptor, bytes, moved(count)); });
+    return faulty<ssize_t>("pread", [&] { return __real_pread(descriptor, bytes, moved(count), offset); });
 }
 
 ssize_t __real_write(int descriptor, const void* bytes, size_t count);
@@ -327,6 +331,10 @@ int __wrap_futimens(int descriptor, const struct timespec* times)
 int __real_flock(int descriptor, int operation);
 int __wrap_flock(int descriptor, int operation)
 {
+    if (state.isArmed && state.plan.locksOnlyWritable && (__real_fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_RDONLY) {
+        errno = EBADF;
+        return -1;
+    }
     return faulty<int>("flock", [&] { return __real_flock(descriptor, operation); });
 }
 

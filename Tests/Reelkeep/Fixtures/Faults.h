@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <limits>
 #include <map>
@@ -24,6 +25,9 @@ struct Plan {
     long fileSystemType = 0;                  ///< What the target's file system claims to be; 0 for the truth.
     std::map<std::string, std::map<std::string, int>> brokenNames = {}; ///< By function: names it always fails for.
     dev_t device = 0;                ///< The one that attributes tell to hold everything; 0 for the truth.
+    std::uint64_t mount = 0;         ///< The mount that attributes report for everything; 0 for the truth.
+    long clockAhead = 0;             ///< By how many seconds files that are still empty are newer.
+    bool locksOnlyWritable = false;  ///< A lock needs a descriptor open for writing.
     bool hidesTypes = false;         ///< Folder listings do not tell what an entry is.
     std::size_t most = 0;            ///< How many bytes one read or write moves at most; 0 for no limit.
     std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.

@@ -1,11 +1,14 @@
 #include "Files/Disk.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <optional>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
@@ -24,8 +27,13 @@ std::string numbersOf(unsigned majorNumber, unsigned minorNumber)
     return std::to_string(majorNumber) + ":" + std::to_string(minorNumber);
 }
 
-/// The block device below a mounted file system with a made-up device number, as btrfs has one for each subvolume.
-std::optional<std::string> blockDeviceOf(std::uint64_t mountId)
+/// What the mount table says of a mounted file system.
+struct Mount {
+    std::string type;
+    std::string source;
+};
+
+Mount mountOf(std::uint64_t mountId)
 {
     std::ifstream mounts("/proc/self/mountinfo");
     for (std::string line; std::getline(mounts, line);) {
@@ -33,18 +41,24 @@ std::optional<std::string> blockDeviceOf(std::uint64_t mountId)
         std::uint64_t id = 0;
         if (!(fields >> id) || id != mountId)
             continue;
-        std::string type;
-        std::string source;
+        Mount mount;
         fields.str(line.substr(line.find(" - ") + 3));
-        struct stat status = {};
-        if (fields >> type >> source && ::stat(source.c_str(), &status) == 0 && S_ISBLK(status.st_mode))
-            return numbersOf(major(status.st_rdev), minor(status.st_rdev));
-        return std::nullopt;
+        fields >> mount.type >> mount.source;
+        return mount;
     }
-    return std::nullopt;
+    return {};
 }
 
-/// The whole disk below a partition, an encrypted or a joined volume; empty for what is no block device.
+/// The block device below a mounted file system with a made-up device number, as btrfs has one for each subvolume.
+std::optional<std::string> blockDeviceOf(std::uint64_t mountId)
+{
+    struct stat status = {};
+    if (::stat(mountOf(mountId).source.c_str(), &status) != 0 || !S_ISBLK(status.st_mode))
+        return std::nullopt;
+    return numbersOf(major(status.st_rdev), minor(status.st_rdev));
+}
+
+/// The whole disk below a partition, an encrypted or a joined volume; empty if that is no block device.
 fs::path wholeDisk(const fs::path& listedDevice)
 {
     std::error_code failure;
@@ -60,9 +74,9 @@ fs::path wholeDisk(const fs::path& listedDevice)
     return {};
 }
 
-/// Whether it has to move a head from one folder to the next. Virtual disks claim that too, though nothing of them
-/// turns; what turns is always a disk of the SCSI kind. So is what hangs on a USB cable, and sticks and card readers
-/// that do not tell what they are count as turning: they take one request after the other in any case.
+/// Whether it has to move a head from one folder to the next. Spinning disks appear as `sd*`; virtual disks that report
+/// `rotational` are ignored. USB sticks and card readers that do not report what they are count as spinning: they take
+/// one request after the other in any case.
 bool isSpinning(const fs::path& disk)
 {
     char rotational = '0';
@@ -84,6 +98,20 @@ Disk diskHolding(const Location& place, const std::string& blockDevices)
     if (disk.empty()) // memory, a network, another program
         return {.id = device, .walkers = manyWalkers};
     return {.id = disk.filename().string(), .walkers = isSpinning(disk) ? 1 : manyWalkers};
+}
+
+bool isLocalDisk(int file)
+{
+    struct statx status = {};
+    if (::statx(file, "", AT_EMPTY_PATH | AT_STATX_DONT_SYNC, STATX_MNT_ID, &status) != 0)
+        return false;
+    if (status.stx_dev_major != 0) // a block device
+        return true;
+    // Of the file systems without a device number: those on disks, `fuseblk` among them, and those in memory.
+    static constexpr std::string_view local[] = {"fuseblk", "btrfs",   "bcachefs", "zfs",  "tmpfs",
+                                                 "ramfs",   "overlay", "ecryptfs", "ubifs"};
+    const std::string type = mountOf(status.stx_mnt_id).type;
+    return std::find(std::begin(local), std::end(local), type) != std::end(local);
 }
 
 } // namespace reelkeep

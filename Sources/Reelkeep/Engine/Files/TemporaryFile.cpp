@@ -1,14 +1,13 @@
 #include "Files/TemporaryFile.h"
 
-#include "Files/FileError.h"
+#include "Files/FileIdentity.h"
+#include "Files/SourceFile.h"
 #include "Files/SystemCalls.h"
-#include "Files/TemporaryNames.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <linux/magic.h>
-#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
@@ -62,72 +61,6 @@ TemporaryFile::TemporaryFile(const Location& to, std::int64_t bytes)
         throw failure(EFBIG);
 }
 
-void TemporaryFile::create()
-{
-    removeLeftover(sealedName(targetName, fileSystem));
-    const std::string name = growingName(targetName, fileSystem);
-    removeLeftover(name);
-    struct stat status = {};
-    if (::fstatat(folder.get(), targetName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
-        throw publishingFailure(EEXIST);
-    constexpr mode_t nobodyElse = 0600;
-    file = FileDescriptor(uninterrupted([&] {
-        return ::openat(folder.get(), name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, nobodyElse);
-    }));
-    if (!file)
-        throw creationError(folder.get(), target.path(), errno);
-    currentName = name;
-    lock(file.get(), name);
-    // Two to four times as fast as through the kernel's memory. What is small is faster written by its sync, at one go;
-    // a FUSE disk has a program's memory before it in any case.
-    if (size > flushedAtOnce && fileSystem.f_type != FUSE_SUPER_MAGIC)
-        writeDirectly(true);
-}
-
-void TemporaryFile::removeLeftover(const std::string& name)
-{
-    const auto open = [&](int access) {
-        return FileDescriptor(uninterrupted(
-            [&] { return ::openat(folder.get(), name.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
-    };
-    FileDescriptor leftover = open(O_RDWR); // some network disks lock only what may be written
-    if (!leftover && errno == EACCES)
-        leftover = open(O_RDONLY);
-    if (!leftover && (errno == ENOENT || errno == EINVAL || errno == EILSEQ))
-        return; // the last two: a name that the disk does not admit, as making it will tell
-    if (!leftover)
-        throw failure(errno);
-    lock(leftover.get(), name);
-    // A reservation goes before the sealed file, which is all that tells it from somebody's empty file.
-    struct stat status = {};
-    if (::fstatat(folder.get(), targetName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        if (errno != ENOENT)
-            throw failure(errno);
-    } else if (isAbandonedReservation(target, status) && ::unlinkat(folder.get(), targetName.c_str(), 0) != 0) {
-        throw failure(errno);
-    }
-    if (::unlinkat(folder.get(), name.c_str(), 0) != 0)
-        throw failure(errno);
-}
-
-void TemporaryFile::lock(int descriptor, const std::string& name)
-{
-    const bool isLocked = ::flock(descriptor, LOCK_EX | LOCK_NB) == 0;
-    const bool isHeldElsewhere = !isLocked && errno == EWOULDBLOCK;
-    if (!isLocked && !isHeldElsewhere && errno != ENOLCK && !isRefusedHere(errno))
-        throw failure(errno);
-    // Between opening and locking another run may have put its own file in this place.
-    struct stat opened = {};
-    struct stat named = {};
-    if (::fstat(descriptor, &opened) != 0 || ::fstatat(folder.get(), name.c_str(), &named, AT_SYMLINK_NOFOLLOW) != 0)
-        throw failure(errno);
-    const bool isStillNamed = S_ISREG(named.st_mode) && opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
-    if (isHeldElsewhere || !isStillNamed) {
-        currentName.clear(); // the other's now, so not ours to remove
-        throw FileError(target.path(), EBUSY, "otra ventana lo esta copiando");
-    }
-}
-
 bool TemporaryFile::clone(int source)
 {
     return ::ioctl(file.get(), FICLONE, source) == 0;
@@ -143,11 +76,15 @@ bool TemporaryFile::hasRoom() const
 
 void TemporaryFile::refuseWithoutRoom()
 {
-    if (hasRoom())
-        return;
-    ::syncfs(file.get()); // what was removed a moment ago may give back its room only now
-    if (!hasRoom())
-        throw failure(ENOSPC);
+    if (!hasRoom()) {
+        ::syncfs(file.get()); // what was removed a moment ago may give back its room only now
+        if (!hasRoom())
+            throw failure(ENOSPC);
+    }
+    // Two to four times as fast as through the kernel's memory. What is small is faster written by its sync, at one go;
+    // a FUSE disk has a program's memory before it in any case.
+    if (size > flushedAtOnce && !isFuse())
+        writeDirectly(true);
 }
 
 void TemporaryFile::write(std::span<const std::byte> bytes)
@@ -185,7 +122,7 @@ void TemporaryFile::writeDirectly(bool directly)
 void TemporaryFile::flush()
 {
     int result = 0;
-    if (fileSystem.f_type == FUSE_SUPER_MAGIC) {
+    if (isFuse()) {
         if (written - flushing < syncedAtOnce)
             return;
         result = uninterrupted([&] { return ::fdatasync(file.get()); });
@@ -220,12 +157,30 @@ void TemporaryFile::finish(const struct stat& source)
         throw FileError(target.path(), 0, "no se ha escrito entero");
 }
 
+std::uint64_t TemporaryFile::hash(const std::stop_token& stop) const
+{
+    const auto result = hashOf(file.get(), size, target.path(), stop);
+    if (!result)
+        throw FileError(target.path(), 0, "no se ha escrito entero");
+    return *result;
+}
+
+bool TemporaryFile::isFuse() const
+{
+    return fileSystem.f_type == FUSE_SUPER_MAGIC;
+}
+
 void TemporaryFile::remove()
 {
-    file.close(); // first: FUSE disks turn the removal of an open file into a hidden one
-    if (!currentName.empty())
-        ::unlinkat(folder.get(), currentName.c_str(), 0);
+    if (!currentName.empty()) {
+        const auto own = identityOf(file.get());
+        if (isFuse()) // such disks turn the removal of an open file into a hidden one
+            file.close();
+        if (own && identityOf(folder.get(), currentName) == own)
+            ::unlinkat(folder.get(), currentName.c_str(), 0);
+    }
     currentName.clear();
+    file.close();
 }
 
 FileError TemporaryFile::failure(int errorNumber) const

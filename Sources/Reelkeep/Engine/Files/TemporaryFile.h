@@ -8,14 +8,18 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 
 namespace reelkeep {
 
+class Leftover;
+
 /// A file on its way to `target`: it grows under a hidden name in the target's folder and takes its final name in one
-/// step, whole and synced. Where it never comes to that, the hidden file goes with this object.
+/// step, whole and synced. If it never comes to that, the hidden file goes with this object. Before every step by name
+/// the name is compared with the open file: another program may have put its own there.
 /// Every operation throws FileError about the target.
 class TemporaryFile {
 public:
@@ -25,27 +29,34 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() { remove(); }
 
-    /// Makes the hidden file; refuses where something stands at the target's place. What a killed run left behind for
-    /// the same target is removed first: it is known by its name and by lacking the lock that a living run holds.
+    /// Makes the hidden file; refuses if something stands at the target's place, or if another run is copying to it.
+    /// Replaces what a killed run left for the same target; if that cannot be taken over, takes a name of its own.
     void create();
-    /// Shares the blocks of the open file `source` where both lie on one file system that can. False where not.
+    /// Shares the blocks of the open file `source` if both lie on one file system that can. False if not.
     bool clone(int source);
-    /// Refuses where the disk tells its free space and has too little.
+    /// Refuses if the disk reports its free space and has too little. To be called before the first `write`.
     void refuseWithoutRoom();
-    /// Appends; sends it to the disk at once, so that little is ever unwritten. Faster from memory that begins at the
+    /// Appends; starts the write-back at once, so that little is ever unwritten. Faster from memory that begins at the
     /// border of a block.
     void write(std::span<const std::byte> bytes);
     /// Takes over modification time and the rights to read and write, and puts everything on the disk.
     void finish(const struct stat& source);
+    /// Of what was written, read again; throws Stopped.
+    std::uint64_t hash(const std::stop_token& stop) const;
     /// Gives the file its final name without replacing anything, and puts that on the disk.
     void publish();
 
 private:
-    /// Who stands at the target's place.
-    enum class Holder { nobody, reservation, another, unknown };
+    /// What stands at the target's place.
+    enum class Holder { none, reservation, foreign, unknown };
 
-    void removeLeftover(const std::string& name);
-    void lock(int descriptor, const std::string& name);
+    bool createAs(const std::string& name);
+    bool createOverLeftover(const std::string& name);
+    void createUnderSpareName(const std::string& usual);
+    bool isOld(const Leftover& leftover) const;
+    void takeOverSealed();
+    void lockOwn();
+    bool isFuse() const;
     bool hasRoom() const;
     void writeDirectly(bool directly);
     void flush();
@@ -53,10 +64,12 @@ private:
     bool publishByLink();
     void publishOverReservation();
     void seal();
-    bool isNothingButReserved() const;
-    Holder lookAtTarget(int flags) const;
+    void requireReservation() const;
+    Holder holderOfTarget(int flags) const;
     void remove();
+    void requireOurs() const;
     FileError failure(int errorNumber) const;
+    FileError takenByAnotherRun() const;
     FileError publishingFailure(int errorNumber) const;
 
     Location target;
@@ -71,11 +84,12 @@ private:
     std::int64_t flushing = 0; ///< How many of them the disk has been told to take.
 };
 
-/// The largest file that a file system of this type (`f_type` of `statfs`) can hold; absent where that is no concern.
+/// The largest file that a file system of this type (`f_type` of `statfs`) can hold; absent if there is no such limit
+/// in practice.
 std::optional<std::int64_t> largestFile(std::int64_t fileSystemType);
 
 /// Whether what stands at `place` is only the empty file with which a run, killed in the act of publishing, held the
-/// name on a disk that can neither link nor rename without replacing. Throws FileError when it cannot be told.
+/// name on a disk that can neither link nor rename without replacing. Throws FileError if that cannot be known.
 bool isAbandonedReservation(const Location& place, const struct stat& status);
 
 } // namespace reelkeep

@@ -1,5 +1,5 @@
-// A whole run without a window: analyses CARD and DISK, copies what is missing and prints a line for each report.
-// Tests kill it and trace it; measurements time it.
+// A whole run without a window: analyses CARD and DISK, copies what is missing and prints a line for each report, and
+// one for a failure. Tests kill it and trace it; measurements time it.
 
 #include "CopyJob.h"
 #include "Files/LinuxFileManager.h"
@@ -34,7 +34,7 @@ int main(int count, char** arguments)
         CopyJob{.videos = videos, .sourceRoot = card, .destinationRoot = disk}.run(files, print);
         return EXIT_SUCCESS;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
+        std::printf("failed %s\n", error.what());
         return EXIT_FAILURE;
     }
 }

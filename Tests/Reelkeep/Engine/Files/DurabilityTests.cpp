@@ -37,7 +37,7 @@ std::string wholeCalls(const std::string& trace)
 std::string essenceOf(const std::string& trace)
 {
     static const std::pair<std::regex, const char*> calls[] = {
-        {std::regex("openat\\(.*reelkeep-copia\", O_WRONLY\\|O_CREAT\\|O_EXCL.* = [0-9]+"), "create"},
+        {std::regex("openat\\(.*reelkeep-copia\", O_RDWR\\|O_CREAT\\|O_EXCL.* = [0-9]+"), "create"},
         {std::regex("fsync\\([0-9]+<[^>]*reelkeep-copia>\\) += 0"), "sync-file"},
         {std::regex("renameat2\\(.*reelkeep-copia\".*RENAME_NOREPLACE\\) = 0"), "publish"},
         {std::regex("fsync\\([0-9]+<[^>]*/disk[^.]*>\\) += 0"), "sync-folder"},

@@ -11,6 +11,9 @@
 #include <gtest/gtest.h>
 #include <linux/magic.h>
 #include <map>
+#include <regex>
+#include <set>
+#include <string>
 #include <sys/stat.h>
 #include <utility>
 
@@ -98,6 +101,12 @@ protected:
                            [&](const auto& leftover) { return leftover.first == name; });
     }
 
+    /// Such a name is taken only if a leftover could not be examined, and is not found again.
+    static bool isSpareName(const std::string& name)
+    {
+        return std::regex_match(name, std::regex(R"(\.x\.mov\.[0-9a-f]{16}\.reelkeep-(copia|lista))"));
+    }
+
     void expectSafe(const faults::Plan& plan, const std::string& result) const
     {
         const bool exists = LinuxFileManager().fileExists(target());
@@ -107,8 +116,9 @@ protected:
         EXPECT_EQ(contentOf(memory / "disk/neighbour.mov"), "foreign");
         EXPECT_EQ(fs::last_write_time((memory / "card/new/x.mov").path()), modified);
         const bool isTakenOver = plan.call == "flock" && plan.errorNumber == EWOULDBLOCK; // by whoever has the lock
-        const bool cannotRemove =
-            plan.times > 1 && (plan.call.empty() || plan.call == "unlinkat" || plan.call == "statx");
+        // What cannot be compared is not removed.
+        static const std::set<std::string> removal = {"", "unlinkat", "statx", "fstat", "fstatat"};
+        const bool cannotRemove = plan.times > 1 && removal.count(plan.call) > 0;
         for (const std::string& name : hiddenNames())
             EXPECT_TRUE(isTakenOver || cannotRemove || isLeftoverFromBefore(name)) << "left behind: " << name;
     }
@@ -117,7 +127,8 @@ protected:
         const bool wasThere = LinuxFileManager().fileExists(target());
         EXPECT_EQ(outcome(), wasThere ? "skipped" : "done");
         EXPECT_TRUE(isWhole());
-        EXPECT_TRUE(wasThere || hiddenNames().empty());
+        const auto hidden = hiddenNames();
+        EXPECT_TRUE(wasThere || std::all_of(hidden.begin(), hidden.end(), isSpareName));
     }
 
     TemporaryFolder memory;
@@ -170,7 +181,7 @@ TEST(ReadAhead, neverFailsWhateverFails)
     faults::arm({});
     LinuxFileManager().readAhead(video);
     const auto calls = faults::disarm();
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), "posix_fadvise"), 4); // one for the order, three for the bytes
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "posix_fadvise"), 3); // portions of 128 KB
     auto plans = plansFor(calls);
     const auto deaths = deathsDuring(calls);
     plans.insert(plans.end(), deaths.begin(), deaths.end());

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -72,6 +73,10 @@ protected:
     }
 
     Location target() const { return memory / "disk/x.mov"; }
+    static std::string contentAt(const Location& place)
+    {
+        return fs::is_regular_file(place.path()) ? contentOf(place) : "nothing";
+    }
     ino_t identityOf(const Location& place) const
     {
         struct stat status = {};
@@ -95,6 +100,15 @@ bool isUnguarded(const Names& moments, std::size_t number)
 {
     return moments[number - 1] == "renameat" &&
            std::count(moments.begin(), moments.begin() + std::ptrdiff_t(number), "mknodat") > 0;
+}
+
+/// The call that gives a name, and on a disk that can only replace the last look at the target before it, come right
+/// after the comparison.
+bool isBetweenComparisonAndName(const Names& moments, std::size_t number)
+{
+    static const std::set<std::string> naming = {"renameat2", "linkat", "renameat"};
+    const bool isReplacing = isUnguarded(moments, std::min(number + 1, moments.size()));
+    return naming.count(moments[number - 1]) > 0 || isReplacing;
 }
 
 TEST_P(Interference, neverLosesAFileThatIsMovedToTheTarget)
@@ -173,6 +187,86 @@ TEST_P(Interference, tellsThatItsOwnFileIsGone)
     EXPECT_GT(told, 0U);
 }
 
+/// Whatever stands at the hidden name when a step is done by name, only our own open file may be published or removed.
+TEST_P(Interference, neitherPublishesNorRemovesWhatReplacesItsHiddenFile)
+{
+    const Names calls = moments();
+    std::size_t noticed = 0;
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        for (const std::string content : {"foreign", "their one"}) { // of another size, and of the same
+            SCOPED_TRACE(content + " before " + std::to_string(number) + ", " + calls[number - 1]);
+            prepare();
+            Location swapped;
+            copy(number, [&] {
+                for (const std::string& name : hidden()) {
+                    swapped = memory / ("disk/" + name);
+                    fs::rename(memory.file("elsewhere/theirs", content).path(), swapped.path());
+                }
+            });
+            const bool isTheirsThere = !swapped.path().empty() && contentAt(swapped) == content;
+            if (failure.empty()) {
+                EXPECT_EQ(contentAt(target()), "our video");
+                EXPECT_TRUE(swapped.path().empty() || isTheirsThere || calls[number - 1] == "unlinkat");
+            } else if (isBetweenComparisonAndName(calls, number)) { // no call prevents it, but it is noticed afterwards
+                EXPECT_TRUE(contentAt(target()) == content || contentAt(target()) == "nothing");
+            } else {
+                ++noticed;
+                EXPECT_TRUE(isTheirsThere);
+                EXPECT_EQ(contentAt(target()), "nothing") << failure;
+            }
+            clear();
+        }
+    }
+    EXPECT_GT(noticed, 10U);
+}
+
+/// Marked, linked or given other rights by another program: the video is the same.
+TEST_P(Interference, copiesASourceOfWhichOnlyTheAttributesChange)
+{
+    const std::string video = (memory / "card/x.mov").path();
+    const std::vector<std::function<void()>> deeds = {
+        [&] { fs::permissions(video, fs::perms(0640)); },
+        [&] { fs::create_hard_link(video, (memory / "card/second.mov").path()); },
+    };
+    for (const auto& deed : deeds) {
+        const Names calls = moments();
+        for (std::size_t number = 1; number <= calls.size(); ++number) {
+            SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
+            fs::permissions(video, fs::perms(0600));
+            fs::remove((memory / "card/second.mov").path());
+            prepare();
+            copy(number, deed);
+            EXPECT_EQ(failure, "");
+            EXPECT_EQ(contentOf(target()), "our video");
+            clear();
+        }
+    }
+}
+
+/// As a program does that wants to hide it: only the time of the last change of attributes shows it.
+TEST_P(Interference, noticesARewriteThatPutsSizeAndTimeBack)
+{
+    const Names calls = moments();
+    const Location video = memory / "card/x.mov";
+    std::size_t noticed = 0;
+    for (std::size_t number = 1; number <= calls.size(); ++number) {
+        SCOPED_TRACE("before " + std::to_string(number) + ", " + calls[number - 1]);
+        memory.file("card/x.mov", "our video");
+        const auto time = fs::last_write_time(video.path());
+        prepare();
+        copy(number, [&] {
+            memory.file("card/x.mov", "their one");
+            fs::last_write_time(video.path(), time);
+        });
+        noticed += failure == video.path() + ": ha cambiado durante la copia." ? 1 : 0;
+        EXPECT_EQ(identityOf(target()) == 0, !failure.empty());
+        EXPECT_EQ(hidden(), Names());
+        clear();
+    }
+    EXPECT_GT(noticed, 2U);
+    memory.file("card/x.mov", "our video");
+}
+
 TEST_P(Interference, neverPublishesASourceThatChangesMeanwhile)
 {
     const Names calls = moments();
@@ -204,6 +298,19 @@ INSTANTIATE_TEST_SUITE_P(Ways, Interference,
                                          Way{"overAReservation", {{"renameat2", EINVAL}, {"linkat", EPERM}}}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
+/// A power cut in between must not leave an empty file that no later run recognises.
+TEST(Reservation, isMadeOnlyOnceTheSealedNameIsOnTheDisk)
+{
+    const TemporaryFolder memory("/dev/shm");
+    memory.folder("disk");
+    const Names calls = copyWith({.refusals = {{"renameat2", EINVAL}, {"linkat", EPERM}}},
+                                 memory.file("x.mov", "video"), memory / "disk/x.mov")
+                            .calls;
+    const auto sealed = std::find(calls.begin(), calls.end(), "renameat");
+    ASSERT_GT(calls.end() - sealed, 3);
+    EXPECT_EQ(Names(sealed, sealed + 3), (Names{"renameat", "fsync", "mknodat"}));
+}
+
 /// Between the first look and the second nobody can be in the middle of changing the folder.
 TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
 {
@@ -213,8 +320,9 @@ TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
                                  memory.file("x.mov", "video"), memory / "disk/x.mov")
                             .calls;
     const auto reserved = std::find(calls.begin(), calls.end(), "mknodat");
-    ASSERT_GT(calls.end() - reserved, 4);
-    EXPECT_EQ(Names(reserved, reserved + 5), (Names{"mknodat", "statx", "renameat2", "statx", "renameat"}));
+    ASSERT_GT(calls.end() - reserved, 6);
+    EXPECT_EQ(Names(reserved, reserved + 7),
+              (Names{"mknodat", "statx", "renameat2", "fstat", "fstatat", "statx", "renameat"}));
 }
 
 /// Without a right to keep its time of access a file is opened once more, and no less carefully.

@@ -96,9 +96,9 @@ TEST_F(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
     const std::string damaged = "; comprueba que ";
     EXPECT_EQ(failureOn("write", unplugged), target().path() + ": el disco se ha desconectado.");
     EXPECT_EQ(failureOn("renameat2", unplugged), target().path() + ": el disco se ha desconectado.");
-    EXPECT_EQ(failureOn("read", unplugged), video().path() + ": el disco se ha desconectado.");
+    EXPECT_EQ(failureOn("pread", unplugged), video().path() + ": el disco se ha desconectado.");
     EXPECT_NE(failureOn("write", 0).find(damaged), std::string::npos);
-    EXPECT_NE(failureOn("read", 0).find(damaged), std::string::npos);
+    EXPECT_NE(failureOn("pread", 0).find(damaged), std::string::npos);
 }
 
 TEST_F(Writing, goesOnThroughTheKernelsMemoryWhereTheDiskRefusesToDoWithout)

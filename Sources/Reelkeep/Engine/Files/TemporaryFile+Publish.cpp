@@ -1,4 +1,4 @@
-#include "Files/FileError.h"
+#include "Files/FileIdentity.h"
 #include "Files/SystemCalls.h"
 #include "Files/TemporaryFile.h"
 #include "Files/TemporaryNames.h"
@@ -26,6 +26,9 @@ void TemporaryFile::publish()
     if (!publishByRename() && !publishByLink())
         publishOverReservation();
     currentName.clear();
+    // Between the last comparison and the call that gives the name, another program may still have swapped the file.
+    if (!isSameFile(identityOf(folder.get(), targetName), identityOf(file.get())))
+        throw FileError(target.path(), EBUSY, "otro programa lo ha cambiado durante la copia");
     if (syncFolder(folder.get(), file.get()) != 0)
         throw failure(errno);
 }
@@ -33,6 +36,7 @@ void TemporaryFile::publish()
 /// ext4, xfs, btrfs, tmpfs, the kernel's own FAT and exFAT.
 bool TemporaryFile::publishByRename()
 {
+    requireOurs();
     if (::renameat2(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), RENAME_NOREPLACE) == 0)
         return true;
     if (isUnknownHere(errno))
@@ -43,19 +47,25 @@ bool TemporaryFile::publishByRename()
 /// NTFS through FUSE, network disks.
 bool TemporaryFile::publishByLink()
 {
+    requireOurs();
     if (::linkat(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), 0) != 0) {
         if (isUnknownHere(errno) || errno == EPERM || errno == EMLINK)
             return false;
         throw publishingFailure(errno);
     }
-    if (::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
+    const auto own = identityOf(file.get());
+    if (!own)
+        throw failure(errno);
+    if (isSameFile(identityOf(folder.get(), currentName), own) &&
+        ::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
         throw failure(errno);
     return true;
 }
 
 /// exFAT through FUSE: it can only replace. So the name is taken by an empty file, made only if nothing stands there,
-/// and that is what gets replaced. Our file first changes its hidden name: should we be killed in between, this tells
-/// the empty file from somebody else's, and neither a copy nor the existence test will take it for a video.
+/// and that is what gets replaced. Our file first changes its hidden name, and that name goes to the disk: if we are
+/// killed in between or the power fails, it distinguishes the empty file from somebody else's, and neither a copy nor
+/// the existence test will take it for a video.
 void TemporaryFile::publishOverReservation()
 {
     seal();
@@ -63,52 +73,75 @@ void TemporaryFile::publishOverReservation()
     const bool isReserved = ::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0;
     if (!isReserved && errno == EEXIST)
         throw publishingFailure(EEXIST);
-    if (isReserved && isNothingButReserved() &&
-        ::renameat(folder.get(), currentName.c_str(), folder.get(), targetName.c_str()) == 0)
-        return;
-    const FileError error = publishingFailure(errno);
-    const Holder holder = lookAtTarget(AT_STATX_FORCE_SYNC);
-    const bool isFree = holder == Holder::nobody || holder == Holder::another ||
-                        (holder == Holder::reservation && ::unlinkat(folder.get(), targetName.c_str(), 0) == 0);
-    if (!isFree)
-        currentName.clear(); // the sealed file stays as long as the empty one does: it tells what that is
-    throw error;
+    try {
+        if (!isReserved)
+            throw publishingFailure(errno);
+        requireReservation();
+        if (::renameat(folder.get(), currentName.c_str(), folder.get(), targetName.c_str()) != 0)
+            throw publishingFailure(errno);
+    } catch (const FileError&) {
+        const Holder holder = holderOfTarget(AT_STATX_FORCE_SYNC);
+        const bool isFree = holder == Holder::none || holder == Holder::foreign ||
+                            (holder == Holder::reservation && ::unlinkat(folder.get(), targetName.c_str(), 0) == 0);
+        if (!isFree)
+            currentName.clear(); // the sealed file stays as long as the empty one does: it shows what that is
+        throw;
+    }
 }
 
 void TemporaryFile::seal()
 {
-    const std::string sealed = sealedName(targetName, fileSystem);
+    std::string sealed = sealedName(targetName, fileSystem);
+    if (identityOf(folder.get(), sealed) || errno != ENOENT)
+        sealed = spareSealedName(targetName, fileSystem);
+    requireOurs();
     if (::renameat(folder.get(), currentName.c_str(), folder.get(), sealed.c_str()) != 0) {
         const FileError error = publishingFailure(errno);
-        ::unlinkat(folder.get(), sealed.c_str(), 0); // a failure over a bad connection may have done its work
+        if (identityOf(folder.get(), sealed)) // a failure over a bad connection may have done its work
+            currentName = sealed;
         throw error;
     }
     currentName = sealed;
+    if (syncFolder(folder.get(), file.get()) != 0)
+        throw failure(errno);
 }
 
-/// Whether the name is still held by our empty file; else `errno` tells why not. Somebody may have written to it, or
-/// renamed a file onto it: that is theirs now. After this look a few microseconds remain in which a file renamed onto
-/// it is lost; no call of the system closes them, on the few disks that come to this.
-bool TemporaryFile::isNothingButReserved() const
+/// The name must still be held by our empty file. Another program may have written to it, or renamed a file onto it:
+/// that is theirs now. After this a few microseconds remain in which a file renamed onto it is lost; no system call
+/// closes them, on the few disks that come to this.
+void TemporaryFile::requireReservation() const
 {
     // First at the disk itself: FUSE remembers sizes for a second, for each letter case of a name its own.
-    Holder holder = lookAtTarget(AT_STATX_FORCE_SYNC);
+    Holder holder = holderOfTarget(AT_STATX_FORCE_SYNC);
     if (holder == Holder::reservation) {
-        // This fails, as the name is taken, but only once whoever is changing the folder at the moment is done.
+        // This fails, as the name is taken, but only once any change of the folder that is under way is done.
         ::renameat2(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), RENAME_NOREPLACE);
-        holder = lookAtTarget(0);
+        requireOurs();
+        holder = holderOfTarget(0); // last, since what is lost here is another program's
     }
-    if (holder == Holder::another || holder == Holder::nobody)
-        errno = holder == Holder::another ? EEXIST : EBUSY;
-    return holder == Holder::reservation;
+    if (holder != Holder::reservation)
+        throw publishingFailure(holder == Holder::foreign ? EEXIST : holder == Holder::none ? EBUSY : errno);
 }
 
-TemporaryFile::Holder TemporaryFile::lookAtTarget(int flags) const
+TemporaryFile::Holder TemporaryFile::holderOfTarget(int flags) const
 {
     struct statx status = {};
     if (::statx(folder.get(), targetName.c_str(), AT_SYMLINK_NOFOLLOW | flags, STATX_TYPE | STATX_SIZE, &status) != 0)
-        return errno == ENOENT ? Holder::nobody : Holder::unknown;
-    return S_ISREG(status.stx_mode) && status.stx_size == 0 ? Holder::reservation : Holder::another;
+        return errno == ENOENT ? Holder::none : Holder::unknown;
+    return S_ISREG(status.stx_mode) && status.stx_size == 0 ? Holder::reservation : Holder::foreign;
+}
+
+void TemporaryFile::requireOurs() const
+{
+    const auto own = identityOf(file.get());
+    if (!own)
+        throw failure(errno);
+    const auto named = identityOf(folder.get(), currentName);
+    if (!named)
+        throw publishingFailure(errno);
+    if (named != own)
+        throw FileError(target.deletingLastPathComponent().appending(currentName).path(), EBUSY,
+                        "otro programa lo ha cambiado durante la copia");
 }
 
 FileError TemporaryFile::publishingFailure(int errorNumber) const
@@ -137,7 +170,7 @@ bool isAbandonedReservation(const Location& place, const struct stat& status)
     const std::string sealed = sealedName(place.lastPathComponent(), fileSystem);
     struct stat sealedStatus = {};
     if (::fstatat(opened.get(), sealed.c_str(), &sealedStatus, AT_SYMLINK_NOFOLLOW) == 0)
-        return true;
+        return S_ISREG(sealedStatus.st_mode);
     if (errno == ENOENT)
         return false;
     throw FileError(place.path(), errno);
