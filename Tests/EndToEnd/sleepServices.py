@@ -1,11 +1,14 @@
 #!/usr/bin/python3
 """Stands in for what desktops offer against suspending: sleepServices.py READY LOG ADDRESS SERVICE...
 
-Each SERVICE is one of `portal`, `refusingPortal`, `latePortal` (it answers once the file LOG.answer exists),
-`screenSaver` and `loginManager`. READY is a descriptor that gets a line when all stand on the bus of ADDRESS. The file
-LOG gets a line for each hold that begins or ends."""
+Each SERVICE is one of `portal`, `latePortal` (it answers once the file LOG.answer exists), `refusingPortal` (by an
+error), `portalRefusingAfterwards` and `portalRefusingBeforehand` (it accepts the request, and refuses it by a signal
+after or even before that), `screenSaver` and `loginManager`. READY is a descriptor that gets a line when all stand on
+the bus of ADDRESS. The file LOG gets a line for each hold that begins or ends. SIGUSR1 makes the services drop all
+holds of a portal or login manager."""
 
 import os
+import signal
 import sys
 
 import gi
@@ -16,7 +19,9 @@ from gi.repository import Gio, GLib  # noqa: E402
 PORTAL = """<interface name="org.freedesktop.portal.Inhibit"><method name="Inhibit">
   <arg type="s" direction="in"/><arg type="u" direction="in"/><arg type="a{sv}" direction="in"/>
   <arg type="o" direction="out"/></method></interface>"""
-REQUEST = """<interface name="org.freedesktop.portal.Request"><method name="Close"/></interface>"""
+REQUEST = """<interface name="org.freedesktop.portal.Request"><method name="Close"/>
+  <signal name="Response"><arg type="u"/><arg type="a{sv}"/></signal></interface>"""
+SUCCESS, FAILURE = 0, 2
 SCREEN_SAVER = """<interface name="org.freedesktop.ScreenSaver">
   <method name="Inhibit"><arg type="s" direction="in"/><arg type="s" direction="in"/><arg type="u" direction="out"/></method>
   <method name="UnInhibit"><arg type="u" direction="in"/></method></interface>"""
@@ -32,6 +37,9 @@ class SleepServices:
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION,
             None, None)
         self.last = 0
+        self.requests = {}  # Open ones of the portal: who has made which.
+        self.locks = {}  # Our ends of the login manager's locks, with what watches them.
+        GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, signal.SIGUSR1, self.drop_all)
 
     def write(self, *words):
         with open(self.log, "a", encoding="utf-8") as log:
@@ -80,7 +88,28 @@ class SleepServices:
 
         self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
 
+    def portalRefusingAfterwards(self):
+        def answer(sender, _, words, call):
+            path = self.open_request(sender, words)
+            call.return_value(GLib.Variant("(o)", (path,)))
+            self.respond(path, FAILURE)
+
+        self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
+
+    def portalRefusingBeforehand(self):
+        def answer(sender, _, words, call):
+            path = self.open_request(sender, words)
+            self.respond(path, FAILURE)
+            call.return_value(GLib.Variant("(o)", (path,)))
+
+        self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
+
     def hold_by_portal(self, sender, _, words, call):
+        path = self.open_request(sender, words)
+        call.return_value(GLib.Variant("(o)", (path,)))
+        self.respond(path, SUCCESS)
+
+    def open_request(self, sender, words):
         _, flags, options = words
         self.last += 1
         number = self.last
@@ -90,10 +119,31 @@ class SleepServices:
 
         def close(_1, _2, _3, closing):
             self.write(f"portal lets go {number}")
+            del self.requests[path]
             closing.return_value(None)
 
         self.serve(None, path, REQUEST, close)
-        call.return_value(GLib.Variant("(o)", (path,)))
+        self.requests[path] = sender, number
+        return path
+
+    def respond(self, path, response):
+        """Says what became of a request. One that has failed is over."""
+        sender, number = self.requests[path]
+        if response != SUCCESS:
+            self.write(f"portal drops {number}")
+            del self.requests[path]
+        self.connection.emit_signal(sender, path, "org.freedesktop.portal.Request", "Response",
+                                    GLib.Variant("(ua{sv})", (response, {})))
+
+    def drop_all(self):
+        for path in list(self.requests):
+            self.respond(path, FAILURE)
+        for reading, watch in self.locks.items():
+            GLib.source_remove(watch)
+            self.write("login manager drops")
+            os.close(reading)
+        self.locks.clear()
+        return True
 
     def screenSaver(self):
         def answer(sender, method, words, call):
@@ -112,7 +162,7 @@ class SleepServices:
         def answer(_1, _2, words, call):
             self.write("login manager holds:", ", ".join(words))
             reading, writing = os.pipe()
-            GLib.unix_fd_add_full(0, reading, GLib.IOCondition.HUP, self.hung_up)
+            self.locks[reading] = GLib.unix_fd_add_full(0, reading, GLib.IOCondition.HUP, self.hung_up)
             holds = Gio.UnixFDList.new()
             holds.append(writing)
             os.close(writing)
@@ -122,6 +172,7 @@ class SleepServices:
 
     def hung_up(self, reading, _):
         self.write("login manager lets go")
+        del self.locks[reading]
         os.close(reading)
         return False
 

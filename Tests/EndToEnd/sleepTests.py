@@ -8,7 +8,7 @@ from pathlib import Path
 
 from bigClips import BigClips
 from case import DesktopTest, main
-from desktop import until, wait_for
+from desktop import stop, until, wait_for
 from hands import click, shows_window, strike, type_text
 from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_disk
 
@@ -23,9 +23,18 @@ class Sleep(DesktopTest):
         self.hold = self.desktop.folder / "hold"
 
     def serve(self, *services, bus=None):
-        """Starts what the desktop offers against suspending."""
+        """Starts what the desktop offers against suspending: its process."""
         self.desktop.launch([sys.executable, "-B", str(Path(__file__).with_name("sleepServices.py")), "{fd}", str(self.log),
                              bus or self.desktop.own["DBUS_SESSION_BUS_ADDRESS"], *services], self.desktop.own)
+        return self.desktop.processes[-1]
+
+    def system_bus(self):
+        return self.desktop.launch(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address={fd}",
+                                    f"--address=unix:path={self.desktop.folder}/system-bus"], self.desktop.own)
+
+    def session_bus(self):
+        """Its process."""
+        return next(process for process in self.desktop.processes if process.args[0] == "dbus-daemon")
 
     def events(self):
         return self.log.read_text(encoding="utf-8").splitlines() if self.log.exists() else []
@@ -102,9 +111,69 @@ class Sleep(DesktopTest):
         self.finish_copy(window)
         self.wait_for_events(*held, "screen saver lets go 1")
 
+    def test_the_screen_saver_is_asked_after_a_portal_that_refuses_by_signal(self):
+        for portal, moment in {"portalRefusingAfterwards": "after", "portalRefusingBeforehand": "before"}.items():
+            with self.subTest(f"{moment} its reply"):
+                self.log.unlink(missing_ok=True)
+                for clip in self.clips.copied():
+                    (self.clips.disk / clip).unlink()
+                services = self.serve(portal, "screenSaver")
+                window = self.analysed()
+                self.begin_copy(window)
+                held = ["portal holds 1: 4 Copiando videos", "portal drops 1",
+                        "screen saver holds 2: Reelkeep, Copiando videos"]
+                self.wait_for_events(*held)
+                self.finish_copy(window)
+                self.wait_for_events(*held, "screen saver lets go 2")
+                self.close()
+                stop(services)
+
+    def test_a_lock_that_the_portal_drops_is_requested_again(self):
+        services = self.serve("portal", "screenSaver")
+        window = self.analysed()
+        self.begin_copy(window)
+        held = ["portal holds 1: 4 Copiando videos"]
+        self.wait_for_events(*held)
+        services.send_signal(signal.SIGUSR1)
+        held += ["portal drops 1", "portal holds 2: 4 Copiando videos"]
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, "portal lets go 2")
+
+    def test_a_lock_is_requested_again_when_its_service_leaves_the_bus(self):
+        for service, held in {"portal": "portal holds 1: 4 Copiando videos",
+                              "screenSaver": "screen saver holds 1: Reelkeep, Copiando videos"}.items():
+            with self.subTest(service):
+                self.log.unlink(missing_ok=True)
+                for clip in self.clips.copied():
+                    (self.clips.disk / clip).unlink()
+                services = self.serve(service)
+                window = self.analysed()
+                self.begin_copy(window)
+                self.wait_for_events(held)
+                stop(services)
+                services = self.serve(service)
+                self.wait_for_events(held, held)
+                self.finish_copy(window)
+                self.wait_for_events(held, held, held.split(" holds")[0] + " lets go 1")
+                self.close()
+                stop(services)
+
+    def test_a_lock_that_the_login_manager_drops_is_requested_again(self):
+        bus = self.system_bus()
+        services = self.serve("loginManager", bus=bus)
+        window = self.analysed(DBUS_SYSTEM_BUS_ADDRESS=bus)
+        self.begin_copy(window)
+        held = ["login manager holds: sleep, Reelkeep, Copiando videos, block"]
+        self.wait_for_events(*held)
+        services.send_signal(signal.SIGUSR1)
+        held += ["login manager drops", *held]
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, "login manager lets go")
+
     def test_the_login_manager_is_asked_where_nobody_else_is(self):
-        bus = self.desktop.launch(["dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address={fd}",
-                                   f"--address=unix:path={self.desktop.folder}/system-bus"], self.desktop.own)
+        bus = self.system_bus()
         self.serve("loginManager", bus=bus)
         window = self.analysed(DBUS_SYSTEM_BUS_ADDRESS=bus)
         self.begin_copy(window)
@@ -168,16 +237,35 @@ class Sleep(DesktopTest):
         until(effect, lambda: click(*self.spots[button][0]), f"an effect of {button!r}")
 
     def test_a_copy_survives_the_bus(self):
+        system_bus = self.system_bus()
         self.serve("portal")
-        self.begin_copy(self.analysed())
+        self.serve("loginManager", bus=system_bus)
+        self.begin_copy(self.analysed(DBUS_SYSTEM_BUS_ADDRESS=system_bus))
         self.wait_for_events("portal holds 1: 4 Copiando videos")
-        bus = next(process for process in self.desktop.processes if process.args[0] == "dbus-daemon")
+        bus = self.session_bus()
         bus.kill()
         bus.wait()
+        wait_for(lambda: "login manager holds: sleep, Reelkeep, Copiando videos, block" in self.events(), "another lock")
         self.hold.unlink()
         wait_for(lambda: self.clips.copied() == self.clips.names, "the copy to be complete")
+        wait_for(lambda: "login manager lets go" in self.events(), "the lock to be given back")
         self.desktop.program.send_signal(signal.SIGTERM)
         self.assertEqual(self.desktop.program.wait(20), 0, self.desktop.said())
+        self.assertEqual(self.clips.flaws(), [])
+
+    def test_a_bus_that_hangs_delays_nothing(self):
+        self.serve("portal")
+        window = self.analysed()
+        bus = self.session_bus()
+        bus.send_signal(signal.SIGSTOP)
+        try:
+            window.button(COPY).press()
+            window.wait_for_status(ALL_SAVED)
+            window.wait_until_idle()
+            self.desktop.program.send_signal(signal.SIGTERM)
+            self.assertEqual(self.desktop.program.wait(5), 0, self.desktop.said())
+        finally:
+            bus.send_signal(signal.SIGCONT)
         self.assertEqual(self.clips.flaws(), [])
 
 

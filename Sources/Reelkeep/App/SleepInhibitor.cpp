@@ -5,9 +5,10 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusUnixFileDescriptor>
+#include <QSocketNotifier>
 #include <QVariantMap>
 
-#include <memory>
+#include <chrono>
 #include <utility>
 
 namespace reelkeep {
@@ -16,120 +17,216 @@ namespace {
 
 constexpr QLatin1String applicationName("Reelkeep");
 constexpr QLatin1String reason("Copiando videos");
+constexpr QLatin1String portalService("org.freedesktop.portal.Desktop");
+constexpr QLatin1String requestInterface("org.freedesktop.portal.Request");
+constexpr QLatin1String screenSaverService("org.freedesktop.ScreenSaver");
+constexpr QLatin1String loginService("org.freedesktop.login1");
+
+/// A service that crashes at every request must not keep the processor busy.
+constexpr std::chrono::seconds retryDelay{1};
 
 QDBusMessage portalCall(const QString& path, const QString& interface, const QString& method)
 {
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Desktop"), path,
-                                          QStringLiteral("org.freedesktop.portal.") + interface, method);
+    return QDBusMessage::createMethodCall(portalService, path, interface, method);
 }
 
 QDBusMessage screenSaverCall(const QString& method)
 {
-    return QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.ScreenSaver"),
-                                          QStringLiteral("/org/freedesktop/ScreenSaver"),
-                                          QStringLiteral("org.freedesktop.ScreenSaver"), method);
+    return QDBusMessage::createMethodCall(screenSaverService, QStringLiteral("/org/freedesktop/ScreenSaver"),
+                                          screenSaverService, method);
 }
 
 } // namespace
 
-SleepInhibitor::SleepInhibitor(QObject* parent) : QObject(parent) {}
+SleepInhibitor::SleepInhibitor(QObject* parent) : QObject(parent)
+{
+    retryTimer.setSingleShot(true);
+    retryTimer.setInterval(retryDelay);
+    connect(&retryTimer, &QTimer::timeout, this, &SleepInhibitor::retry);
+    connect(&services, &QDBusServiceWatcher::serviceOwnerChanged, this, &SleepInhibitor::handleOwnerChange);
+}
 
 SleepInhibitor::~SleepInhibitor()
 {
-    wanted = false;
+    isWanted = false;
     release();
 }
 
 void SleepInhibitor::setHeld(bool held)
 {
-    if (wanted == held)
+    if (isWanted == held)
         return;
-    wanted = held;
-    if (!wanted)
-        release();
-    else if (!asking && !letGo)
-        askPortal();
+    isWanted = held;
+    if (!isWanted)
+        return release();
+    watchSessionBus();
+    retry();
+}
+
+void SleepInhibitor::retry()
+{
+    if (isWanted && !isRequesting && !lock)
+        requestFromPortal();
 }
 
 void SleepInhibitor::release()
 {
-    if (letGo)
-        std::exchange(letGo, nullptr)();
+    retryTimer.stop();
+    if (lock)
+        std::exchange(lock, std::nullopt)->release();
 }
 
-/// Waits for an answer without waiting: accepted, it holds (or is let go at once when it came too late); refused, the
-/// next way is tried.
-void SleepInhibitor::ask(const QDBusPendingCall& call, const Answer& releaseOf, void (SleepInhibitor::*otherwise)())
+/// Only once there is something to copy, since connecting to the bus takes time that the first frame does not have.
+void SleepInhibitor::watchSessionBus()
 {
-    asking = true;
+    if (!services.watchedServices().isEmpty())
+        return;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    services.setConnection(bus);
+    services.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    services.setWatchedServices({portalService, screenSaverService});
+    // Requests of any path: the subscription stands before the path is known, so that no response is missed, with
+    // portals that ignore `handle_token` too. Of any sender: Qt would block to look up the owner of the portal's name.
+    bus.connect(QString(), QString(), requestInterface, QStringLiteral("Response"), this,
+                SLOT(handleResponse(QDBusMessage)));
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"), QStringLiteral("org.freedesktop.DBus.Local"),
+                QStringLiteral("Disconnected"), this, SLOT(handleDisconnection()));
+}
+
+/// If the lock is granted too late, it is given back at once; if it is refused, the next service is asked.
+void SleepInhibitor::request(const QDBusPendingCall& call, const ReadLock& readLock, Step next)
+{
+    isRequesting = true;
+    earlyEvents.clear();
     auto* watcher = new QDBusPendingCallWatcher(call, this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, releaseOf, otherwise] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, readLock, next] {
         watcher->deleteLater();
-        asking = false;
-        const QDBusMessage answer = watcher->reply();
-        if (answer.type() == QDBusMessage::ReplyMessage)
-            letGo = releaseOf(answer);
-        if (!wanted)
-            release();
-        else if (!letGo)
-            (this->*otherwise)();
+        isRequesting = false;
+        const QDBusMessage reply = watcher->reply();
+        if (reply.type() == QDBusMessage::ReplyMessage)
+            lock = readLock(reply);
+        if (!isWanted)
+            return release();
+        if (!lock)
+            return (this->*next)();
+        lock->next = next;
+        for (const auto& event : std::exchange(earlyEvents, {}))
+            event();
     });
 }
 
-void SleepInhibitor::askPortal()
+/// The portal accepts a request first and reports later what became of it.
+void SleepInhibitor::handleResponse(const QDBusMessage& response)
 {
-    constexpr uint suspend = 4;
-    QDBusMessage call = portalCall(QStringLiteral("/org/freedesktop/portal/desktop"), QStringLiteral("Inhibit"),
-                                   QStringLiteral("Inhibit"));
-    call << QString() << suspend << QVariantMap{{QStringLiteral("reason"), QString(reason)}};
-    ask(
-        QDBusConnection::sessionBus().asyncCall(call),
-        [](const QDBusMessage& answer) -> Release {
-            const auto request = answer.arguments().value(0).value<QDBusObjectPath>().path();
-            if (request.isEmpty())
-                return nullptr;
-            return [request] {
-                QDBusConnection::sessionBus().send(
-                    portalCall(request, QStringLiteral("Request"), QStringLiteral("Close")));
-            };
-        },
-        &SleepInhibitor::askScreenSaver);
+    if (isRequesting)
+        return earlyEvents.push_back([this, response] { handleResponse(response); });
+    if (!lock || response.service() != lock->owner || response.path() != lock->request)
+        return;
+    if (response.arguments().value(0).toUInt() == 0)
+        lock->isConfirmed = true;
+    else if (lock->isConfirmed)
+        handleLoss();
+    else
+        (this->*std::exchange(lock, std::nullopt)->next)();
 }
 
-void SleepInhibitor::askScreenSaver()
+void SleepInhibitor::handleOwnerChange(const QString& service, const QString& oldOwner, const QString& newOwner)
+{
+    if (isRequesting)
+        return earlyEvents.push_back([=, this] { handleOwnerChange(service, oldOwner, newOwner); });
+    if (lock && !oldOwner.isEmpty() && lock->owner == oldOwner)
+        handleLoss();
+    else if (isWanted && !lock && !newOwner.isEmpty())
+        retryTimer.start(); // It may be able to do what no other could.
+}
+
+void SleepInhibitor::handleDisconnection()
+{
+    if (lock && !lock->owner.isEmpty())
+        handleLoss();
+}
+
+/// A lock that was good for a while is gone.
+void SleepInhibitor::handleLoss()
+{
+    lock.reset();
+    retryTimer.start();
+}
+
+void SleepInhibitor::requestFromPortal()
+{
+    constexpr uint suspend = 4;
+    QDBusMessage call = portalCall(QStringLiteral("/org/freedesktop/portal/desktop"),
+                                   QStringLiteral("org.freedesktop.portal.Inhibit"), QStringLiteral("Inhibit"));
+    call << QString() << suspend << QVariantMap{{QStringLiteral("reason"), QString(reason)}};
+    request(
+        QDBusConnection::sessionBus().asyncCall(call),
+        [](const QDBusMessage& reply) -> std::optional<Lock> {
+            const QString path = reply.arguments().value(0).value<QDBusObjectPath>().path();
+            if (path.isEmpty())
+                return std::nullopt;
+            Lock granted;
+            granted.owner = reply.service();
+            granted.request = path;
+            granted.release = [path] {
+                QDBusConnection::sessionBus().send(portalCall(path, requestInterface, QStringLiteral("Close")));
+            };
+            return granted;
+        },
+        &SleepInhibitor::requestFromScreenSaver);
+}
+
+void SleepInhibitor::requestFromScreenSaver()
 {
     QDBusMessage call = screenSaverCall(QStringLiteral("Inhibit"));
     call << QString(applicationName) << QString(reason);
-    ask(
+    request(
         QDBusConnection::sessionBus().asyncCall(call),
-        [](const QDBusMessage& answer) -> Release {
-            const uint cookie = answer.arguments().value(0).toUInt();
-            return [cookie] {
+        [](const QDBusMessage& reply) -> std::optional<Lock> {
+            const uint cookie = reply.arguments().value(0).toUInt();
+            Lock granted;
+            granted.owner = reply.service();
+            granted.release = [cookie] {
                 QDBusMessage end = screenSaverCall(QStringLiteral("UnInhibit"));
                 end << cookie;
                 QDBusConnection::sessionBus().send(end);
             };
+            return granted;
         },
-        &SleepInhibitor::askLoginManager);
+        &SleepInhibitor::requestFromLoginManager);
 }
 
-void SleepInhibitor::askLoginManager()
+void SleepInhibitor::requestFromLoginManager()
 {
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
-        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(loginService, QStringLiteral("/org/freedesktop/login1"),
+                                       QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
     call << QStringLiteral("sleep") << QString(applicationName) << QString(reason) << QStringLiteral("block");
-    ask(
+    request(
         QDBusConnection::systemBus().asyncCall(call),
-        [](const QDBusMessage& answer) -> Release {
-            // The hold lasts as long as this descriptor is open.
-            auto lock =
-                std::make_shared<QDBusUnixFileDescriptor>(answer.arguments().value(0).value<QDBusUnixFileDescriptor>());
-            if (!lock->isValid())
-                return nullptr;
-            return [lock]() mutable { lock.reset(); };
+        [this](const QDBusMessage& reply) -> std::optional<Lock> {
+            const auto descriptor = reply.arguments().value(0).value<QDBusUnixFileDescriptor>();
+            if (!descriptor.isValid())
+                return std::nullopt;
+            Lock granted;
+            granted.release = [kept = keepOpen(descriptor)] {};
+            return granted;
         },
         &SleepInhibitor::giveUp);
+}
+
+/// The login manager's lock lasts as long as its descriptor is open at both ends: keeps ours open until the result is
+/// destroyed, and watches the other.
+std::shared_ptr<void> SleepInhibitor::keepOpen(const QDBusUnixFileDescriptor& descriptor)
+{
+    const auto end = [descriptor](QSocketNotifier* notifier) {
+        notifier->setEnabled(false);
+        notifier->deleteLater(); // It may be reporting just now.
+    };
+    const std::shared_ptr<QSocketNotifier> notifier(
+        new QSocketNotifier(descriptor.fileDescriptor(), QSocketNotifier::Exception), end);
+    connect(notifier.get(), &QSocketNotifier::activated, this, &SleepInhibitor::handleLoss);
+    return notifier;
 }
 
 } // namespace reelkeep

@@ -1,17 +1,24 @@
 #pragma once
 
+#include <QDBusServiceWatcher>
 #include <QObject>
+#include <QString>
+#include <QTimer>
 
 #include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
 
-class QDBusPendingCall;
 class QDBusMessage;
+class QDBusPendingCall;
+class QDBusUnixFileDescriptor;
 
 namespace reelkeep {
 
-/// Asks the desktop not to suspend the computer. It tries what desktops offer one after the other (the portal, the
-/// screen saver's interface, the login manager), never waits for an answer, and is silent where nobody listens.
-/// Interface thread.
+/// Prevents the computer from being suspended. It requests a lock from what desktops offer, one service after the other
+/// (the portal, the screen saver's interface, the login manager) until one grants it, and requests it again when it is
+/// lost. Never blocks, and is silent if no service answers. Interface thread.
 class SleepInhibitor : public QObject {
     Q_OBJECT
 
@@ -19,24 +26,43 @@ public:
     explicit SleepInhibitor(QObject* parent = nullptr);
     ~SleepInhibitor() override;
 
-    /// Holds suspending off, or lets it happen again.
+    /// Prevents suspending from now on, or allows it again.
     void setHeld(bool held);
 
-private:
-    using Release = std::function<void()>;
-    /// Makes of an answer what ends the hold again; nothing where the answer grants none.
-    using Answer = std::function<Release(const QDBusMessage&)>;
+private slots:
+    void handleResponse(const QDBusMessage& response);
+    void handleDisconnection();
 
-    void askPortal();
-    void askScreenSaver();
-    void askLoginManager();
-    void ask(const QDBusPendingCall& call, const Answer& releaseOf, void (SleepInhibitor::*otherwise)());
+private:
+    using Step = void (SleepInhibitor::*)();
+    struct Lock {
+        QString owner;                 ///< Unique bus name of the service; empty if the lock outlives its connection.
+        QString request;               ///< Object path of a portal's request.
+        bool isConfirmed = false;      ///< The request has reported success.
+        std::function<void()> release; ///< Gives the lock back to its service.
+        Step next = nullptr;           ///< For a service that takes its word back.
+    };
+    /// Reads the lock out of a reply, if there is one in it.
+    using ReadLock = std::function<std::optional<Lock>(const QDBusMessage& reply)>;
+
+    void requestFromPortal();
+    void requestFromScreenSaver();
+    void requestFromLoginManager();
+    void request(const QDBusPendingCall& call, const ReadLock& readLock, Step next);
+    std::shared_ptr<void> keepOpen(const QDBusUnixFileDescriptor& descriptor);
+    void watchSessionBus();
+    void handleOwnerChange(const QString& service, const QString& oldOwner, const QString& newOwner);
+    void handleLoss();
+    void retry();
     void giveUp() {}
     void release();
 
-    bool wanted = false;
-    bool asking = false;
-    Release letGo; ///< Set while suspending is held off.
+    bool isWanted = false;
+    bool isRequesting = false;
+    std::optional<Lock> lock;
+    std::vector<std::function<void()>> earlyEvents; ///< Came before the reply that says what they are about.
+    QDBusServiceWatcher services;
+    QTimer retryTimer;
 };
 
 } // namespace reelkeep
