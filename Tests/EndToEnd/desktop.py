@@ -163,16 +163,16 @@ class Desktop:
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = bus
         os.environ["DISPLAY"] = self.environment["DISPLAY"]
 
-    def run(self, program, **more):
-        """Starts the program as a person's session would, from the home folder. `more` is added to its environment, or
-        taken from it where it is none."""
+    def run(self, program, output=None, **more):
+        """Starts the program as a person's session would, from the home folder. What it writes goes to a file, see
+        `said`, or to the descriptor `output`. `more` is added to its environment; a name whose value is None is removed."""
         environment = {**self.environment, "HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.runtime),
                        "TMPDIR": str(self.temporary), "QT_QPA_PLATFORM": "xcb", "QT_ACCESSIBILITY": "1",
                        "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", **more}
         environment = {name: value for name, value in environment.items() if value is not None}
         with open(self.folder / "program.log", "wb") as log:
             self.program = subprocess.Popen([str(program)], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
-                                            stdout=log, stderr=log, start_new_session=True,
+                                            stdout=output or log, stderr=output or log, start_new_session=True,
                                             preexec_fn=end_with_parent)
         self.processes.append(self.program)
         return self.program

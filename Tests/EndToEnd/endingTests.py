@@ -162,6 +162,20 @@ class Endings(DesktopTest):
         self.hold.unlink()
         self.complete()
 
+    def test_a_broken_pipe_ends_nothing(self):
+        """As when the terminal goes that the program was started from, with its output led into another program."""
+        self.clips = BigClips(self.desktop.folder / "media", 8)
+        reading, writing = os.pipe()
+        os.close(reading)
+        self.begin_copy(output=writing, QT_LOGGING_RULES="qt.*=true")
+        os.close(writing)
+        self.desktop.program.send_signal(signal.SIGPIPE)
+        wait_for(lambda: self.clips.copied() == self.clips.names or self.desktop.program.poll() is not None,
+                 "the copy to be complete")
+        self.assertIsNone(self.desktop.program.poll())
+        self.end("closing after a broken pipe", close_window)
+        self.assertEqual(self.clips.copied(), self.clips.names)
+
     def test_a_window_closes_at_any_moment_of_a_copy(self):
         rounds = 50 if "REELKEEP_LONG" in os.environ else 1
         seed = random.randrange(1 << 32)

@@ -33,6 +33,8 @@ public:
     {
         // A write beyond the allowed file size shall fail with an error text instead of ending the program.
         std::signal(SIGXFSZ, SIG_IGN);
+        // Nor shall a message to a terminal or program that is gone end a copy.
+        std::signal(SIGPIPE, SIG_IGN);
         doWithoutMissingSessionBus();
         QApplication application(argc, argv);
         identifyToDesktop();
