@@ -49,8 +49,9 @@ void VideoSyncViewModel::runInBackground(Work work, Apply apply)
                 deliver({.result = {}, .error = error.what()});
             }
         });
-    } catch (const std::system_error& error) { // No thread left.
-        deliver({.result = {}, .error = error.what()});
+    } catch (const std::system_error&) {
+        deliver({.result = {},
+                 .error = "No quedan hilos para empezar el trabajo. Cierra otros programas y vuelve a intentarlo."});
     }
 }
 

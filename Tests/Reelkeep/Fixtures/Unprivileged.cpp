@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <exception>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -47,6 +48,13 @@ std::string runUnprivileged(const std::function<std::string()>& action)
     if (child < 0 || ::waitpid(child, &status, 0) != child || status != 0)
         throw std::runtime_error("the unprivileged process failed");
     return text;
+}
+
+void allowNoMoreThreads()
+{
+    const rlimit none = {0, 0};
+    if (::setrlimit(RLIMIT_NPROC, &none) != 0)
+        throw std::runtime_error("no limit of threads");
 }
 
 } // namespace reelkeep

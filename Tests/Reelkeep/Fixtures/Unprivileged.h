@@ -9,4 +9,7 @@ namespace reelkeep {
 /// text; the text of the exception where it throws one.
 std::string runUnprivileged(const std::function<std::string()>& action);
 
+/// Within such an action: from now on the system refuses to start another thread.
+void allowNoMoreThreads();
+
 } // namespace reelkeep

@@ -1,6 +1,7 @@
 #include "Files/FileError.h"
 #include "Fixtures/SessionTest.h"
 #include "Fixtures/TemporaryFolder.h"
+#include "Fixtures/Unprivileged.h"
 
 #include <gtest/gtest.h>
 
@@ -208,6 +209,18 @@ TEST_F(CopyWorkflow, endsAtTheFirstFailureWithoutARescan)
     EXPECT_TRUE(files->has("/A/1.mov"));
     EXPECT_EQ(relativePaths(session->missingVideos()), (Lines{"1.mov", "2.mov", "3.mov"}));
     EXPECT_EQ(snapshotWithout("statusMessage", *session), before);
+}
+
+TEST_F(CopyWorkflow, failsInTheUsersWordsWithoutAThread)
+{
+    const std::string status = runUnprivileged([this] {
+        prepare({"a.mov"});
+        allowNoMoreThreads();
+        session->copyMissingVideos();
+        return becomesIdle() ? session->statusMessage() : "still copying";
+    });
+    EXPECT_EQ(status, "No he podido copiar los videos: No quedan hilos para empezar el trabajo. "
+                      "Cierra otros programas y vuelve a intentarlo.");
 }
 
 TEST_F(CopyWorkflow, endsOnTheTextOfARescanThatFails)

@@ -1,5 +1,6 @@
 #include "Files/FileError.h"
 #include "Fixtures/SessionTest.h"
+#include "Fixtures/Unprivileged.h"
 
 #include <gtest/gtest.h>
 
@@ -213,6 +214,18 @@ TEST_F(ScanWorkflow, failsWhenTheSourceCannotBeRead)
     EXPECT_EQ(session->statusMessage(),
               std::string("No he podido escanear las carpetas: ") + FileError("/card", EIO, "Tarjeta retirada").what());
     EXPECT_EQ(session->lastScanDate(), std::nullopt);
+}
+
+TEST_F(ScanWorkflow, failsInTheUsersWordsWithoutAThread)
+{
+    const std::string status = runUnprivileged([this] {
+        prepare();
+        allowNoMoreThreads();
+        session->scanFolders();
+        return becomesIdle() ? session->statusMessage() : "still scanning";
+    });
+    EXPECT_EQ(status, "No he podido escanear las carpetas: No quedan hilos para empezar el trabajo. "
+                      "Cierra otros programas y vuelve a intentarlo.");
 }
 
 TEST_F(ScanWorkflow, worksOnTheChoicesOfItsStart)
