@@ -4,6 +4,8 @@
 #include <QLayout>
 #include <QTest>
 
+#include <array>
+#include <ostream>
 #include <stdexcept>
 #include <utility>
 
@@ -22,6 +24,12 @@ std::invalid_argument notShown(const QString& what)
 }
 
 } // namespace
+
+std::ostream& operator<<(std::ostream& stream, WindowState state)
+{
+    constexpr std::array names = {"fresh", "chosen", "analysed", "copying", "all saved"};
+    return stream << names.at(static_cast<std::size_t>(state));
+}
 
 WindowTest::WindowTest(std::shared_ptr<StagedFiles> stagedFiles)
     : files(std::move(stagedFiles)), content(new ContentView(dialogs.factory(), files)),
@@ -176,9 +184,9 @@ void WindowTest::fill(const std::string& card, const std::string& disk, int onCa
     }
 }
 
-void WindowTest::enterState(char state)
+void WindowTest::enterState(WindowState state)
 {
-    if (state == 'A')
+    if (state == WindowState::fresh)
         return;
     const std::string card = "/media/ana/EOS_DIGITAL";
     fill(card, "/media/ana/Disco B", 23, 23);
@@ -189,15 +197,15 @@ void WindowTest::enterState(char state)
     chooseCamera(card);
     chooseDestination("/media/ana/Archivo 2026");
     addReviewFolders({"/media/ana/Disco B", "/media/ana/Proyectos/Boda Marta"});
-    if (state == 'B')
+    if (state == WindowState::chosen)
         return;
     analyse();
-    if (state == 'C')
+    if (state == WindowState::analysed)
         return;
-    if (state == 'D')
+    if (state == WindowState::copying)
         files->holdCopy(2);
     press(QStringLiteral("Copiar faltantes al HD seleccionado"));
-    if (state == 'E')
+    if (state == WindowState::allSaved)
         ASSERT_TRUE(becomesIdle());
     else
         ASSERT_TRUE(waitUntil([this] { return status() == QStringLiteral("Copiando 2/4: MVI_0431.MP4"); }));

@@ -13,11 +13,16 @@
 
 #include <gtest/gtest.h>
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace reelkeep {
+
+/// The five states in which the window was designed.
+enum class WindowState { fresh, chosen, analysed, copying, allSaved };
+std::ostream& operator<<(std::ostream& stream, WindowState state);
 
 /// The window as a user meets it, over files in memory, with dialogs that the test answers.
 class WindowTest : public testing::Test {
@@ -63,8 +68,8 @@ protected:
     /// A card with `onCard` videos of 1000 bytes each, of which the first `onDisk` stand on the disk too.
     void fill(const std::string& card, const std::string& disk, int onCard, int onDisk);
 
-    /// The five states that the window was drawn in: A fresh, B chosen, C analysed, D copying, E all saved.
-    void enterState(char state);
+    /// Does what a user would do to get there from a new window.
+    void enterState(WindowState state);
 
     std::shared_ptr<StagedFiles> files;
     ScriptedFolderDialogs dialogs;

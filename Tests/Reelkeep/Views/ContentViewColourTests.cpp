@@ -12,6 +12,8 @@
 namespace reelkeep {
 namespace {
 
+using enum WindowState;
+
 std::string written(const QColor& color)
 {
     return std::to_string(color.red()) + " " + std::to_string(color.green()) + " " + std::to_string(color.blue());
@@ -20,7 +22,7 @@ std::string written(const QColor& color)
 /// What is painted, in the colours of a theme.
 class Colours : public WindowTest {
 protected:
-    void show(const QPalette& palette, char state, int width = 1148)
+    void show(const QPalette& palette, WindowState state, int width = 1148)
     {
         change.emplace(palette);
         enterState(state);
@@ -79,11 +81,11 @@ bool isNamedException(const TextWidget& words)
 
 struct Theme {
     const char* name;
-    char state;
+    WindowState state;
 };
 void PrintTo(const Theme& theme, std::ostream* stream)
 {
-    *stream << theme.name << ", state " << theme.state;
+    *stream << theme.name << ", " << theme.state;
 }
 class Contrast : public Colours, public testing::WithParamInterface<Theme> {
 protected:
@@ -134,12 +136,12 @@ TEST_P(Contrast, isReadableOnEveryEnabledControl)
 }
 
 INSTANTIATE_TEST_SUITE_P(Themes, Contrast,
-                         testing::Values(Theme{"light", 'A'}, Theme{"light", 'C'}, Theme{"light", 'D'},
-                                         Theme{"light", 'E'}, Theme{"dark", 'A'}, Theme{"dark", 'C'},
-                                         Theme{"dark", 'D'}, Theme{"dark", 'E'}, Theme{"Breeze", 'C'},
-                                         Theme{"Breeze Dark", 'C'}, Theme{"Adwaita", 'C'}, Theme{"Adwaita Dark", 'C'},
-                                         Theme{"Yaru Dark", 'C'}, Theme{"black on white", 'C'},
-                                         Theme{"white on black", 'C'}));
+                         testing::Values(Theme{"light", fresh}, Theme{"light", analysed}, Theme{"light", copying},
+                                         Theme{"light", allSaved}, Theme{"dark", fresh}, Theme{"dark", analysed},
+                                         Theme{"dark", copying}, Theme{"dark", allSaved}, Theme{"Breeze", analysed},
+                                         Theme{"Breeze Dark", analysed}, Theme{"Adwaita", analysed},
+                                         Theme{"Adwaita Dark", analysed}, Theme{"Yaru Dark", analysed},
+                                         Theme{"black on white", analysed}, Theme{"white on black", analysed}));
 
 struct ThemeColours {
     const char* name;
@@ -173,7 +175,7 @@ protected:
 TEST_P(ColourTable, isPainted)
 {
     const ThemeColours& expected = GetParam();
-    show(expected.palette(), 'C');
+    show(expected.palette(), analysed);
     expectColour(at(4, 4), expected.window, "window");
     const QRect plate = placeOf(part(QStringLiteral("Paso 1, Camara o tarjeta")));
     expectColour(at(plate.left() + 9, plate.top() + 9), expected.plateStart, "plate start");
@@ -201,7 +203,7 @@ TEST_P(ColourTable, isPainted)
 TEST_P(ColourTable, isPaintedWhileNothingIsChosen)
 {
     const ThemeColours& expected = GetParam();
-    show(expected.palette(), 'A');
+    show(expected.palette(), fresh);
     const TextWidget* pending = shownTexts(part(QStringLiteral("Paso 1, Camara o tarjeta"))).at(3);
     ASSERT_EQ(pending->text(), QStringLiteral("Pendiente"));
     const QRect badge = placeOf(*pending->parentWidget());
@@ -213,7 +215,7 @@ TEST_P(ColourTable, isPaintedWhileNothingIsChosen)
 
 TEST_P(ColourTable, holdsForTheRatiosOfTheNamedExceptions)
 {
-    show(GetParam().palette(), 'C');
+    show(GetParam().palette(), analysed);
     int met = 0;
     for (const TextWidget* words : shownTexts(*content)) {
         const auto range = GetParam().exceptions.find(words->text().toStdString());
@@ -281,7 +283,7 @@ INSTANTIATE_TEST_SUITE_P(Themes, ColourTable,
 
 TEST_F(Colours, followAChangeOfTheThemeWhileOpen)
 {
-    show(lightPalette(), 'C');
+    show(lightPalette(), analysed);
     const QImage light = image;
     change.reset();
     change.emplace(darkPalette());
@@ -313,7 +315,7 @@ TEST_F(Colours, followAChangeOfTheThemeWhileOpen)
 
 TEST_F(Colours, keepTheAccentsInBothThemes)
 {
-    show(lightPalette(), 'C');
+    show(lightPalette(), analysed);
     const QRect tile = placeOf(part(QStringLiteral("Paso 3, Ubicaciones a revisar"))).translated(18, 18);
     const QColor lightTile = at(tile.left() + 12, tile.top() + 12);
     change.reset();

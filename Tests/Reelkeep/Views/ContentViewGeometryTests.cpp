@@ -13,6 +13,8 @@
 namespace reelkeep {
 namespace {
 
+using enum WindowState;
+
 class Geometry : public WindowTest {
 protected:
     void SetUp() override
@@ -39,7 +41,7 @@ protected:
 };
 
 struct Height {
-    char state;
+    WindowState state;
     int width;
     int expected;
 };
@@ -61,17 +63,18 @@ TEST_P(ContentHeight, isThatOfTheDesign)
               << GetParam().expected << "\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(States, ContentHeight,
-                         testing::Values(Height{'A', 1148, 1709}, Height{'B', 1148, 1971}, Height{'C', 1148, 1923},
-                                         Height{'D', 1148, 1939}, Height{'E', 1148, 1971}, Height{'A', 760, 1925},
-                                         Height{'B', 760, 2187}, Height{'C', 760, 2139}, Height{'D', 760, 2155},
-                                         Height{'E', 760, 2187}, Height{'A', 480, 2285}, Height{'B', 480, 2544},
-                                         Height{'C', 480, 2496}, Height{'D', 480, 2496}, Height{'E', 480, 2544},
-                                         Height{'A', 1600, 1709}, Height{'C', 1600, 1923}));
+INSTANTIATE_TEST_SUITE_P(
+    States, ContentHeight,
+    testing::Values(Height{fresh, 1148, 1709}, Height{chosen, 1148, 1971}, Height{analysed, 1148, 1923},
+                    Height{copying, 1148, 1939}, Height{allSaved, 1148, 1971}, Height{fresh, 760, 1925},
+                    Height{chosen, 760, 2187}, Height{analysed, 760, 2139}, Height{copying, 760, 2155},
+                    Height{allSaved, 760, 2187}, Height{fresh, 480, 2285}, Height{chosen, 480, 2544},
+                    Height{analysed, 480, 2496}, Height{copying, 480, 2496}, Height{allSaved, 480, 2544},
+                    Height{fresh, 1600, 1709}, Height{analysed, 1600, 1923}));
 
 TEST_F(Geometry, placesTheSectionsAsDesigned)
 {
-    enterState('C');
+    enterState(analysed);
     resizeToContent(1148);
     const auto expectPlace = [](const QRect& actual, int top, int height, const char* what) {
         EXPECT_NEAR(actual.top(), top, 3) << what;
@@ -91,7 +94,7 @@ TEST_F(Geometry, placesTheSectionsAsDesigned)
 
 TEST_F(Geometry, makesAReviewRow56HighAndPutsThem8Apart)
 {
-    enterState('C');
+    enterState(analysed);
     const QRect first = placeOf(QStringLiteral("Archivo 2026, /media/ana/Archivo 2026, Copia"));
     const QRect second = placeOf(QStringLiteral("Disco B, /media/ana/Disco B"));
     EXPECT_EQ(first.height(), 56);
@@ -100,14 +103,14 @@ TEST_F(Geometry, makesAReviewRow56HighAndPutsThem8Apart)
 
 TEST_F(Geometry, keepsTheLabelOfTheCountInOneLineInTheNarrowestWindow)
 {
-    enterState('C');
+    enterState(analysed);
     resize(480, 1000);
     EXPECT_EQ(placeOfText(QStringLiteral("ubicaciones revisadas")).height(), 16);
 }
 
 TEST_F(Geometry, letsReviewRowsHugTheirContent)
 {
-    enterState('C');
+    enterState(analysed);
     const QRect row = placeOf(QStringLiteral("Disco B, /media/ana/Disco B"));
     EXPECT_LT(row.width(), 300);
     const QRect section = placeOf(QStringLiteral("Paso 3, Ubicaciones a revisar"));
@@ -116,7 +119,7 @@ TEST_F(Geometry, letsReviewRowsHugTheirContent)
 
 TEST_F(Geometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
 {
-    enterState('C');
+    enterState(analysed);
     resize(1600, 1000);
     for (const QString& section :
          {QStringLiteral("Paso 1, Camara o tarjeta"), QStringLiteral("Paso 2, Destino de copia"),
@@ -131,7 +134,7 @@ TEST_F(Geometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
 
 TEST_F(Geometry, putsThePanelsSideBySideWhereTheyFit)
 {
-    enterState('C');
+    enterState(analysed);
     resize(1148, 1000);
     const QRect analysis = placeOf(QStringLiteral("Analizar primero"));
     const QRect copy = placeOf(QStringLiteral("Copiar lo que falta"));
@@ -144,7 +147,7 @@ TEST_F(Geometry, putsThePanelsSideBySideWhereTheyFit)
 
 TEST_F(Geometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
 {
-    enterState('C');
+    enterState(analysed);
     const auto areSideBySide = [this] { return placeOf(QStringLiteral("Copiar lo que falta")).left() > 24; };
     EXPECT_NEAR(widthFrom(900, 1148, areSideBySide).value_or(0), 1099, 4);
     resize(1000, 1000);
@@ -194,7 +197,7 @@ TEST_F(Geometry, centresThePillsOnEachOtherWhereTheyStandInAColumn)
 
 TEST_F(Geometry, arrangesTheCardsInAsManyColumnsAsFit)
 {
-    enterState('C');
+    enterState(analysed);
     const std::vector<QString> names = {QStringLiteral("En camara: 27, videos detectados"),
                                         QStringLiteral("Ya en destinos: 23, videos de la camara ya encontrados"),
                                         QStringLiteral("Pendientes: 4, videos de la camara por copiar")};
@@ -220,7 +223,7 @@ TEST_F(Geometry, arrangesTheCardsInAsManyColumnsAsFit)
 
 TEST_F(Geometry, growsThePendingSectionBy48WhenTheListEmpties)
 {
-    enterState('C');
+    enterState(analysed);
     resizeToContent(1148);
     const int listHeight = place(*list()).height();
     files->releaseCopy();
@@ -310,7 +313,7 @@ TEST_F(FirstSize, pressesNothingByAccident)
 
 TEST_F(Geometry, followsAChangeOfTheFontWhileOpen)
 {
-    enterState('C');
+    enterState(analysed);
     resizeToContent(1148);
     const int before = content->height();
     {

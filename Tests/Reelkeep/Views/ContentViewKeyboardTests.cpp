@@ -13,6 +13,8 @@
 namespace reelkeep {
 namespace {
 
+using enum WindowState;
+
 /// The window without a mouse.
 class Keyboard : public WindowTest {
 protected:
@@ -74,7 +76,7 @@ TEST_F(Keyboard, reachesWhatCanBeUsedInReadingOrder)
 
 TEST_F(Keyboard, reachesEverythingInReadingOrder)
 {
-    enterState('C');
+    enterState(analysed);
     EXPECT_EQ(
         forward(),
         (QStringList{QStringLiteral("/media/ana/EOS_DIGITAL"), QStringLiteral("Elegir camara"),
@@ -113,7 +115,7 @@ TEST_F(Keyboard, keepsReadingOrderWhateverIsChosenFirst)
 
 TEST_F(Keyboard, walksRoundInBothDirections)
 {
-    for (const char state : {'A', 'C'}) {
+    for (const WindowState state : {fresh, analysed}) {
         enterState(state);
         const QStringList there = forward();
         QStringList back = backward();
@@ -124,7 +126,7 @@ TEST_F(Keyboard, walksRoundInBothDirections)
 
 TEST_F(Keyboard, followsTheOrderOfTheScreenAtEveryWidth)
 {
-    enterState('C');
+    enterState(analysed);
     for (const int width : {480, 760, 1148}) {
         resize(width, 800);
         content->setFocus();
@@ -145,7 +147,7 @@ TEST_F(Keyboard, followsTheOrderOfTheScreenAtEveryWidth)
 
 TEST_F(Keyboard, scrollsWhatHasTheFocusIntoView)
 {
-    enterState('C');
+    enterState(analysed);
     resize(800, 560); // What a screen of 800 x 600 leaves.
     for (const auto& step : {std::function<void()>([this] { tab(); }), std::function<void()>([this] { tabBack(); })}) {
         content->setFocus();
@@ -231,7 +233,7 @@ TEST_F(Keyboard, keepsTheFocusWhereItWasWhenAButtonTurnsDisabled)
 
 TEST_F(Keyboard, showsWhereItIs)
 {
-    enterState('C');
+    enterState(analysed);
     resizeToContent(1148);
     content->setFocus();
     tab();
@@ -250,7 +252,7 @@ TEST_F(Keyboard, findsANameAndARoleOnEveryStop)
 {
     const std::set<QAccessible::Role> known = {QAccessible::Button, QAccessible::CheckBox, QAccessible::ComboBox,
                                                QAccessible::StaticText, QAccessible::List};
-    enterState('C');
+    enterState(analysed);
     content->setFocus();
     tab();
     QWidget* const first = &focused();
@@ -266,7 +268,7 @@ TEST_F(Keyboard, findsANameAndARoleOnEveryStop)
 
 TEST_F(Keyboard, findsEveryButtonByItsOwnName)
 {
-    enterState('C');
+    enterState(analysed);
     std::set<std::string> names;
     for (Button* button : content->findChildren<Button*>()) {
         if (button->isVisible()) {
@@ -278,7 +280,7 @@ TEST_F(Keyboard, findsEveryButtonByItsOwnName)
 
 TEST_F(Keyboard, leavesTheListWithTab)
 {
-    enterState('C');
+    enterState(analysed);
     list()->setFocus();
     tab();
     EXPECT_FALSE(list()->hasFocus());

@@ -6,6 +6,8 @@
 namespace reelkeep {
 namespace {
 
+using enum WindowState;
+
 struct Room {
     int width;
     double fontScale;
@@ -84,7 +86,7 @@ protected:
 TEST_P(EveryRoom, holdsEveryStateWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
-    for (const char state : {'A', 'C'}) {
+    for (const WindowState state : {fresh, analysed}) {
         SCOPED_TRACE(state);
         enterState(state);
         resize(GetParam().width, 700);
@@ -96,7 +98,7 @@ TEST_P(EveryRoom, holdsEveryStateWithoutClippingOrOverlapping)
 TEST_P(EveryRoom, holdsACopyWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
-    enterState('D');
+    enterState(copying);
     resize(GetParam().width, 700);
     expectNothingClippedOrOverlapping();
 }
@@ -104,7 +106,7 @@ TEST_P(EveryRoom, holdsACopyWithoutClippingOrOverlapping)
 TEST_P(EveryRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
-    enterState('E');
+    enterState(allSaved);
     resize(GetParam().width, 700);
     expectNothingClippedOrOverlapping();
 }
