@@ -24,6 +24,8 @@ public:
                          QWidget* parent = nullptr);
 
     VideoSyncViewModel& viewModel() { return session; }
+    /// False from a change of the session to the refresh that shows it.
+    bool isUpToDate() const { return !refreshTimer.isActive(); }
 
 private:
     using FolderSource = std::function<std::optional<Location>()>;

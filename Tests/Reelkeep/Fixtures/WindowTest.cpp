@@ -51,11 +51,8 @@ WindowTest::~WindowTest()
 
 void WindowTest::settle() const
 {
-    // Started after the last change and longer than the pause between two refreshes, it ends after the next refresh.
-    bool refreshed = false;
-    QTimer::singleShot(25, Qt::PreciseTimer, content, [&] { refreshed = true; });
-    if (!waitUntil([&] { return refreshed; }))
-        throw std::runtime_error("the event loop stands still");
+    if (!waitUntil([this] { return content->isUpToDate(); }))
+        throw std::runtime_error("the window does not refresh");
     letEventsPass();
 }
 
