@@ -1,5 +1,6 @@
 #include "Fixtures/ScriptedFolderDialogs.h"
 
+#include <ostream>
 #include <stdexcept>
 #include <utility>
 
@@ -16,7 +17,7 @@ public:
     {
         script.shown.push_back({title, canChooseDirectories, canChooseFiles, allowsMultipleSelection});
         if (script.answers.empty())
-            throw std::logic_error("a dialog that nobody expected: " + title);
+            throw std::logic_error("an unexpected dialog: " + title);
         answer = std::move(script.answers.front());
         script.answers.pop_front();
         if (answer.whileOpen)
@@ -37,6 +38,38 @@ private:
 };
 
 } // namespace
+
+std::vector<Location> locations(const std::vector<std::string>& paths)
+{
+    return {paths.begin(), paths.end()};
+}
+
+void PrintTo(const ScriptedFolderDialogs::Shown& dialog, std::ostream* stream)
+{
+    *stream << dialog.title << (dialog.canChooseDirectories ? ", folders" : "")
+            << (dialog.canChooseFiles ? ", files" : "") << (dialog.allowsMultipleSelection ? ", several" : "");
+}
+
+ScriptedFolderDialogs::Shown ScriptedFolderDialogs::forOneFolder(std::string title)
+{
+    return {std::move(title), true, false, false};
+}
+
+ScriptedFolderDialogs::Shown ScriptedFolderDialogs::forSeveralFolders(std::string title)
+{
+    return {std::move(title), true, false, true};
+}
+
+void ScriptedFolderDialogs::willChoose(const std::vector<std::string>& paths)
+{
+    answers.push_back({.response = FolderDialog::Response::ok, .chosen = locations(paths), .whileOpen = {}});
+}
+
+void ScriptedFolderDialogs::willCancel()
+{
+    // The dialog may still report what was marked in it.
+    answers.push_back({.response = FolderDialog::Response::cancel, .chosen = locations({"/marked"}), .whileOpen = {}});
+}
 
 FolderDialogFactory ScriptedFolderDialogs::factory()
 {

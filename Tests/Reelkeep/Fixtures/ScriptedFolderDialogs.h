@@ -4,10 +4,13 @@
 
 #include <deque>
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
 namespace reelkeep {
+
+std::vector<Location> locations(const std::vector<std::string>& paths);
 
 /// Answers folder dialogs from a script and records how they were shown. Outlives the dialogs it makes.
 class ScriptedFolderDialogs {
@@ -22,13 +25,25 @@ public:
         bool canChooseDirectories;
         bool canChooseFiles;
         bool allowsMultipleSelection;
+
+        bool operator==(const Shown&) const = default;
     };
+
+    /// Dialogs that choose a folder, or several, and no files.
+    static Shown forOneFolder(std::string title);
+    static Shown forSeveralFolders(std::string title);
+
+    /// The user's answer to the next dialog.
+    void willChoose(const std::vector<std::string>& paths);
+    void willCancel();
+    FolderDialogFactory factory();
 
     std::deque<Answer> answers; ///< One for each dialog that will be shown.
     std::vector<Shown> shown;
     int openCount = 0; ///< Dialogs that exist now.
-
-    FolderDialogFactory factory();
 };
+
+/// How a failed test writes a dialog.
+void PrintTo(const ScriptedFolderDialogs::Shown& dialog, std::ostream* stream);
 
 } // namespace reelkeep

@@ -2,11 +2,6 @@
 
 namespace reelkeep {
 
-std::vector<Location> locations(const std::vector<std::string>& paths)
-{
-    return {paths.begin(), paths.end()};
-}
-
 std::vector<std::string> relativePaths(const VideoList& videos)
 {
     std::vector<std::string> paths;
@@ -37,18 +32,6 @@ void SessionTest::addReviewFolders(const std::vector<std::string>& paths)
 {
     willChoose(paths);
     session->addDestinationReviewFolders();
-}
-
-void SessionTest::willChoose(const std::vector<std::string>& paths)
-{
-    dialogs.answers.push_back({.response = FolderDialog::Response::ok, .chosen = locations(paths), .whileOpen = {}});
-}
-
-void SessionTest::willCancel()
-{
-    // The dialog may still report what was marked in it.
-    dialogs.answers.push_back(
-        {.response = FolderDialog::Response::cancel, .chosen = locations({"/marked"}), .whileOpen = {}});
 }
 
 void SessionTest::scan()

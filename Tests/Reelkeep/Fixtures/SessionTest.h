@@ -14,7 +14,6 @@
 
 namespace reelkeep {
 
-std::vector<Location> locations(const std::vector<std::string>& paths);
 std::vector<std::string> relativePaths(const VideoList& videos);
 
 /// A session over files in memory, whose dialogs are answered by the test.
@@ -26,8 +25,8 @@ protected:
     void chooseDestination(const std::string& path);
     void addReviewFolders(const std::vector<std::string>& paths);
     /// The user's answer to the next dialog.
-    void willChoose(const std::vector<std::string>& paths);
-    void willCancel();
+    void willChoose(const std::vector<std::string>& paths) { dialogs.willChoose(paths); }
+    void willCancel() { dialogs.willCancel(); }
 
     /// Runs a workflow to its end.
     void scan();

@@ -13,11 +13,6 @@ namespace reelkeep {
 
 namespace {
 
-std::vector<Location> locations(const std::vector<std::string>& paths)
-{
-    return {paths.begin(), paths.end()};
-}
-
 std::invalid_argument notShown(const QString& what)
 {
     return std::invalid_argument("not shown, or more than once: " + what.toStdString());
@@ -150,18 +145,6 @@ void WindowTest::pick(const QString& entry)
         QTest::keyClick(popUp, isAbove ? Qt::Key_Up : Qt::Key_Down);
     }
     settle();
-}
-
-void WindowTest::willChoose(const std::vector<std::string>& paths)
-{
-    dialogs.answers.push_back({.response = FolderDialog::Response::ok, .chosen = locations(paths), .whileOpen = {}});
-}
-
-void WindowTest::willCancel()
-{
-    // The dialog may still report what was marked in it.
-    dialogs.answers.push_back(
-        {.response = FolderDialog::Response::cancel, .chosen = locations({"/marked"}), .whileOpen = {}});
 }
 
 bool WindowTest::becomesIdle()

@@ -61,8 +61,8 @@ protected:
     void analyse();
     void pick(const QString& entry);
 
-    void willChoose(const std::vector<std::string>& paths);
-    void willCancel();
+    void willChoose(const std::vector<std::string>& paths) { dialogs.willChoose(paths); }
+    void willCancel() { dialogs.willCancel(); }
     bool becomesIdle();
 
     /// A card with `onCard` videos of 1000 bytes each, of which the first `onDisk` stand on the disk too.

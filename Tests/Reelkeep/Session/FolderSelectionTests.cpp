@@ -6,37 +6,27 @@ namespace reelkeep {
 namespace {
 
 using Lines = std::vector<std::string>;
+using Dialogs = std::vector<ScriptedFolderDialogs::Shown>;
 
 class FolderSelection : public SessionTest {};
 
 TEST_F(FolderSelection, asksForTheSourceWithADialogForOneFolder)
 {
     chooseSource("/card");
-    ASSERT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_EQ(dialogs.shown[0].title, "Selecciona la carpeta de origen");
-    EXPECT_TRUE(dialogs.shown[0].canChooseDirectories);
-    EXPECT_FALSE(dialogs.shown[0].canChooseFiles);
-    EXPECT_FALSE(dialogs.shown[0].allowsMultipleSelection);
+    EXPECT_EQ(dialogs.shown, Dialogs{ScriptedFolderDialogs::forOneFolder("Selecciona la carpeta de origen")});
 }
 
 TEST_F(FolderSelection, asksForTheDestinationWithADialogForOneFolder)
 {
     chooseDestination("/A");
-    ASSERT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_EQ(dialogs.shown[0].title, "Selecciona la carpeta de destino");
-    EXPECT_TRUE(dialogs.shown[0].canChooseDirectories);
-    EXPECT_FALSE(dialogs.shown[0].canChooseFiles);
-    EXPECT_FALSE(dialogs.shown[0].allowsMultipleSelection);
+    EXPECT_EQ(dialogs.shown, Dialogs{ScriptedFolderDialogs::forOneFolder("Selecciona la carpeta de destino")});
 }
 
 TEST_F(FolderSelection, asksForReviewFoldersWithADialogForSeveral)
 {
     addReviewFolders({"/A"});
-    ASSERT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_EQ(dialogs.shown[0].title, "Selecciona uno o varios HDs o carpetas a revisar");
-    EXPECT_TRUE(dialogs.shown[0].canChooseDirectories);
-    EXPECT_FALSE(dialogs.shown[0].canChooseFiles);
-    EXPECT_TRUE(dialogs.shown[0].allowsMultipleSelection);
+    EXPECT_EQ(dialogs.shown,
+              Dialogs{ScriptedFolderDialogs::forSeveralFolders("Selecciona uno o varios HDs o carpetas a revisar")});
 }
 
 TEST_F(FolderSelection, makesANewDialogForEachQuestionAndKeepsNone)

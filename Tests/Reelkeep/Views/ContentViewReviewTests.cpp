@@ -86,9 +86,8 @@ TEST_F(ReviewLocations, areAddedInTheOrderOfTheDialog)
     EXPECT_EQ(summary(), (QStringList{QStringLiteral("2"), QStringLiteral("ubicaciones revisadas"),
                                       QStringLiteral("2 ubicaciones seleccionadas")}));
     EXPECT_EQ(badge(), QStringLiteral("Listo"));
-    ASSERT_EQ(dialogs.shown.size(), 1U);
-    EXPECT_EQ(dialogs.shown[0].title, "Selecciona uno o varios HDs o carpetas a revisar");
-    EXPECT_TRUE(dialogs.shown[0].allowsMultipleSelection);
+    EXPECT_EQ(dialogs.shown, std::vector{ScriptedFolderDialogs::forSeveralFolders(
+                                 "Selecciona uno o varios HDs o carpetas a revisar")});
 }
 
 TEST_F(ReviewLocations, areListedOnceThoughTheCopyDestinationIsAmongThem)
