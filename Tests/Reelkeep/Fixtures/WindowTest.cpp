@@ -96,6 +96,14 @@ TextWidget& WindowTest::text(const QString& searched) const
     return *found;
 }
 
+TextWidget& WindowTest::textIn(const QString& partName, const QString& searched) const
+{
+    auto* found = shownWidget<TextWidget>(part(partName), searched);
+    if (!found)
+        throw notShown(searched);
+    return *found;
+}
+
 QString WindowTest::status() const
 {
     return content->findChild<TextWidget*>(QStringLiteral("statusMessage"))->text();

@@ -49,6 +49,7 @@ protected:
     QStringList wordsIn(const QString& partName) const { return shownWords(part(partName)); }
     QStringList words() const { return shownWords(*content); }
     TextWidget& text(const QString& words) const;
+    TextWidget& textIn(const QString& partName, const QString& words) const;
     RowList* list() const { return shownWidget<RowList>(*content, QStringLiteral("Videos pendientes")); }
     Bar* bar() const { return shownWidget<Bar>(*content, QStringLiteral("Progreso")); }
     QString status() const;

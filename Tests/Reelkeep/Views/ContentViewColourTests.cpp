@@ -188,7 +188,8 @@ TEST_P(ColourTable, isPainted)
     const QWidget& blueBox = boxOf(QStringLiteral("EOS_DIGITAL"));
     expectColour(fillOf(blueBox), expected.blueBox, "path box of step 1");
     expectColour(strokeOf(blueBox), expected.blueStroke, "its stroke");
-    const QWidget& greenBox = *shownTexts(part(QStringLiteral("Paso 2, Destino de copia"))).at(4)->parentWidget();
+    const QWidget& greenBox =
+        *textIn(QStringLiteral("Paso 2, Destino de copia"), QStringLiteral("Archivo 2026")).parentWidget();
     expectColour(fillOf(greenBox), expected.greenBox, "path box of step 2");
     expectColour(strokeOf(greenBox), expected.greenStroke, "its stroke");
     const QWidget& orangeBox = boxOf(QStringLiteral("3 ubicaciones seleccionadas"));
@@ -204,9 +205,8 @@ TEST_P(ColourTable, isPaintedWhileNothingIsChosen)
 {
     const ThemeColours& expected = GetParam();
     show(expected.palette(), fresh);
-    const TextWidget* pending = shownTexts(part(QStringLiteral("Paso 1, Camara o tarjeta"))).at(3);
-    ASSERT_EQ(pending->text(), QStringLiteral("Pendiente"));
-    const QRect badge = placeOf(*pending->parentWidget());
+    const TextWidget& pending = textIn(QStringLiteral("Paso 1, Camara o tarjeta"), QStringLiteral("Pendiente"));
+    const QRect badge = placeOf(*pending.parentWidget());
     expectColour(at(badge.right() - 6, badge.center().y()), expected.greyBadge, "grey badge");
     expectColour(at(badge.left() + 10 + 4, badge.center().y()), expected.greyDot, "grey dot");
     const QWidget& empty = boxOf(QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas"));

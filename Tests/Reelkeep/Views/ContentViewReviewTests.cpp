@@ -46,12 +46,11 @@ protected:
         QTest::mouseClick(removeButtons().at(std::size_t(row)), Qt::LeftButton);
         settle();
     }
-    QStringList summary() const
-    {
-        const QStringList all = sectionWords();
-        return all.mid(4, 3);
-    }
-    QString badge() const { return sectionWords().at(3); }
+    /// How many, of what, and which.
+    QStringList summary() const { return sectionWords().mid(wordsOfHead, 3); }
+    QString badge() const { return sectionWords().mid(0, wordsOfHead).back(); }
+
+    static constexpr int wordsOfHead = 4; ///< Step, title, subtitle and badge.
 };
 
 TEST_F(ReviewLocations, areNoneAtFirst)
@@ -97,7 +96,7 @@ TEST_F(ReviewLocations, areListedOnceThoughTheCopyDestinationIsAmongThem)
     EXPECT_EQ(rows(),
               (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A"), QStringLiteral("Copia")},
                                   {QStringLiteral("B"), QStringLiteral("/media/ana/B")}}));
-    EXPECT_EQ(summary()[0], QStringLiteral("2"));
+    EXPECT_EQ(summary().front(), QStringLiteral("2"));
 }
 
 TEST_F(ReviewLocations, canBeRemovedButForTheCopyDestination)
@@ -161,7 +160,7 @@ TEST_F(ReviewLocations, giveTheRootItsWholePathForAName)
 {
     addReviewFolders({"/"});
     EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("/"), QStringLiteral("/")}}));
-    EXPECT_EQ(summary()[2], QStringLiteral("/"));
+    EXPECT_EQ(summary().back(), QStringLiteral("/"));
 }
 
 TEST_F(ReviewLocations, moveTheTagWithTheCopyDestination)

@@ -32,14 +32,7 @@ protected:
         willChoose({path});
         press(QString::fromLatin1(GetParam().button));
     }
-    TextWidget& cardText(const QString& searched) const
-    {
-        for (TextWidget* found : shownTexts(part(partName()))) {
-            if (found->text() == searched)
-                return *found;
-        }
-        throw std::invalid_argument(searched.toStdString());
-    }
+    TextWidget& cardText(const QString& searched) const { return textIn(partName(), searched); }
 };
 
 TEST_P(SelectionCard, saysThatNothingIsChosenYet)

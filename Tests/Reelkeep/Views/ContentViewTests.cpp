@@ -39,13 +39,14 @@ TEST_F(MainWindow, isCalledReelkeep)
 
 TEST_F(MainWindow, beginsWithItsNameAndWhatItIsFor)
 {
-    EXPECT_EQ(words().mid(0, 2),
-              (QStringList{QStringLiteral("Reelkeep"),
-                           QStringLiteral("Controla que tu material de camara ya este archivado en uno o varios discos "
-                                          "y copia solo lo que falta al destino principal.")}));
-    EXPECT_EQ(text(QStringLiteral("Reelkeep")).style().size, 28);
-    EXPECT_EQ(text(QStringLiteral("Reelkeep")).style().weight, QFont::Bold);
-    EXPECT_EQ(text(words().at(1)).color().level, TextColor::Level::secondary);
+    const QString name = QStringLiteral("Reelkeep");
+    const QString purpose =
+        QStringLiteral("Controla que tu material de camara ya este archivado en uno o varios discos "
+                       "y copia solo lo que falta al destino principal.");
+    EXPECT_EQ(words().mid(0, 2), (QStringList{name, purpose}));
+    EXPECT_EQ(text(name).style().size, 28);
+    EXPECT_EQ(text(name).style().weight, QFont::Bold);
+    EXPECT_EQ(text(purpose).color().level, TextColor::Level::secondary);
 }
 
 TEST_F(MainWindow, hasItsSixSectionsInOrder)
