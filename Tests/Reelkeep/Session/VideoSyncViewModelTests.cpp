@@ -11,9 +11,9 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-class SessionState : public SessionTest {};
+class VideoSyncViewModelTest : public SessionTest {};
 
-TEST_F(SessionState, beginsWithTheInitialValues)
+TEST_F(VideoSyncViewModelTest, beginsWithTheInitialValues)
 {
     EXPECT_EQ(session->sourceFolder(), std::nullopt);
     EXPECT_EQ(session->copyDestinationFolder(), std::nullopt);
@@ -30,7 +30,7 @@ TEST_F(SessionState, beginsWithTheInitialValues)
     EXPECT_EQ(session->lastScanDate(), std::nullopt);
 }
 
-TEST_F(SessionState, derivesTheInitialTextsAndRules)
+TEST_F(VideoSyncViewModelTest, derivesTheInitialTextsAndRules)
 {
     EXPECT_FALSE(session->canScan());
     EXPECT_FALSE(session->canCopy());
@@ -41,7 +41,7 @@ TEST_F(SessionState, derivesTheInitialTextsAndRules)
     EXPECT_EQ(session->cameraVideosAlreadyInDestinationCount(), 0U);
 }
 
-TEST_F(SessionState, usesARealFileManagerWhereNoneIsGiven)
+TEST_F(VideoSyncViewModelTest, usesARealFileManagerWhereNoneIsGiven)
 {
     VideoSyncViewModel real(dialogs.factory());
     willChoose({"/missing folder of a test"});
@@ -53,7 +53,7 @@ TEST_F(SessionState, usesARealFileManagerWhereNoneIsGiven)
     EXPECT_NE(real.lastScanDate(), std::nullopt);
 }
 
-TEST_F(SessionState, announcesAWriteBeforeItStoresTheValue)
+TEST_F(VideoSyncViewModelTest, announcesAWriteBeforeItStoresTheValue)
 {
     const AnnouncementRecorder recorder(*session);
     bool seen = true;
@@ -66,7 +66,7 @@ TEST_F(SessionState, announcesAWriteBeforeItStoresTheValue)
     EXPECT_EQ(recorder.writes(), (Lines{"preserveFolderStructure = false", "copyDestinationFolder = /A"}));
 }
 
-TEST_F(SessionState, announcesTheWriteOfAnEqualValueToo)
+TEST_F(VideoSyncViewModelTest, announcesTheWriteOfAnEqualValueToo)
 {
     const AnnouncementRecorder recorder(*session);
     session->setPreserveFolderStructure(true);
@@ -74,7 +74,7 @@ TEST_F(SessionState, announcesTheWriteOfAnEqualValueToo)
     EXPECT_EQ(recorder.writes(), (Lines{"nothing", "nothing"}));
 }
 
-TEST_F(SessionState, setsTheDestinationWithoutAnyOtherEffect)
+TEST_F(VideoSyncViewModelTest, setsTheDestinationWithoutAnyOtherEffect)
 {
     session->setCopyDestinationFolder(Location("/A"));
     EXPECT_EQ(session->copyDestinationFolder(), Location("/A"));
@@ -83,7 +83,7 @@ TEST_F(SessionState, setsTheDestinationWithoutAnyOtherEffect)
     EXPECT_EQ(session->copyDestinationFolder(), std::nullopt);
 }
 
-TEST_F(SessionState, reviewsTheDestinationFirstAndEveryFolderOnce)
+TEST_F(VideoSyncViewModelTest, reviewsTheDestinationFirstAndEveryFolderOnce)
 {
     session->setCopyDestinationFolder(Location("/Volumes/A"));
     addReviewFolders({"/Volumes/B", "/Volumes/A", "/Volumes/B"});
@@ -92,14 +92,14 @@ TEST_F(SessionState, reviewsTheDestinationFirstAndEveryFolderOnce)
     EXPECT_EQ(session->destinationReviewSummary(), "2 ubicaciones seleccionadas");
 }
 
-TEST_F(SessionState, reviewsTheDestinationAlone)
+TEST_F(VideoSyncViewModelTest, reviewsTheDestinationAlone)
 {
     session->setCopyDestinationFolder(Location("/Volumes/A"));
     EXPECT_EQ(session->effectiveDestinationReviewFolders(), locations({"/Volumes/A"}));
     EXPECT_EQ(session->destinationReviewSummary(), "/Volumes/A");
 }
 
-TEST_F(SessionState, cannotScanReviewFoldersWithoutADestination)
+TEST_F(VideoSyncViewModelTest, cannotScanReviewFoldersWithoutADestination)
 {
     chooseSource("/card");
     addReviewFolders({"/Volumes/A", "/Volumes/B"});
@@ -108,33 +108,33 @@ TEST_F(SessionState, cannotScanReviewFoldersWithoutADestination)
     EXPECT_FALSE(session->canScan());
 }
 
-TEST_F(SessionState, countsLocationsByTheirPathsAlone)
+TEST_F(VideoSyncViewModelTest, countsLocationsByTheirPathsAlone)
 {
     addReviewFolders({"/Volumes/A", "/volumes/a", "/Volumes/./A"});
     EXPECT_EQ(session->destinationReviewSummary(), "3 ubicaciones seleccionadas");
 }
 
-TEST_F(SessionState, summarisesOneReviewFolderByItsPath)
+TEST_F(VideoSyncViewModelTest, summarisesOneReviewFolderByItsPath)
 {
     addReviewFolders({"/Volumes/B"});
     EXPECT_EQ(session->destinationReviewSummary(), "/Volumes/B");
 }
 
-TEST_F(SessionState, namesTheDestinationByItsLastComponent)
+TEST_F(VideoSyncViewModelTest, namesTheDestinationByItsLastComponent)
 {
     session->setCopyDestinationFolder(Location("/Volumes/Disco 1"));
     EXPECT_EQ(session->activeCopyDestinationName(), "Disco 1");
     EXPECT_EQ(session->copyDestinationSelectionPath(), "/Volumes/Disco 1");
 }
 
-TEST_F(SessionState, namesADestinationWithoutLastComponentByItsPath)
+TEST_F(VideoSyncViewModelTest, namesADestinationWithoutLastComponentByItsPath)
 {
     session->setCopyDestinationFolder(Location("/"));
     EXPECT_EQ(session->activeCopyDestinationName(), "/");
     EXPECT_EQ(session->copyDestinationSelectionPath(), "/");
 }
 
-TEST_F(SessionState, canScanOnceSourceAndDestinationAreChosen)
+TEST_F(VideoSyncViewModelTest, canScanOnceSourceAndDestinationAreChosen)
 {
     chooseSource("/card");
     EXPECT_FALSE(session->canScan());
@@ -142,13 +142,13 @@ TEST_F(SessionState, canScanOnceSourceAndDestinationAreChosen)
     EXPECT_TRUE(session->canScan());
 }
 
-TEST_F(SessionState, cannotScanWithoutASource)
+TEST_F(VideoSyncViewModelTest, cannotScanWithoutASource)
 {
     session->setCopyDestinationFolder(Location("/A"));
     EXPECT_FALSE(session->canScan());
 }
 
-TEST_F(SessionState, canCopyOnceSomethingIsMissing)
+TEST_F(VideoSyncViewModelTest, canCopyOnceSomethingIsMissing)
 {
     chooseSource("/card");
     chooseDestination("/A");
@@ -161,7 +161,7 @@ TEST_F(SessionState, canCopyOnceSomethingIsMissing)
     EXPECT_FALSE(session->canCopy());
 }
 
-TEST_F(SessionState, canNeitherScanNorCopyWhileItScans)
+TEST_F(VideoSyncViewModelTest, canNeitherScanNorCopyWhileItScans)
 {
     files->add("/card/a.mov");
     chooseSource("/card");
@@ -176,7 +176,7 @@ TEST_F(SessionState, canNeitherScanNorCopyWhileItScans)
     EXPECT_TRUE(session->canCopy());
 }
 
-TEST_F(SessionState, canNeitherScanNorCopyWhileItCopies)
+TEST_F(VideoSyncViewModelTest, canNeitherScanNorCopyWhileItCopies)
 {
     files->add("/card/a.mov");
     chooseSource("/card");
@@ -190,7 +190,7 @@ TEST_F(SessionState, canNeitherScanNorCopyWhileItCopies)
     EXPECT_TRUE(becomesIdle());
 }
 
-TEST_F(SessionState, countsTheVideosThatAreSaved)
+TEST_F(VideoSyncViewModelTest, countsTheVideosThatAreSaved)
 {
     files->add("/card/a.mov");
     files->add("/card/b.mov");
@@ -202,7 +202,7 @@ TEST_F(SessionState, countsTheVideosThatAreSaved)
     EXPECT_EQ(session->cameraVideosAlreadyInDestinationCount(), 1U);
 }
 
-TEST_F(SessionState, neverCountsLessThanNoSavedVideo)
+TEST_F(VideoSyncViewModelTest, neverCountsLessThanNoSavedVideo)
 {
     for (int i = 0; i < 12; ++i)
         files->add("/card/" + std::to_string(i) + ".mov");
@@ -223,7 +223,7 @@ TEST_F(SessionState, neverCountsLessThanNoSavedVideo)
     EXPECT_TRUE(wasCounted);
 }
 
-TEST_F(SessionState, survivesASlotThatDestroysIt)
+TEST_F(VideoSyncViewModelTest, survivesASlotThatDestroysIt)
 {
     QObject::connect(session.get(), &VideoSyncViewModel::objectWillChange, [&] { session.reset(); });
     session->setCopyDestinationFolder(Location("/A"));
@@ -232,9 +232,9 @@ TEST_F(SessionState, survivesASlotThatDestroysIt)
 
 /// Every way into the session, called from a thread on which it does not live.
 using Call = void (*)(VideoSyncViewModel&);
-class SessionDeathTest : public testing::TestWithParam<Call> {};
+class VideoSyncViewModelDeathTest : public testing::TestWithParam<Call> {};
 
-TEST_P(SessionDeathTest, stopsTheProgramOutsideTheInterfaceThread)
+TEST_P(VideoSyncViewModelDeathTest, stopsTheProgramOutsideTheInterfaceThread)
 {
     EXPECT_DEATH(
         {
@@ -244,7 +244,7 @@ TEST_P(SessionDeathTest, stopsTheProgramOutsideTheInterfaceThread)
         "outside the interface thread");
 }
 
-TEST(SessionEndDeathTest, stopsTheProgramWhenItEndsOutsideTheInterfaceThread)
+TEST(VideoSyncViewModelEndDeathTest, stopsTheProgramWhenItEndsOutsideTheInterfaceThread)
 {
     EXPECT_DEATH(
         {
@@ -254,7 +254,7 @@ TEST(SessionEndDeathTest, stopsTheProgramWhenItEndsOutsideTheInterfaceThread)
         "outside the interface thread");
 }
 
-INSTANTIATE_TEST_SUITE_P(everyOperation, SessionDeathTest,
+INSTANTIATE_TEST_SUITE_P(everyOperation, VideoSyncViewModelDeathTest,
                          testing::Values([](VideoSyncViewModel& session) { session.statusMessage(); },
                                          [](VideoSyncViewModel& session) { session.destinationReviewSummary(); },
                                          [](VideoSyncViewModel& session) { session.canScan(); },

@@ -14,7 +14,7 @@ const QString scan = QStringLiteral("Analizar ubicaciones");
 const QString copyMissing = QStringLiteral("Copiar faltantes al HD seleccionado");
 const QString nothingPending = QStringLiteral("No hay nada pendiente");
 
-class ActionArea : public WindowTest {
+class ContentViewAction : public WindowTest {
 protected:
     QStringList copyWords() const { return wordsIn(QStringLiteral("Copiar lo que falta")); }
     QStringList destinationBox() const
@@ -45,7 +45,7 @@ protected:
     }
 };
 
-TEST_F(ActionArea, explainsItsTwoSteps)
+TEST_F(ContentViewAction, explainsItsTwoSteps)
 {
     EXPECT_EQ(wordsIn(QStringLiteral("Analizar primero")),
               (QStringList{QStringLiteral("Analizar primero"),
@@ -56,7 +56,7 @@ TEST_F(ActionArea, explainsItsTwoSteps)
                                           "pendientes.")}));
 }
 
-TEST_F(ActionArea, offersNothingWhileNothingIsChosen)
+TEST_F(ContentViewAction, offersNothingWhileNothingIsChosen)
 {
     EXPECT_FALSE(button(scan).isEnabled());
     EXPECT_EQ(chooser(), nullptr);
@@ -66,7 +66,7 @@ TEST_F(ActionArea, offersNothingWhileNothingIsChosen)
     EXPECT_FALSE(button(nothingPending).isEnabled());
 }
 
-TEST_F(ActionArea, offersToAnalyseOnceBothFoldersAreChosen)
+TEST_F(ContentViewAction, offersToAnalyseOnceBothFoldersAreChosen)
 {
     chooseCamera("/card");
     EXPECT_FALSE(button(scan).isEnabled());
@@ -78,34 +78,34 @@ TEST_F(ActionArea, offersToAnalyseOnceBothFoldersAreChosen)
     EXPECT_FALSE(button(nothingPending).isEnabled());
 }
 
-TEST_F(ActionArea, needsMoreThanReviewLocationsToAnalyse)
+TEST_F(ContentViewAction, needsMoreThanReviewLocationsToAnalyse)
 {
     chooseCamera("/card");
     addReviewFolders({"/a", "/b"});
     EXPECT_FALSE(button(scan).isEnabled());
 }
 
-TEST_F(ActionArea, countsOnePendingVideoInTheSingular)
+TEST_F(ContentViewAction, countsOnePendingVideoInTheSingular)
 {
     analyseWithPending(1);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("1"), QStringLiteral("video pendiente para copiar")}));
     EXPECT_TRUE(button(copyMissing).isEnabled());
 }
 
-TEST_F(ActionArea, countsTwoPendingVideosInThePlural)
+TEST_F(ContentViewAction, countsTwoPendingVideosInThePlural)
 {
     analyseWithPending(2);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("2"), QStringLiteral("videos pendientes para copiar")}));
     EXPECT_TRUE(button(copyMissing).isEnabled());
 }
 
-TEST_F(ActionArea, countsWithoutGrouping)
+TEST_F(ContentViewAction, countsWithoutGrouping)
 {
     analyseWithPending(12345);
     EXPECT_EQ(pendingCount(), QStringLiteral("12345"));
 }
 
-TEST_F(ActionArea, offersNoCopyWhereNothingIsPending)
+TEST_F(ContentViewAction, offersNoCopyWhereNothingIsPending)
 {
     analyseWithPending(0);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("0"), QStringLiteral("videos pendientes para copiar")}));
@@ -113,7 +113,7 @@ TEST_F(ActionArea, offersNoCopyWhereNothingIsPending)
     EXPECT_FALSE(hasButton(copyMissing));
 }
 
-TEST_F(ActionArea, offersNothingWhileItAnalyses)
+TEST_F(ContentViewAction, offersNothingWhileItAnalyses)
 {
     analyseWithPending(2);
     files->close();
@@ -128,7 +128,7 @@ TEST_F(ActionArea, offersNothingWhileItAnalyses)
     EXPECT_TRUE(button(scan).isEnabled());
 }
 
-TEST_F(ActionArea, offersNothingWhileItCopies)
+TEST_F(ContentViewAction, offersNothingWhileItCopies)
 {
     analyseWithPending(2);
     files->holdCopy(1);
@@ -144,7 +144,7 @@ TEST_F(ActionArea, offersNothingWhileItCopies)
     EXPECT_TRUE(files->has("/disk/DCIM/100CANON/MVI_1001.MOV"));
 }
 
-TEST_F(ActionArea, returnsAtOnceFromAPress)
+TEST_F(ContentViewAction, returnsAtOnceFromAPress)
 {
     analyseWithPending(1);
     files->close();
@@ -154,7 +154,7 @@ TEST_F(ActionArea, returnsAtOnceFromAPress)
     ASSERT_TRUE(becomesIdle());
 }
 
-TEST_F(ActionArea, copiesFlatWhenTheSwitchIsOff)
+TEST_F(ContentViewAction, copiesFlatWhenTheSwitchIsOff)
 {
     analyseWithPending(1);
     QTest::mouseClick(&toggle(), Qt::LeftButton);
@@ -165,20 +165,20 @@ TEST_F(ActionArea, copiesFlatWhenTheSwitchIsOff)
     EXPECT_TRUE(files->has("/disk/MVI_1000.MOV"));
 }
 
-TEST_F(ActionArea, beginsWithTheFolderStructureKept)
+TEST_F(ContentViewAction, beginsWithTheFolderStructureKept)
 {
     EXPECT_TRUE(toggle().isChecked());
     EXPECT_TRUE(session().preserveFolderStructure());
 }
 
-TEST_F(ActionArea, showsASwitchThatTheSessionTurned)
+TEST_F(ContentViewAction, showsASwitchThatTheSessionTurned)
 {
     session().setPreserveFolderStructure(false);
     settle();
     EXPECT_FALSE(toggle().isChecked());
 }
 
-TEST_F(ActionArea, writesNothingByRefreshing)
+TEST_F(ContentViewAction, writesNothingByRefreshing)
 {
     chooseDestination("/a");
     addReviewFolders({"/b"});
@@ -195,7 +195,7 @@ TEST_F(ActionArea, writesNothingByRefreshing)
     EXPECT_FALSE(session().copyDestinationFolder().has_value());
 }
 
-TEST_F(ActionArea, keepsTheSwitchUsableWhileBusy)
+TEST_F(ContentViewAction, keepsTheSwitchUsableWhileBusy)
 {
     analyseWithPending(2);
     files->holdCopy(1);
@@ -208,14 +208,14 @@ TEST_F(ActionArea, keepsTheSwitchUsableWhileBusy)
     EXPECT_TRUE(files->has("/disk/DCIM/100CANON/MVI_1001.MOV")) << "the running copy goes on as it began";
 }
 
-TEST_F(ActionArea, hasNoChooserForOneDisk)
+TEST_F(ContentViewAction, hasNoChooserForOneDisk)
 {
     chooseDestination("/a");
     EXPECT_EQ(chooser(), nullptr);
     EXPECT_FALSE(words().contains(QStringLiteral("HD de copia activo")));
 }
 
-TEST_F(ActionArea, hasAChooserForTwoDisks)
+TEST_F(ContentViewAction, hasAChooserForTwoDisks)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b"});
@@ -226,7 +226,7 @@ TEST_F(ActionArea, hasAChooserForTwoDisks)
     EXPECT_EQ(copyWords().count(QStringLiteral("HD de copia activo")), 2) << "as heading and beside the pop-up";
 }
 
-TEST_F(ActionArea, losesTheChooserWithTheSecondDisk)
+TEST_F(ContentViewAction, losesTheChooserWithTheSecondDisk)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b"});
@@ -235,7 +235,7 @@ TEST_F(ActionArea, losesTheChooserWithTheSecondDisk)
     EXPECT_EQ(chooser(), nullptr);
 }
 
-TEST_F(ActionArea, copiesToTheDiskThatIsPicked)
+TEST_F(ContentViewAction, copiesToTheDiskThatIsPicked)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b"});
@@ -248,7 +248,7 @@ TEST_F(ActionArea, copiesToTheDiskThatIsPicked)
     EXPECT_EQ(session().destinationReviewFolders().size(), 2U) << "a pick changes nothing else";
 }
 
-TEST_F(ActionArea, choosesNothingByItself)
+TEST_F(ContentViewAction, choosesNothingByItself)
 {
     addReviewFolders({"/media/a", "/media/b"});
     ASSERT_NE(chooser(), nullptr);
@@ -259,7 +259,7 @@ TEST_F(ActionArea, choosesNothingByItself)
               (QStringList{QStringLiteral("Sin seleccionar"), QStringLiteral("Selecciona un destino de copia.")}));
 }
 
-TEST_F(ActionArea, listsTheRootUnderItsWholePath)
+TEST_F(ContentViewAction, listsTheRootUnderItsWholePath)
 {
     chooseDestination("/");
     addReviewFolders({"/media/b"});
@@ -267,7 +267,7 @@ TEST_F(ActionArea, listsTheRootUnderItsWholePath)
     EXPECT_EQ(destinationBox(), (QStringList{QStringLiteral("/"), QStringLiteral("/")}));
 }
 
-TEST_F(ActionArea, tellsDisksOfTheSameNameApartByTheirPath)
+TEST_F(ContentViewAction, tellsDisksOfTheSameNameApartByTheirPath)
 {
     chooseDestination("/media/ana/Disco");
     addReviewFolders({"/media/eva/Disco"});
@@ -278,7 +278,7 @@ TEST_F(ActionArea, tellsDisksOfTheSameNameApartByTheirPath)
     EXPECT_EQ(session().copyDestinationFolder(), Location("/media/eva/Disco"));
 }
 
-TEST_F(ActionArea, picksWithTheMouseToo)
+TEST_F(ContentViewAction, picksWithTheMouseToo)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b"});
@@ -296,7 +296,7 @@ TEST_F(ActionArea, picksWithTheMouseToo)
     EXPECT_EQ(session().copyDestinationFolder(), Location("/media/b"));
 }
 
-TEST_F(ActionArea, keepsTheChooserUsableWhileBusy)
+TEST_F(ContentViewAction, keepsTheChooserUsableWhileBusy)
 {
     analyseWithPending(2);
     addReviewFolders({"/b"});
@@ -306,7 +306,7 @@ TEST_F(ActionArea, keepsTheChooserUsableWhileBusy)
     EXPECT_TRUE(chooser()->isEnabled());
 }
 
-TEST_F(ActionArea, cutsAPathOfMoreThanThreeLinesAndCopiesItWhole)
+TEST_F(ContentViewAction, cutsAPathOfMoreThanThreeLinesAndCopiesItWhole)
 {
     const std::string longPath = "/media/" + std::string(1500, 'x') + "/ultima";
     chooseDestination(longPath);
@@ -318,7 +318,7 @@ TEST_F(ActionArea, cutsAPathOfMoreThanThreeLinesAndCopiesItWhole)
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), longPath);
 }
 
-TEST_F(ActionArea, goesOnWithTheOldResultsAfterAnotherCameraIsChosen)
+TEST_F(ContentViewAction, goesOnWithTheOldResultsAfterAnotherCameraIsChosen)
 {
     analyseWithPending(2);
     chooseCamera("/other card");

@@ -20,7 +20,7 @@ std::string written(const QColor& color)
 }
 
 /// What is painted, in the colours of a theme.
-class Colours : public WindowTest {
+class ContentViewColour : public WindowTest {
 protected:
     void show(const QPalette& palette, WindowState state, int width = 1148)
     {
@@ -87,7 +87,7 @@ void PrintTo(const Theme& theme, std::ostream* stream)
 {
     *stream << theme.name << ", " << theme.state;
 }
-class Contrast : public Colours, public testing::WithParamInterface<Theme> {
+class ContentViewColourContrast : public ContentViewColour, public testing::WithParamInterface<Theme> {
 protected:
     static QPalette paletteNamed(const std::string& name)
     {
@@ -99,7 +99,7 @@ protected:
     }
 };
 
-TEST_P(Contrast, isReadableForEveryTextButTheNamedExceptions)
+TEST_P(ContentViewColourContrast, isReadableForEveryTextButTheNamedExceptions)
 {
     show(paletteNamed(GetParam().name), GetParam().state);
     std::map<std::string, double> exceptions;
@@ -117,7 +117,7 @@ TEST_P(Contrast, isReadableForEveryTextButTheNamedExceptions)
         std::cout << GetParam().name << ": \"" << words << "\" keeps its accent at " << ratio << ":1\n";
 }
 
-TEST_P(Contrast, isReadableOnEveryEnabledControl)
+TEST_P(ContentViewColourContrast, isReadableOnEveryEnabledControl)
 {
     show(paletteNamed(GetParam().name), GetParam().state);
     for (const Button* button : content->findChildren<Button*>()) {
@@ -135,7 +135,7 @@ TEST_P(Contrast, isReadableOnEveryEnabledControl)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Themes, Contrast,
+INSTANTIATE_TEST_SUITE_P(Themes, ContentViewColourContrast,
                          testing::Values(Theme{"light", fresh}, Theme{"light", analysed}, Theme{"light", copying},
                                          Theme{"light", allSaved}, Theme{"dark", fresh}, Theme{"dark", analysed},
                                          Theme{"dark", copying}, Theme{"dark", allSaved}, Theme{"Breeze", analysed},
@@ -155,7 +155,7 @@ void PrintTo(const ThemeColours& theme, std::ostream* stream)
 {
     *stream << theme.name;
 }
-class ColourTable : public Colours, public testing::WithParamInterface<ThemeColours> {
+class ContentViewColourTable : public ContentViewColour, public testing::WithParamInterface<ThemeColours> {
 protected:
     QWidget& boxOf(const QString& words) const { return *text(words).parentWidget(); }
     /// The middle of the leading edge: stroke over fill.
@@ -172,7 +172,7 @@ protected:
     }
 };
 
-TEST_P(ColourTable, isPainted)
+TEST_P(ContentViewColourTable, isPainted)
 {
     const ThemeColours& expected = GetParam();
     show(expected.palette(), analysed);
@@ -201,7 +201,7 @@ TEST_P(ColourTable, isPainted)
     expectColour(at(copyPanel.left() + 20, copyPanel.top()), expected.copyPanelStroke, "its stroke");
 }
 
-TEST_P(ColourTable, isPaintedWhileNothingIsChosen)
+TEST_P(ContentViewColourTable, isPaintedWhileNothingIsChosen)
 {
     const ThemeColours& expected = GetParam();
     show(expected.palette(), fresh);
@@ -213,7 +213,7 @@ TEST_P(ColourTable, isPaintedWhileNothingIsChosen)
     expectColour(fillOf(empty), expected.pill, "empty state");
 }
 
-TEST_P(ColourTable, holdsForTheRatiosOfTheNamedExceptions)
+TEST_P(ContentViewColourTable, holdsForTheRatiosOfTheNamedExceptions)
 {
     show(GetParam().palette(), analysed);
     int met = 0;
@@ -233,7 +233,7 @@ QColor grey(int level)
     return {level, level, level};
 }
 
-INSTANTIATE_TEST_SUITE_P(Themes, ColourTable,
+INSTANTIATE_TEST_SUITE_P(Themes, ContentViewColourTable,
                          testing::Values(ThemeColours{"light",
                                                       lightPalette,
                                                       grey(236),
@@ -281,7 +281,7 @@ INSTANTIATE_TEST_SUITE_P(Themes, ColourTable,
                                                        {"Listo", {3.3, 4.4}},
                                                        {"Copia", {3.6, 3.6}}}}));
 
-TEST_F(Colours, followAChangeOfTheThemeWhileOpen)
+TEST_F(ContentViewColour, followAChangeOfTheThemeWhileOpen)
 {
     show(lightPalette(), analysed);
     const QImage light = image;
@@ -313,7 +313,7 @@ TEST_F(Colours, followAChangeOfTheThemeWhileOpen)
     EXPECT_EQ(picture(*window), light) << "and back";
 }
 
-TEST_F(Colours, keepTheAccentsInBothThemes)
+TEST_F(ContentViewColour, keepTheAccentsInBothThemes)
 {
     show(lightPalette(), analysed);
     const QRect tile = placeOf(part(QStringLiteral("Paso 3, Ubicaciones a revisar"))).translated(18, 18);

@@ -15,7 +15,7 @@ namespace {
 
 using enum WindowState;
 
-class Geometry : public WindowTest {
+class ContentViewGeometry : public WindowTest {
 protected:
     void SetUp() override
     {
@@ -49,9 +49,9 @@ void PrintTo(const Height& height, std::ostream* stream)
 {
     *stream << height.state << " at " << height.width;
 }
-class ContentHeight : public Geometry, public testing::WithParamInterface<Height> {};
+class ContentViewGeometryHeight : public ContentViewGeometry, public testing::WithParamInterface<Height> {};
 
-TEST_P(ContentHeight, isThatOfTheDesign)
+TEST_P(ContentViewGeometryHeight, isThatOfTheDesign)
 {
     enterState(GetParam().state);
     resizeToContent(GetParam().width);
@@ -64,7 +64,7 @@ TEST_P(ContentHeight, isThatOfTheDesign)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    States, ContentHeight,
+    States, ContentViewGeometryHeight,
     testing::Values(Height{fresh, 1148, 1709}, Height{chosen, 1148, 1971}, Height{analysed, 1148, 1923},
                     Height{copying, 1148, 1939}, Height{allSaved, 1148, 1971}, Height{fresh, 760, 1925},
                     Height{chosen, 760, 2187}, Height{analysed, 760, 2139}, Height{copying, 760, 2155},
@@ -72,7 +72,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Height{analysed, 480, 2496}, Height{copying, 480, 2496}, Height{allSaved, 480, 2544},
                     Height{fresh, 1600, 1709}, Height{analysed, 1600, 1923}));
 
-TEST_F(Geometry, placesTheSectionsAsDesigned)
+TEST_F(ContentViewGeometry, placesTheSectionsAsDesigned)
 {
     enterState(analysed);
     resizeToContent(1148);
@@ -92,7 +92,7 @@ TEST_F(Geometry, placesTheSectionsAsDesigned)
                 1854 + 45, 3);
 }
 
-TEST_F(Geometry, makesAReviewRow56HighAndPutsThem8Apart)
+TEST_F(ContentViewGeometry, makesAReviewRow56HighAndPutsThem8Apart)
 {
     enterState(analysed);
     const QRect first = placeOf(QStringLiteral("Archivo 2026, /media/ana/Archivo 2026, Copia"));
@@ -101,14 +101,14 @@ TEST_F(Geometry, makesAReviewRow56HighAndPutsThem8Apart)
     EXPECT_EQ(second.top() - first.bottom() - 1, 8);
 }
 
-TEST_F(Geometry, keepsTheLabelOfTheCountInOneLineInTheNarrowestWindow)
+TEST_F(ContentViewGeometry, keepsTheLabelOfTheCountInOneLineInTheNarrowestWindow)
 {
     enterState(analysed);
     resize(480, 1000);
     EXPECT_EQ(placeOfText(QStringLiteral("ubicaciones revisadas")).height(), 16);
 }
 
-TEST_F(Geometry, letsReviewRowsHugTheirContent)
+TEST_F(ContentViewGeometry, letsReviewRowsHugTheirContent)
 {
     enterState(analysed);
     const QRect row = placeOf(QStringLiteral("Disco B, /media/ana/Disco B"));
@@ -117,7 +117,7 @@ TEST_F(Geometry, letsReviewRowsHugTheirContent)
     EXPECT_EQ(row.left(), section.left() + 18 + 58 + 16);
 }
 
-TEST_F(Geometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
+TEST_F(ContentViewGeometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
 {
     enterState(analysed);
     resize(1600, 1000);
@@ -132,7 +132,7 @@ TEST_F(Geometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
     EXPECT_EQ(place(*list()).width(), 1100);
 }
 
-TEST_F(Geometry, putsThePanelsSideBySideWhereTheyFit)
+TEST_F(ContentViewGeometry, putsThePanelsSideBySideWhereTheyFit)
 {
     enterState(analysed);
     resize(1148, 1000);
@@ -145,7 +145,7 @@ TEST_F(Geometry, putsThePanelsSideBySideWhereTheyFit)
     EXPECT_LT(analysis.height(), copy.height()) << "each as tall as its own content";
 }
 
-TEST_F(Geometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
+TEST_F(ContentViewGeometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
 {
     enterState(analysed);
     const auto areSideBySide = [this] { return placeOf(QStringLiteral("Copiar lo que falta")).left() > 24; };
@@ -159,14 +159,14 @@ TEST_F(Geometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
     EXPECT_EQ(analysis.width(), 1000 - 48);
 }
 
-TEST_F(Geometry, putsThePanelsBelowEachOtherForALongPathToo)
+TEST_F(ContentViewGeometry, putsThePanelsBelowEachOtherForALongPathToo)
 {
     chooseDestination("/media/" + std::string(120, 'x'));
     resize(1148, 1000);
     EXPECT_EQ(placeOf(QStringLiteral("Copiar lo que falta")).left(), 24);
 }
 
-TEST_F(Geometry, putsThePillsInARowWhereTheyFit)
+TEST_F(ContentViewGeometry, putsThePillsInARowWhereTheyFit)
 {
     window->setMinimumSize(0, 0);
     const auto areInARow = [this] {
@@ -181,7 +181,7 @@ TEST_F(Geometry, putsThePillsInARowWhereTheyFit)
               12);
 }
 
-TEST_F(Geometry, centresThePillsOnEachOtherWhereTheyStandInAColumn)
+TEST_F(ContentViewGeometry, centresThePillsOnEachOtherWhereTheyStandInAColumn)
 {
     window->setMinimumSize(0, 0);
     resize(469, 1000);
@@ -195,7 +195,7 @@ TEST_F(Geometry, centresThePillsOnEachOtherWhereTheyStandInAColumn)
     EXPECT_EQ(std::min({first.left(), second.left(), third.left()}), 24);
 }
 
-TEST_F(Geometry, arrangesTheCardsInAsManyColumnsAsFit)
+TEST_F(ContentViewGeometry, arrangesTheCardsInAsManyColumnsAsFit)
 {
     enterState(analysed);
     const QString first = QStringLiteral("En camara: 27, videos detectados");
@@ -221,7 +221,7 @@ TEST_F(Geometry, arrangesTheCardsInAsManyColumnsAsFit)
     EXPECT_GT(placeOf(first).width(), 290);
 }
 
-TEST_F(Geometry, growsThePendingSectionBy48WhenTheListEmpties)
+TEST_F(ContentViewGeometry, growsThePendingSectionBy48WhenTheListEmpties)
 {
     enterState(analysed);
     resizeToContent(1148);
@@ -237,7 +237,7 @@ TEST_F(Geometry, growsThePendingSectionBy48WhenTheListEmpties)
     EXPECT_TRUE(place(*box).contains(title));
 }
 
-TEST_F(Geometry, keepsLongPathsInThreeLinesOfTheWidthAtHand)
+TEST_F(ContentViewGeometry, keepsLongPathsInThreeLinesOfTheWidthAtHand)
 {
     constexpr int threeLines = 3 * 13;
     const std::string longPath = "/media/" + std::string(2000, 'x');
@@ -258,7 +258,7 @@ TEST_F(Geometry, keepsLongPathsInThreeLinesOfTheWidthAtHand)
     }
 }
 
-TEST_F(Geometry, keepsItsMeasuresWithARowOfEveryLength)
+TEST_F(ContentViewGeometry, keepsItsMeasuresWithARowOfEveryLength)
 {
     for (int length = 1; length < 120; length += 7)
         files->add("/card/" + std::string(std::size_t(length), 'x') + ".MOV", 1);
@@ -278,7 +278,7 @@ TEST_F(Geometry, keepsItsMeasuresWithARowOfEveryLength)
     }
 }
 
-class FirstSize : public Geometry {
+class ContentViewGeometryFirstSize : public ContentViewGeometry {
 protected:
     /// The size that a new window takes on a screen.
     QSize onScreen(const char* name)
@@ -291,14 +291,14 @@ protected:
     }
 };
 
-TEST_F(FirstSize, showsAllWhereTheScreenAllows)
+TEST_F(ContentViewGeometryFirstSize, showsAllWhereTheScreenAllows)
 {
     const QSize size = onScreen("tall");
     EXPECT_EQ(size.width(), 1148);
     EXPECT_NEAR(size.height(), 1709, 8);
 }
 
-TEST_F(FirstSize, fitsCommonScreens)
+TEST_F(ContentViewGeometryFirstSize, fitsCommonScreens)
 {
     EXPECT_EQ(onScreen("full").width(), 1148);
     EXPECT_LE(onScreen("full").height(), 1080);
@@ -306,7 +306,7 @@ TEST_F(FirstSize, fitsCommonScreens)
     EXPECT_LE(onScreen("laptop").height(), 768);
 }
 
-TEST_F(FirstSize, pressesNothingByAccident)
+TEST_F(ContentViewGeometryFirstSize, pressesNothingByAccident)
 {
     EXPECT_EQ(qobject_cast<QAbstractButton*>(window->focusWidget()), nullptr);
     QTest::keyClick(window->focusWidget(), Qt::Key_Return);
@@ -314,7 +314,7 @@ TEST_F(FirstSize, pressesNothingByAccident)
     EXPECT_TRUE(dialogs.shown.empty());
 }
 
-TEST_F(Geometry, followsAChangeOfTheFontWhileOpen)
+TEST_F(ContentViewGeometry, followsAChangeOfTheFontWhileOpen)
 {
     enterState(analysed);
     resizeToContent(1148);

@@ -16,7 +16,7 @@ namespace {
 using enum WindowState;
 
 /// The window without a mouse.
-class Keyboard : public WindowTest {
+class ContentViewKeyboard : public WindowTest {
 protected:
     /// What a person would call a stop of the Tab key.
     static QString nameOf(QWidget& widget)
@@ -66,7 +66,7 @@ protected:
     }
 };
 
-TEST_F(Keyboard, reachesWhatCanBeUsedInReadingOrder)
+TEST_F(ContentViewKeyboard, reachesWhatCanBeUsedInReadingOrder)
 {
     EXPECT_EQ(forward(), (QStringList{QStringLiteral("Elegir camara"), QStringLiteral("Elegir HD de copia"),
                                       QStringLiteral("Anadir ubicaciones"), QStringLiteral("Sin seleccionar"),
@@ -74,7 +74,7 @@ TEST_F(Keyboard, reachesWhatCanBeUsedInReadingOrder)
                                       QStringLiteral("Selecciona un destino de copia.")}));
 }
 
-TEST_F(Keyboard, reachesEverythingInReadingOrder)
+TEST_F(ContentViewKeyboard, reachesEverythingInReadingOrder)
 {
     enterState(analysed);
     EXPECT_EQ(
@@ -91,7 +91,7 @@ TEST_F(Keyboard, reachesEverythingInReadingOrder)
                      QStringLiteral("Copiar faltantes al HD seleccionado"), QStringLiteral("Videos pendientes")}));
 }
 
-TEST_F(Keyboard, keepsReadingOrderWhenRowsAreMadeAnew)
+TEST_F(ContentViewKeyboard, keepsReadingOrderWhenRowsAreMadeAnew)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b", "/media/c"});
@@ -103,7 +103,7 @@ TEST_F(Keyboard, keepsReadingOrderWhenRowsAreMadeAnew)
     EXPECT_GT(indexOf("Mantener estructura de carpetas"), indexOf("Quitar /media/b"));
 }
 
-TEST_F(Keyboard, keepsReadingOrderWhateverIsChosenFirst)
+TEST_F(ContentViewKeyboard, keepsReadingOrderWhateverIsChosenFirst)
 {
     addReviewFolders({"/media/b", "/media/c"});
     chooseDestination("/media/a");
@@ -113,7 +113,7 @@ TEST_F(Keyboard, keepsReadingOrderWhateverIsChosenFirst)
                                             QStringLiteral("/media/a"), QStringLiteral("Elegir HD de copia")}));
 }
 
-TEST_F(Keyboard, walksRoundInBothDirections)
+TEST_F(ContentViewKeyboard, walksRoundInBothDirections)
 {
     for (const WindowState state : {fresh, analysed}) {
         enterState(state);
@@ -124,7 +124,7 @@ TEST_F(Keyboard, walksRoundInBothDirections)
     }
 }
 
-TEST_F(Keyboard, followsTheOrderOfTheScreenAtEveryWidth)
+TEST_F(ContentViewKeyboard, followsTheOrderOfTheScreenAtEveryWidth)
 {
     enterState(analysed);
     for (const int width : {480, 760, 1148}) {
@@ -145,7 +145,7 @@ TEST_F(Keyboard, followsTheOrderOfTheScreenAtEveryWidth)
     }
 }
 
-TEST_F(Keyboard, scrollsWhatHasTheFocusIntoView)
+TEST_F(ContentViewKeyboard, scrollsWhatHasTheFocusIntoView)
 {
     enterState(analysed);
     resize(800, 560); // What a screen of 800 x 600 leaves.
@@ -160,7 +160,7 @@ TEST_F(Keyboard, scrollsWhatHasTheFocusIntoView)
     }
 }
 
-TEST_F(Keyboard, doesAWholeRunOnASmallScreen)
+TEST_F(ContentViewKeyboard, doesAWholeRunOnASmallScreen)
 {
     fill("/card", "/disk", 3, 1);
     resize(800, 560);
@@ -191,7 +191,7 @@ TEST_F(Keyboard, doesAWholeRunOnASmallScreen)
     EXPECT_TRUE(files->has("/disk/MVI_1002.MOV"));
 }
 
-TEST_F(Keyboard, choosesADiskWithTheArrowKeys)
+TEST_F(ContentViewKeyboard, choosesADiskWithTheArrowKeys)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b"});
@@ -203,7 +203,7 @@ TEST_F(Keyboard, choosesADiskWithTheArrowKeys)
     EXPECT_TRUE(chooser()->hasFocus());
 }
 
-TEST_F(Keyboard, removesARowAndKeepsTheFocusInTheWindow)
+TEST_F(ContentViewKeyboard, removesARowAndKeepsTheFocusInTheWindow)
 {
     addReviewFolders({"/media/a", "/media/b"});
     tabTo(QStringLiteral("Quitar /media/a"));
@@ -214,7 +214,7 @@ TEST_F(Keyboard, removesARowAndKeepsTheFocusInTheWindow)
     EXPECT_TRUE(content->isAncestorOf(&focused()));
 }
 
-TEST_F(Keyboard, keepsTheFocusWhereItWasWhenAButtonTurnsDisabled)
+TEST_F(ContentViewKeyboard, keepsTheFocusWhereItWasWhenAButtonTurnsDisabled)
 {
     fill("/card", "/disk", 3, 1);
     chooseCamera("/card");
@@ -231,7 +231,7 @@ TEST_F(Keyboard, keepsTheFocusWhereItWasWhenAButtonTurnsDisabled)
     EXPECT_NE(nameOf(focused()), QStringLiteral("Elegir camara"));
 }
 
-TEST_F(Keyboard, showsWhereItIs)
+TEST_F(ContentViewKeyboard, showsWhereItIs)
 {
     enterState(analysed);
     resizeToContent(1148);
@@ -248,7 +248,7 @@ TEST_F(Keyboard, showsWhereItIs)
     } while (&focused() != first);
 }
 
-TEST_F(Keyboard, findsANameAndARoleOnEveryStop)
+TEST_F(ContentViewKeyboard, findsANameAndARoleOnEveryStop)
 {
     const std::set<QAccessible::Role> known = {QAccessible::Button, QAccessible::CheckBox, QAccessible::ComboBox,
                                                QAccessible::StaticText, QAccessible::List};
@@ -266,7 +266,7 @@ TEST_F(Keyboard, findsANameAndARoleOnEveryStop)
     } while (&focused() != first);
 }
 
-TEST_F(Keyboard, findsEveryButtonByItsOwnName)
+TEST_F(ContentViewKeyboard, findsEveryButtonByItsOwnName)
 {
     enterState(analysed);
     std::set<std::string> names;
@@ -278,7 +278,7 @@ TEST_F(Keyboard, findsEveryButtonByItsOwnName)
     EXPECT_EQ(names.size(), 9U);
 }
 
-TEST_F(Keyboard, leavesTheListWithTab)
+TEST_F(ContentViewKeyboard, leavesTheListWithTab)
 {
     enterState(analysed);
     list()->setFocus();

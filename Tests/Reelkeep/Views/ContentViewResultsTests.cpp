@@ -21,7 +21,7 @@ const QString emptyNote =
     QStringLiteral("Los videos extra que ya existan en esos HDs o carpetas no se consideran un problema.");
 const QString closingNote = QStringLiteral("La comprobacion es solo de camara hacia los destinos revisados.");
 
-class Results : public WindowTest {
+class ContentViewResults : public WindowTest {
 protected:
     void prepare(int onCard, int onDisk)
     {
@@ -67,7 +67,7 @@ protected:
     }
 };
 
-TEST_F(Results, areEmptyInAFreshWindow)
+TEST_F(ContentViewResults, areEmptyInAFreshWindow)
 {
     EXPECT_EQ(cards(), (QStringList{QStringLiteral("En camara: 0, videos detectados"),
                                     QStringLiteral("Ya en destinos: 0, videos de la camara ya encontrados"),
@@ -81,7 +81,7 @@ TEST_F(Results, areEmptyInAFreshWindow)
     EXPECT_TRUE(words().contains(closingNote));
 }
 
-TEST_F(Results, showABarWhileAnalysing)
+TEST_F(ContentViewResults, showABarWhileAnalysing)
 {
     prepareAndAnalyse(5, 3);
     const QStringList before = cards();
@@ -101,7 +101,7 @@ TEST_F(Results, showABarWhileAnalysing)
     EXPECT_EQ(bar(), nullptr);
 }
 
-TEST_F(Results, showTheFirstAnalysisOverTheEmptyState)
+TEST_F(ContentViewResults, showTheFirstAnalysisOverTheEmptyState)
 {
     prepare(5, 3);
     files->close();
@@ -111,7 +111,7 @@ TEST_F(Results, showTheFirstAnalysisOverTheEmptyState)
     EXPECT_EQ(headingDate(), QString());
 }
 
-TEST_F(Results, countWhatAnAnalysisFound)
+TEST_F(ContentViewResults, countWhatAnAnalysisFound)
 {
     const QDateTime before = QDateTime::currentDateTime();
     prepareAndAnalyse(27, 23);
@@ -130,7 +130,7 @@ TEST_F(Results, countWhatAnAnalysisFound)
         << shown.toStdString();
 }
 
-TEST_F(Results, showTheEmptyStateWhenNothingIsPending)
+TEST_F(ContentViewResults, showTheEmptyStateWhenNothingIsPending)
 {
     prepareAndAnalyse(3, 3);
     EXPECT_TRUE(showsEmptyState());
@@ -140,7 +140,7 @@ TEST_F(Results, showTheEmptyStateWhenNothingIsPending)
                                        "extra se ignoran."));
 }
 
-TEST_F(Results, listOnePendingVideo)
+TEST_F(ContentViewResults, listOnePendingVideo)
 {
     prepareAndAnalyse(1, 0);
     ASSERT_NE(list(), nullptr);
@@ -149,7 +149,7 @@ TEST_F(Results, listOnePendingVideo)
                                         QStringLiteral("1 kB")}));
 }
 
-TEST_F(Results, followACopyToItsEnd)
+TEST_F(ContentViewResults, followACopyToItsEnd)
 {
     prepareAndAnalyse(4, 0);
     const QStringList before = cards();
@@ -169,7 +169,7 @@ TEST_F(Results, followACopyToItsEnd)
     EXPECT_EQ(bar(), nullptr);
 }
 
-TEST_F(Results, keepTheFullBarDuringTheAnalysisAfterACopy)
+TEST_F(ContentViewResults, keepTheFullBarDuringTheAnalysisAfterACopy)
 {
     prepareAndAnalyse(2, 0);
     files->holdCopy(1);
@@ -185,7 +185,7 @@ TEST_F(Results, keepTheFullBarDuringTheAnalysisAfterACopy)
     ASSERT_TRUE(becomesIdle());
 }
 
-TEST_F(Results, keepTheListWhenACopyFails)
+TEST_F(ContentViewResults, keepTheListWhenACopyFails)
 {
     prepareAndAnalyse(4, 0);
     files->failBelow("/disk/DCIM/100CANON/MVI_1002.MOV", "No queda espacio en el disco.");
@@ -197,7 +197,7 @@ TEST_F(Results, keepTheListWhenACopyFails)
     EXPECT_EQ(bar(), nullptr);
 }
 
-TEST_F(Results, stayWhenAnAnalysisFails)
+TEST_F(ContentViewResults, stayWhenAnAnalysisFails)
 {
     prepareAndAnalyse(4, 1);
     const QStringList before = cards();
@@ -210,7 +210,7 @@ TEST_F(Results, stayWhenAnAnalysisFails)
     EXPECT_EQ(list()->rowCount(), 3);
 }
 
-TEST_F(Results, countWithoutGrouping)
+TEST_F(ContentViewResults, countWithoutGrouping)
 {
     prepareAndAnalyse(23456, 1234);
     EXPECT_EQ(cards(), (QStringList{QStringLiteral("En camara: 23456, videos detectados"),
@@ -218,7 +218,7 @@ TEST_F(Results, countWithoutGrouping)
                                     QStringLiteral("Pendientes: 22222, videos de la camara por copiar")}));
 }
 
-TEST_F(Results, listVideosInTheOrderOfTheSession)
+TEST_F(ContentViewResults, listVideosInTheOrderOfTheSession)
 {
     for (const char* name : {"C10.MOV", "C2.MOV", "c1.MOV"})
         files->add(std::string("/card/") + name, 5);
@@ -230,7 +230,7 @@ TEST_F(Results, listVideosInTheOrderOfTheSession)
     EXPECT_EQ(rowWords(2)[0], QStringLiteral("C10.MOV"));
 }
 
-TEST_F(Results, letOnlyThePathOfARowBeSelected)
+TEST_F(ContentViewResults, letOnlyThePathOfARowBeSelected)
 {
     prepareAndAnalyse(3, 0);
     for (const TextWidget* text : shownTexts(*list()->viewport()))
@@ -245,7 +245,7 @@ TEST_F(Results, letOnlyThePathOfARowBeSelected)
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("DCIM/100CANON/MVI_1001.MOV"));
 }
 
-TEST_F(Results, letTheKeyboardCopyThePathOfTheCurrentRow)
+TEST_F(ContentViewResults, letTheKeyboardCopyThePathOfTheCurrentRow)
 {
     prepareAndAnalyse(3, 0);
     list()->setFocus();
@@ -254,7 +254,7 @@ TEST_F(Results, letTheKeyboardCopyThePathOfTheCurrentRow)
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("DCIM/100CANON/MVI_1001.MOV"));
 }
 
-TEST_F(Results, offerNoOtherTextForSelection)
+TEST_F(ContentViewResults, offerNoOtherTextForSelection)
 {
     prepareAndAnalyse(3, 0);
     for (const TextWidget* text : shownTexts(*content)) {
@@ -263,7 +263,7 @@ TEST_F(Results, offerNoOtherTextForSelection)
     }
 }
 
-TEST_F(Results, keepScrollPositionAndRowThroughProgress)
+TEST_F(ContentViewResults, keepScrollPositionAndRowThroughProgress)
 {
     prepareAndAnalyse(200, 0);
     list()->verticalScrollBar()->setValue(3000);
@@ -276,7 +276,7 @@ TEST_F(Results, keepScrollPositionAndRowThroughProgress)
     EXPECT_EQ(list()->currentRow(), 63);
 }
 
-TEST_F(Results, buildOnlyTheRowsInView)
+TEST_F(ContentViewResults, buildOnlyTheRowsInView)
 {
     prepareAndAnalyse(100'000, 0);
     EXPECT_EQ(list()->rowCount(), 100'000);
@@ -284,7 +284,7 @@ TEST_F(Results, buildOnlyTheRowsInView)
     EXPECT_LT(content->findChildren<QWidget*>().size(), 400);
 }
 
-TEST_F(Results, readRowsAsAPersonWould)
+TEST_F(ContentViewResults, readRowsAsAPersonWould)
 {
     files->add("/card/DCIM/MVI_1.MOV", 1'840'000'000);
     chooseCamera("/card");
@@ -302,9 +302,9 @@ void PrintTo(const Size& size, std::ostream* stream)
 {
     *stream << size.bytes;
 }
-class SizeTexts : public Results, public testing::WithParamInterface<Size> {};
+class ContentViewResultsSize : public ContentViewResults, public testing::WithParamInterface<Size> {};
 
-TEST_P(SizeTexts, areThoseOfFileBrowsers)
+TEST_P(ContentViewResultsSize, areThoseOfFileBrowsers)
 {
     files->add("/card/a.MOV", GetParam().bytes);
     chooseCamera("/card");
@@ -319,7 +319,7 @@ TEST_P(SizeTexts, areThoseOfFileBrowsers)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Sizes, SizeTexts,
+    Sizes, ContentViewResultsSize,
     testing::Values(Size{0, "0 bytes", "0 bytes"}, Size{999, "999 bytes", "999 bytes"}, Size{1000, "1 kB", "1 kB"},
                     Size{1499, "1 kB", "1 kB"}, Size{612'400, "612 kB", "612 kB"}, Size{999'499, "999 kB", "999 kB"},
                     Size{999'500, "1 MB", "1 MB"}, Size{999'999, "1 MB", "1 MB"},
@@ -329,7 +329,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Size{1'840'000'000, "1,84 GB", "1.84 GB"}, Size{3'000'000'000, "3 GB", "3 GB"},
                     Size{3'100'000'000, "3,1 GB", "3.1 GB"}, Size{1'250'000'000'000, "1,25 TB", "1.25 TB"}));
 
-TEST_F(Results, writeTheDateAsTheLocaleDoes)
+TEST_F(ContentViewResults, writeTheDateAsTheLocaleDoes)
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     prepareAndAnalyse(1, 0);
@@ -340,7 +340,7 @@ TEST_F(Results, writeTheDateAsTheLocaleDoes)
     EXPECT_TRUE(shown.contains(QStringLiteral("AM")) || shown.contains(QStringLiteral("PM"))) << shown.toStdString();
 }
 
-TEST_F(Results, centreTheTextsOfTheEmptyState)
+TEST_F(ContentViewResults, centreTheTextsOfTheEmptyState)
 {
     const TextWidget& title = text(emptyTitle);
     const TextWidget& note = text(emptyNote);
@@ -352,7 +352,7 @@ TEST_F(Results, centreTheTextsOfTheEmptyState)
     EXPECT_LE(note.width(), 520);
 }
 
-TEST_F(Results, giveASpareHeightToTheList)
+TEST_F(ContentViewResults, giveASpareHeightToTheList)
 {
     prepareAndAnalyse(100, 0);
     resizeToContent(1148);
@@ -361,7 +361,7 @@ TEST_F(Results, giveASpareHeightToTheList)
     EXPECT_EQ(list()->height(), 520);
 }
 
-TEST_F(Results, scrollTheWindowOnceTheListIsAtItsEnd)
+TEST_F(ContentViewResults, scrollTheWindowOnceTheListIsAtItsEnd)
 {
     prepareAndAnalyse(20, 0);
     resize(1148, 700);

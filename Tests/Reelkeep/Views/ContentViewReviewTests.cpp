@@ -14,7 +14,7 @@ namespace {
 const QString onlyDestination = QStringLiteral("Usar solo HD de copia");
 const QString add = QStringLiteral("Anadir ubicaciones");
 
-class ReviewLocations : public WindowTest {
+class ContentViewReview : public WindowTest {
 protected:
     QStringList sectionWords() const { return wordsIn(QStringLiteral("Paso 3, Ubicaciones a revisar")); }
     /// What the rows show: name, path, and the tag where there is one.
@@ -53,7 +53,7 @@ protected:
     static constexpr int wordsOfHead = 4; ///< Step, title, subtitle and badge.
 };
 
-TEST_F(ReviewLocations, areNoneAtFirst)
+TEST_F(ContentViewReview, areNoneAtFirst)
 {
     EXPECT_EQ(sectionWords(),
               (QStringList{QStringLiteral("Paso 3"), QStringLiteral("Ubicaciones a revisar"),
@@ -66,7 +66,7 @@ TEST_F(ReviewLocations, areNoneAtFirst)
     EXPECT_TRUE(button(add).isEnabled());
 }
 
-TEST_F(ReviewLocations, areTheCopyDestinationWhereNothingElseIsChosen)
+TEST_F(ContentViewReview, areTheCopyDestinationWhereNothingElseIsChosen)
 {
     chooseDestination("/media/ana/Archivo");
     EXPECT_EQ(rows(), (QList<QStringList>{
@@ -77,7 +77,7 @@ TEST_F(ReviewLocations, areTheCopyDestinationWhereNothingElseIsChosen)
                                       QStringLiteral("/media/ana/Archivo")}));
 }
 
-TEST_F(ReviewLocations, areAddedInTheOrderOfTheDialog)
+TEST_F(ContentViewReview, areAddedInTheOrderOfTheDialog)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/A"});
     EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("B"), QStringLiteral("/media/ana/B")},
@@ -89,7 +89,7 @@ TEST_F(ReviewLocations, areAddedInTheOrderOfTheDialog)
                                  "Selecciona uno o varios HDs o carpetas a revisar")});
 }
 
-TEST_F(ReviewLocations, areListedOnceThoughTheCopyDestinationIsAmongThem)
+TEST_F(ContentViewReview, areListedOnceThoughTheCopyDestinationIsAmongThem)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/A"});
     chooseDestination("/media/ana/A");
@@ -99,7 +99,7 @@ TEST_F(ReviewLocations, areListedOnceThoughTheCopyDestinationIsAmongThem)
     EXPECT_EQ(summary().front(), QStringLiteral("2"));
 }
 
-TEST_F(ReviewLocations, canBeRemovedButForTheCopyDestination)
+TEST_F(ContentViewReview, canBeRemovedButForTheCopyDestination)
 {
     chooseDestination("/media/ana/A");
     addReviewFolders({"/media/ana/B", "/media/ana/C"});
@@ -111,7 +111,7 @@ TEST_F(ReviewLocations, canBeRemovedButForTheCopyDestination)
                                   {QStringLiteral("C"), QStringLiteral("/media/ana/C")}}));
 }
 
-TEST_F(ReviewLocations, areRemovedWithEveryEntryOfTheirPath)
+TEST_F(ContentViewReview, areRemovedWithEveryEntryOfTheirPath)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/A", "/media/ana/B"});
     EXPECT_EQ(session().destinationReviewFolders().size(), 3U);
@@ -121,7 +121,7 @@ TEST_F(ReviewLocations, areRemovedWithEveryEntryOfTheirPath)
     EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A")}}));
 }
 
-TEST_F(ReviewLocations, leaveNothingBehindWhenTheLastIsRemoved)
+TEST_F(ContentViewReview, leaveNothingBehindWhenTheLastIsRemoved)
 {
     addReviewFolders({"/media/ana/B"});
     remove(0);
@@ -131,7 +131,7 @@ TEST_F(ReviewLocations, leaveNothingBehindWhenTheLastIsRemoved)
                                       QStringLiteral("Sin seleccionar")}));
 }
 
-TEST_F(ReviewLocations, areReducedToTheCopyDestination)
+TEST_F(ContentViewReview, areReducedToTheCopyDestination)
 {
     chooseDestination("/media/ana/A");
     addReviewFolders({"/media/ana/B", "/media/ana/C"});
@@ -141,13 +141,13 @@ TEST_F(ReviewLocations, areReducedToTheCopyDestination)
               (QList<QStringList>{{QStringLiteral("A"), QStringLiteral("/media/ana/A"), QStringLiteral("Copia")}}));
 }
 
-TEST_F(ReviewLocations, cannotBeReducedToACopyDestinationThatIsNotChosen)
+TEST_F(ContentViewReview, cannotBeReducedToACopyDestinationThatIsNotChosen)
 {
     addReviewFolders({"/media/ana/B"});
     EXPECT_FALSE(button(onlyDestination).isEnabled());
 }
 
-TEST_F(ReviewLocations, stayAsTheyWereWhenTheDialogIsCancelled)
+TEST_F(ContentViewReview, stayAsTheyWereWhenTheDialogIsCancelled)
 {
     addReviewFolders({"/media/ana/B"});
     const QStringList before = words();
@@ -156,14 +156,14 @@ TEST_F(ReviewLocations, stayAsTheyWereWhenTheDialogIsCancelled)
     EXPECT_EQ(words(), before);
 }
 
-TEST_F(ReviewLocations, giveTheRootItsWholePathForAName)
+TEST_F(ContentViewReview, giveTheRootItsWholePathForAName)
 {
     addReviewFolders({"/"});
     EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("/"), QStringLiteral("/")}}));
     EXPECT_EQ(summary().back(), QStringLiteral("/"));
 }
 
-TEST_F(ReviewLocations, moveTheTagWithTheCopyDestination)
+TEST_F(ContentViewReview, moveTheTagWithTheCopyDestination)
 {
     chooseDestination("/media/ana/A");
     chooseDestination("/media/ana/B");
@@ -174,7 +174,7 @@ TEST_F(ReviewLocations, moveTheTagWithTheCopyDestination)
     EXPECT_TRUE(removeButtons()[1]->isEnabled());
 }
 
-TEST_F(ReviewLocations, haveTheirTagAndButtonBelowTheirNameWhereTheFontLeavesNoRoomBesideIt)
+TEST_F(ContentViewReview, haveTheirTagAndButtonBelowTheirNameWhereTheFontLeavesNoRoomBesideIt)
 {
     chooseDestination("/media/ana/Archivo 2026");
     resize(480, 1000);
@@ -190,7 +190,7 @@ TEST_F(ReviewLocations, haveTheirTagAndButtonBelowTheirNameWhereTheFontLeavesNoR
     EXPECT_EQ(shownTexts(rowOf(*removeButtons()[0]))[0]->height(), 32) << "the name in one line";
 }
 
-TEST_F(ReviewLocations, keepANameWithoutSpacesInsideTheirRow)
+TEST_F(ContentViewReview, keepANameWithoutSpacesInsideTheirRow)
 {
     const std::string name(200, 'x');
     addReviewFolders({"/media/ana/" + name});
@@ -208,13 +208,13 @@ TEST_F(ReviewLocations, keepANameWithoutSpacesInsideTheirRow)
     }
 }
 
-TEST_F(ReviewLocations, differByLetterCase)
+TEST_F(ContentViewReview, differByLetterCase)
 {
     addReviewFolders({"/media/ana/disco", "/media/ana/Disco"});
     EXPECT_EQ(rows().size(), 2);
 }
 
-TEST_F(ReviewLocations, letTheirPathsAndTheSummaryBeCopied)
+TEST_F(ContentViewReview, letTheirPathsAndTheSummaryBeCopied)
 {
     addReviewFolders({"/media/ana/B"});
     int selectable = 0;
@@ -229,13 +229,13 @@ TEST_F(ReviewLocations, letTheirPathsAndTheSummaryBeCopied)
     EXPECT_EQ(selectable, 2);
 }
 
-TEST_F(ReviewLocations, tellAScreenReaderWhatEachButtonRemoves)
+TEST_F(ContentViewReview, tellAScreenReaderWhatEachButtonRemoves)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/C"});
     EXPECT_EQ(spoken(*removeButtons()[1]).text(QAccessible::Description), QStringLiteral("/media/ana/C"));
 }
 
-TEST_F(ReviewLocations, countWithoutGrouping)
+TEST_F(ContentViewReview, countWithoutGrouping)
 {
     std::vector<std::string> many;
     for (int number = 0; number < 1234; ++number)

@@ -16,7 +16,7 @@ void PrintTo(const Room& room, std::ostream* stream)
 {
     *stream << room.width << " wide, font at " << room.fontScale * 100 << " %";
 }
-class EveryRoom : public WindowTest, public testing::WithParamInterface<Room> {
+class ContentViewRoom : public WindowTest, public testing::WithParamInterface<Room> {
 protected:
     void SetUp() override
     {
@@ -83,7 +83,7 @@ protected:
     }
 };
 
-TEST_P(EveryRoom, holdsEveryStateWithoutClippingOrOverlapping)
+TEST_P(ContentViewRoom, holdsEveryStateWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
     for (const WindowState state : {fresh, analysed}) {
@@ -95,7 +95,7 @@ TEST_P(EveryRoom, holdsEveryStateWithoutClippingOrOverlapping)
     }
 }
 
-TEST_P(EveryRoom, holdsACopyWithoutClippingOrOverlapping)
+TEST_P(ContentViewRoom, holdsACopyWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
     enterState(copying);
@@ -103,7 +103,7 @@ TEST_P(EveryRoom, holdsACopyWithoutClippingOrOverlapping)
     expectNothingClippedOrOverlapping();
 }
 
-TEST_P(EveryRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
+TEST_P(ContentViewRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
     enterState(allSaved);
@@ -111,7 +111,7 @@ TEST_P(EveryRoom, holdsTheEmptyStateWithoutClippingOrOverlapping)
     expectNothingClippedOrOverlapping();
 }
 
-INSTANTIATE_TEST_SUITE_P(Rooms, EveryRoom,
+INSTANTIATE_TEST_SUITE_P(Rooms, ContentViewRoom,
                          testing::Values(Room{480, 1.0}, Room{760, 1.0}, Room{1148, 1.0}, Room{1600, 1.0},
                                          Room{480, 1.5}, Room{760, 1.5}, Room{1148, 1.5}, Room{480, 2.0},
                                          Room{760, 2.0}, Room{1148, 2.0}));

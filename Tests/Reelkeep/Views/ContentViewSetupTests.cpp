@@ -23,7 +23,7 @@ void PrintTo(const Card& card, std::ostream* stream)
     *stream << card.step;
 }
 
-class SelectionCard : public WindowTest, public testing::WithParamInterface<Card> {
+class ContentViewSetupCard : public WindowTest, public testing::WithParamInterface<Card> {
 protected:
     QString partName() const { return QString::fromLatin1(GetParam().part); }
     QStringList cardWords() const { return wordsIn(partName()); }
@@ -35,7 +35,7 @@ protected:
     TextWidget& cardText(const QString& searched) const { return textIn(partName(), searched); }
 };
 
-TEST_P(SelectionCard, saysThatNothingIsChosenYet)
+TEST_P(ContentViewSetupCard, saysThatNothingIsChosenYet)
 {
     EXPECT_EQ(cardWords(),
               (QStringList{QString::fromLatin1(GetParam().step), QString::fromLatin1(GetParam().title),
@@ -45,7 +45,7 @@ TEST_P(SelectionCard, saysThatNothingIsChosenYet)
     EXPECT_EQ(cardText(QStringLiteral("Pendiente")).color().level, TextColor::Level::secondary);
 }
 
-TEST_P(SelectionCard, showsTheChosenFolder)
+TEST_P(ContentViewSetupCard, showsTheChosenFolder)
 {
     choose("/media/ana/Julio 2026");
     EXPECT_EQ(cardWords(), (QStringList{QString::fromLatin1(GetParam().step), QString::fromLatin1(GetParam().title),
@@ -58,13 +58,13 @@ TEST_P(SelectionCard, showsTheChosenFolder)
     EXPECT_TRUE(cardText(QStringLiteral("/media/ana/Julio 2026")).style().monospaced);
 }
 
-TEST_P(SelectionCard, opensItsDialog)
+TEST_P(ContentViewSetupCard, opensItsDialog)
 {
     choose("/media/ana");
     EXPECT_EQ(dialogs.shown, std::vector{ScriptedFolderDialogs::forOneFolder(GetParam().dialog)});
 }
 
-TEST_P(SelectionCard, staysAsItWasWhenItsDialogIsCancelled)
+TEST_P(ContentViewSetupCard, staysAsItWasWhenItsDialogIsCancelled)
 {
     const QStringList fresh = words();
     willCancel();
@@ -77,7 +77,7 @@ TEST_P(SelectionCard, staysAsItWasWhenItsDialogIsCancelled)
     EXPECT_EQ(words(), chosen);
 }
 
-TEST_P(SelectionCard, showsTheNewestChoice)
+TEST_P(ContentViewSetupCard, showsTheNewestChoice)
 {
     choose("/media/ana");
     choose("/media/eva");
@@ -85,14 +85,14 @@ TEST_P(SelectionCard, showsTheNewestChoice)
     EXPECT_FALSE(cardWords().contains(QStringLiteral("/media/ana")));
 }
 
-TEST_P(SelectionCard, callsTheRootUnselectedAlthoughItIsReady)
+TEST_P(ContentViewSetupCard, callsTheRootUnselectedAlthoughItIsReady)
 {
     choose("/");
     EXPECT_EQ(cardWords().mid(3), (QStringList{QStringLiteral("Listo"), QStringLiteral("Sin seleccionar"),
                                                QStringLiteral("/"), QStringLiteral("Ubicacion lista para analizar.")}));
 }
 
-TEST_P(SelectionCard, letsItsPathBeSelectedAndCopied)
+TEST_P(ContentViewSetupCard, letsItsPathBeSelectedAndCopied)
 {
     choose("/media/ana/Julio 2026");
     TextWidget& path = cardText(QStringLiteral("/media/ana/Julio 2026"));
@@ -101,7 +101,7 @@ TEST_P(SelectionCard, letsItsPathBeSelectedAndCopied)
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("/media/ana/Julio 2026"));
 }
 
-TEST_P(SelectionCard, copiesAPathThatIsCutOffWhole)
+TEST_P(ContentViewSetupCard, copiesAPathThatIsCutOffWhole)
 {
     const std::string longPath =
         "/media" + std::string("/carpeta de nombre largo").append(1, '/') + std::string(900, 'x') + "/ultima";
@@ -114,14 +114,14 @@ TEST_P(SelectionCard, copiesAPathThatIsCutOffWhole)
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), longPath);
 }
 
-TEST_P(SelectionCard, offersNoTextForSelectionButThePath)
+TEST_P(ContentViewSetupCard, offersNoTextForSelectionButThePath)
 {
     choose("/media/ana/Julio 2026");
     for (const TextWidget* text : shownTexts(part(partName())))
         EXPECT_EQ(text->isSelectable(), text->text().startsWith(u'/')) << text->text().toStdString();
 }
 
-TEST_P(SelectionCard, canAlwaysChoose)
+TEST_P(ContentViewSetupCard, canAlwaysChoose)
 {
     fill("/card", "/disk", 3, 1);
     chooseCamera("/card");
@@ -132,7 +132,7 @@ TEST_P(SelectionCard, canAlwaysChoose)
     EXPECT_TRUE(button(QString::fromLatin1(GetParam().button)).isEnabled());
 }
 
-TEST_P(SelectionCard, hasItsStepInItsAccent)
+TEST_P(ContentViewSetupCard, hasItsStepInItsAccent)
 {
     const TextWidget& step = cardText(QString::fromLatin1(GetParam().step));
     EXPECT_EQ(step.color().level, TextColor::Level::accent);
@@ -141,7 +141,7 @@ TEST_P(SelectionCard, hasItsStepInItsAccent)
     EXPECT_EQ(step.style().weight, QFont::Bold);
 }
 
-INSTANTIATE_TEST_SUITE_P(Setup, SelectionCard,
+INSTANTIATE_TEST_SUITE_P(Setup, ContentViewSetupCard,
                          testing::Values(Card{"Paso 1, Camara o tarjeta", "Paso 1", "Camara o tarjeta",
                                               "Aqui eliges el material original que quieres comprobar.",
                                               "Elegir camara", "Selecciona la carpeta de origen", accent::analysisBlue},
@@ -150,9 +150,9 @@ INSTANTIATE_TEST_SUITE_P(Setup, SelectionCard,
                                               "Elegir HD de copia", "Selecciona la carpeta de destino",
                                               accent::copyGreen}));
 
-class Setup : public WindowTest {};
+class ContentViewSetup : public WindowTest {};
 
-TEST_F(Setup, givesTheStepsAtAGlance)
+TEST_F(ContentViewSetup, givesTheStepsAtAGlance)
 {
     EXPECT_EQ(wordsIn(QStringLiteral("1, Camara, origen")),
               (QStringList{QStringLiteral("1"), QStringLiteral("Camara"), QStringLiteral("ORIGEN")}));
@@ -162,13 +162,13 @@ TEST_F(Setup, givesTheStepsAtAGlance)
               (QStringList{QStringLiteral("3"), QStringLiteral("Otros discos"), QStringLiteral("REVISION")}));
 }
 
-TEST_F(Setup, showsTheFirstCopyDestinationAsReviewedToo)
+TEST_F(ContentViewSetup, showsTheFirstCopyDestinationAsReviewedToo)
 {
     chooseDestination("/media/ana/Archivo");
     EXPECT_TRUE(wordsIn(QStringLiteral("Archivo, /media/ana/Archivo, Copia")).contains(QStringLiteral("Copia")));
 }
 
-TEST_F(Setup, leavesTheOtherCardAlone)
+TEST_F(ContentViewSetup, leavesTheOtherCardAlone)
 {
     chooseCamera("/media/ana/EOS");
     EXPECT_TRUE(wordsIn(QStringLiteral("Paso 2, Destino de copia"))

@@ -73,9 +73,9 @@ private:
     std::chrono::steady_clock::time_point next;
 };
 
-class Stalls : public WindowTest {
+class ContentViewStall : public WindowTest {
 protected:
-    Stalls() : WindowTest(std::make_shared<PacedFiles>()) {}
+    ContentViewStall() : WindowTest(std::make_shared<PacedFiles>()) {}
     void SetUp() override
     {
         fill("/card", "/disk", videoCount, 0);
@@ -95,7 +95,7 @@ protected:
     PacedFiles& disk() { return static_cast<PacedFiles&>(*files); }
 };
 
-TEST_F(Stalls, areShortWhenManyVideosAreFoundAndPending)
+TEST_F(ContentViewStall, areShortWhenManyVideosAreFoundAndPending)
 {
     expectFluent("first analysis", [this] { analyse(); });
     ASSERT_EQ(list()->rowCount(), videoCount);
@@ -105,7 +105,7 @@ TEST_F(Stalls, areShortWhenManyVideosAreFoundAndPending)
     EXPECT_EQ(list()->rowCount(), videoCount + 1);
 }
 
-TEST_F(Stalls, areShortWhileTheListScrolls)
+TEST_F(ContentViewStall, areShortWhileTheListScrolls)
 {
     analyse();
     expectFluent("wheel over the list", [this] {
@@ -129,7 +129,7 @@ TEST_F(Stalls, areShortWhileTheListScrolls)
     });
 }
 
-TEST_F(Stalls, areShortDuringFiveThousandReportsASecond)
+TEST_F(ContentViewStall, areShortDuringFiveThousandReportsASecond)
 {
     analyse();
     disk().pause = std::chrono::microseconds(200);
@@ -140,7 +140,7 @@ TEST_F(Stalls, areShortDuringFiveThousandReportsASecond)
     EXPECT_TRUE(status().startsWith(QStringLiteral("Copiando ")));
 }
 
-TEST_F(Stalls, areShortDuringAsManyReportsAsADiskCanCause)
+TEST_F(ContentViewStall, areShortDuringAsManyReportsAsADiskCanCause)
 {
     analyse();
     expectFluent("reports without pause, and the analysis after them", [this] {
@@ -150,7 +150,7 @@ TEST_F(Stalls, areShortDuringAsManyReportsAsADiskCanCause)
     EXPECT_EQ(list(), nullptr);
 }
 
-TEST_F(Stalls, areShortWhenTheWindowIsResized)
+TEST_F(ContentViewStall, areShortWhenTheWindowIsResized)
 {
     analyse();
     expectFluent("resizing", [this] {

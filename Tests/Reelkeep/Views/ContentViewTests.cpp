@@ -27,17 +27,17 @@ protected:
     }
 };
 
-class MainWindow : public WindowTest {
+class ContentViewTest : public WindowTest {
 protected:
     int topOf(const QString& words) const { return text(words).mapTo(content, QPoint()).y(); }
 };
 
-TEST_F(MainWindow, isCalledReelkeep)
+TEST_F(ContentViewTest, isCalledReelkeep)
 {
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Reelkeep"));
 }
 
-TEST_F(MainWindow, beginsWithItsNameAndWhatItIsFor)
+TEST_F(ContentViewTest, beginsWithItsNameAndWhatItIsFor)
 {
     const QString name = QStringLiteral("Reelkeep");
     const QString purpose =
@@ -49,7 +49,7 @@ TEST_F(MainWindow, beginsWithItsNameAndWhatItIsFor)
     EXPECT_EQ(text(purpose).color().level, TextColor::Level::secondary);
 }
 
-TEST_F(MainWindow, hasItsSixSectionsInOrder)
+TEST_F(ContentViewTest, hasItsSixSectionsInOrder)
 {
     const QStringList landmarks = {QStringLiteral("Reelkeep"),
                                    QStringLiteral("HD principal"),
@@ -64,7 +64,7 @@ TEST_F(MainWindow, hasItsSixSectionsInOrder)
         EXPECT_GT(topOf(landmarks[index]), topOf(landmarks[index - 1])) << landmarks[index].toStdString();
 }
 
-TEST_F(MainWindow, speaksOnlyItsFixedTextsWhileFresh)
+TEST_F(ContentViewTest, speaksOnlyItsFixedTextsWhileFresh)
 {
     EXPECT_EQ(words().join(u'\n'), QStringLiteral(R"(Reelkeep
 Controla que tu material de camara ya este archivado en uno o varios discos y copia solo lo que falta al destino principal.
@@ -122,7 +122,7 @@ Selecciona la carpeta de la camara, el destino de copia y los HDs o carpetas a r
 La comprobacion es solo de camara hacia los destinos revisados.)"));
 }
 
-TEST_F(MainWindow, keepsItsSessionThroughEveryRefresh)
+TEST_F(ContentViewTest, keepsItsSessionThroughEveryRefresh)
 {
     const VideoSyncViewModel* first = &session();
     chooseCamera("/card");
@@ -135,7 +135,7 @@ TEST_F(MainWindow, keepsItsSessionThroughEveryRefresh)
     EXPECT_TRUE(wordsIn(QStringLiteral("Paso 1, Camara o tarjeta")).contains(QStringLiteral("/card")));
 }
 
-TEST_F(MainWindow, readsTheNewestValuesAndNotThoseOfTheAnnouncement)
+TEST_F(ContentViewTest, readsTheNewestValuesAndNotThoseOfTheAnnouncement)
 {
     int announcements = 0;
     QObject::connect(&session(), &VideoSyncViewModel::objectWillChange, content, [&] {
@@ -148,7 +148,7 @@ TEST_F(MainWindow, readsTheNewestValuesAndNotThoseOfTheAnnouncement)
     EXPECT_TRUE(wordsIn(QStringLiteral("Paso 2, Destino de copia")).contains(QStringLiteral("/disk")));
 }
 
-TEST_F(MainWindow, readsItsSessionOnceForSeveralWrites)
+TEST_F(ContentViewTest, readsItsSessionOnceForSeveralWrites)
 {
     settle();
     const RefreshCounter refreshes;
@@ -162,7 +162,7 @@ TEST_F(MainWindow, readsItsSessionOnceForSeveralWrites)
     EXPECT_FALSE(toggle().isChecked());
 }
 
-TEST_F(MainWindow, readsItsSessionNoMoreOftenThanTheScreenShows)
+TEST_F(ContentViewTest, readsItsSessionNoMoreOftenThanTheScreenShows)
 {
     settle();
     const RefreshCounter refreshes;
@@ -176,7 +176,7 @@ TEST_F(MainWindow, readsItsSessionNoMoreOftenThanTheScreenShows)
     EXPECT_GE(refreshes.count, 2);
 }
 
-TEST_F(MainWindow, keepsItsScrollPositionWhenResultsArrive)
+TEST_F(ContentViewTest, keepsItsScrollPositionWhenResultsArrive)
 {
     fill("/card", "/disk", 30, 3);
     chooseCamera("/card");
@@ -190,7 +190,7 @@ TEST_F(MainWindow, keepsItsScrollPositionWhenResultsArrive)
     EXPECT_EQ(scrollBar->value(), 750);
 }
 
-TEST_F(MainWindow, showsNamesAsTheyAreWhateverTheyContain)
+TEST_F(ContentViewTest, showsNamesAsTheyAreWhateverTheyContain)
 {
     const std::vector<std::string> names = {"<b>x<br>y.MOV", "%1 %2 %n.MOV", "&amp; &x.MOV", "a\nb\tc.MOV",
                                             "roto\xff.MOV"};
@@ -213,7 +213,7 @@ TEST_F(MainWindow, showsNamesAsTheyAreWhateverTheyContain)
     }
 }
 
-TEST_F(MainWindow, endsInMidScanWithoutWaitingForTheDisk)
+TEST_F(ContentViewTest, endsInMidScanWithoutWaitingForTheDisk)
 {
     fill("/card", "/disk", 3, 1);
     chooseCamera("/card");

@@ -27,9 +27,9 @@ namespace reelkeep {
 namespace {
 
 /// The real dialog, worked by a person who stands at it while it is open.
-class FolderDialogs : public testing::Test {
+class QtFolderDialog : public testing::Test {
 protected:
-    FolderDialogs()
+    QtFolderDialog()
     {
         for (const char* name : {"Disco A", "Disco B", "Disco C", "Disco A/DCIM"})
             folder.folder(name);
@@ -121,7 +121,7 @@ protected:
     }
 };
 
-TEST_F(FolderDialogs, haveTheirTitle)
+TEST_F(QtFolderDialog, haveTheirTitle)
 {
     QString title;
     run([&](QFileDialog& shown) {
@@ -131,7 +131,7 @@ TEST_F(FolderDialogs, haveTheirTitle)
     EXPECT_EQ(title, QStringLiteral("Selecciona la carpeta de origen"));
 }
 
-TEST_F(FolderDialogs, fitASmallScreen)
+TEST_F(QtFolderDialog, fitASmallScreen)
 {
     const QScreen* small = screenNamed("small");
     QWidget window;
@@ -145,12 +145,12 @@ TEST_F(FolderDialogs, fitASmallScreen)
     EXPECT_EQ(size, QSize(792, 540));
 }
 
-TEST_F(FolderDialogs, areNewForEachQuestion)
+TEST_F(QtFolderDialog, areNewForEachQuestion)
 {
     EXPECT_NE(qtFolderDialogs()(), qtFolderDialogs()());
 }
 
-TEST_F(FolderDialogs, listFoldersOnly)
+TEST_F(QtFolderDialog, listFoldersOnly)
 {
     QStringList rows;
     run([&](QFileDialog& shown) {
@@ -161,7 +161,7 @@ TEST_F(FolderDialogs, listFoldersOnly)
     EXPECT_EQ(rows, (QStringList{QStringLiteral("Disco A"), QStringLiteral("Disco B"), QStringLiteral("Disco C")}));
 }
 
-TEST_F(FolderDialogs, giveTheFolderThatWasClicked)
+TEST_F(QtFolderDialog, giveTheFolderThatWasClicked)
 {
     const auto response = run([](QFileDialog& shown) {
         click(shown, "Disco B");
@@ -172,7 +172,7 @@ TEST_F(FolderDialogs, giveTheFolderThatWasClicked)
     EXPECT_EQ(dialog->URLs(), std::vector<Location>{inside("Disco B")});
 }
 
-TEST_F(FolderDialogs, giveOneFolderWhereOneIsAskedFor)
+TEST_F(QtFolderDialog, giveOneFolderWhereOneIsAskedFor)
 {
     run([](QFileDialog& shown) {
         click(shown, "Disco A");
@@ -182,7 +182,7 @@ TEST_F(FolderDialogs, giveOneFolderWhereOneIsAskedFor)
     EXPECT_EQ(dialog->URLs().size(), 1U);
 }
 
-TEST_F(FolderDialogs, giveTheFolderThatWasTyped)
+TEST_F(QtFolderDialog, giveTheFolderThatWasTyped)
 {
     run([this](QFileDialog& shown) {
         auto* field = shown.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
@@ -194,14 +194,14 @@ TEST_F(FolderDialogs, giveTheFolderThatWasTyped)
     EXPECT_EQ(dialog->URL(), inside("Disco A/DCIM"));
 }
 
-TEST_F(FolderDialogs, giveTheFolderThatIsShownWhereNoneIsSelected)
+TEST_F(QtFolderDialog, giveTheFolderThatIsShownWhereNoneIsSelected)
 {
     const auto response = run([](QFileDialog& shown) { accept(shown); });
     EXPECT_EQ(response, FolderDialog::Response::ok);
     EXPECT_EQ(dialog->URL(), folder.location());
 }
 
-TEST_F(FolderDialogs, giveTheRoot)
+TEST_F(QtFolderDialog, giveTheRoot)
 {
     run([](QFileDialog& shown) {
         auto* field = shown.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
@@ -211,7 +211,7 @@ TEST_F(FolderDialogs, giveTheRoot)
     EXPECT_EQ(dialog->URL(), Location("/"));
 }
 
-TEST_F(FolderDialogs, giveAFolderWithMarksInItsName)
+TEST_F(QtFolderDialog, giveAFolderWithMarksInItsName)
 {
     const char* name = "C\xc3\xa1mara & <b>50%1";
     folder.folder(name);
@@ -225,7 +225,7 @@ TEST_F(FolderDialogs, giveAFolderWithMarksInItsName)
     EXPECT_EQ(dialog->URL(), inside(name));
 }
 
-TEST_F(FolderDialogs, giveSeveralFoldersThatWereClicked)
+TEST_F(QtFolderDialog, giveSeveralFoldersThatWereClicked)
 {
     dialog = made(true);
     run([](QFileDialog& shown) {
@@ -237,7 +237,7 @@ TEST_F(FolderDialogs, giveSeveralFoldersThatWereClicked)
     EXPECT_EQ(dialog->URL(), inside("Disco A"));
 }
 
-TEST_F(FolderDialogs, giveARangeOfFoldersThatWasClicked)
+TEST_F(QtFolderDialog, giveARangeOfFoldersThatWasClicked)
 {
     dialog = made(true);
     run([](QFileDialog& shown) {
@@ -248,7 +248,7 @@ TEST_F(FolderDialogs, giveARangeOfFoldersThatWasClicked)
     EXPECT_EQ(dialog->URLs(), (std::vector<Location>{inside("Disco A"), inside("Disco B"), inside("Disco C")}));
 }
 
-TEST_F(FolderDialogs, giveSeveralFoldersThatWereSelectedByKeyboard)
+TEST_F(QtFolderDialog, giveSeveralFoldersThatWereSelectedByKeyboard)
 {
     dialog = made(true);
     run([](QFileDialog& shown) {
@@ -261,7 +261,7 @@ TEST_F(FolderDialogs, giveSeveralFoldersThatWereSelectedByKeyboard)
     EXPECT_EQ(dialog->URLs(), (std::vector<Location>{inside("Disco A"), inside("Disco B")}));
 }
 
-TEST_F(FolderDialogs, giveNothingWhenCancelledByTheirButton)
+TEST_F(QtFolderDialog, giveNothingWhenCancelledByTheirButton)
 {
     const auto response = run([](QFileDialog& shown) {
         click(shown, "Disco B");
@@ -272,7 +272,7 @@ TEST_F(FolderDialogs, giveNothingWhenCancelledByTheirButton)
     EXPECT_TRUE(dialog->URLs().empty());
 }
 
-TEST_F(FolderDialogs, giveNothingWhenCancelledByEscape)
+TEST_F(QtFolderDialog, giveNothingWhenCancelledByEscape)
 {
     const auto response = run([](QFileDialog& shown) {
         click(shown, "Disco B");
@@ -282,7 +282,7 @@ TEST_F(FolderDialogs, giveNothingWhenCancelledByEscape)
     EXPECT_TRUE(dialog->URLs().empty());
 }
 
-TEST_F(FolderDialogs, giveNothingWhenClosed)
+TEST_F(QtFolderDialog, giveNothingWhenClosed)
 {
     const auto response = run([](QFileDialog& shown) {
         click(shown, "Disco B");
@@ -292,7 +292,7 @@ TEST_F(FolderDialogs, giveNothingWhenClosed)
     EXPECT_TRUE(dialog->URLs().empty());
 }
 
-TEST_F(FolderDialogs, giveNothingWhenTheirWindowGoes)
+TEST_F(QtFolderDialog, giveNothingWhenTheirWindowGoes)
 {
     auto window = std::make_unique<QWidget>();
     showActive(*window);
@@ -301,7 +301,7 @@ TEST_F(FolderDialogs, giveNothingWhenTheirWindowGoes)
     EXPECT_TRUE(dialog->URLs().empty());
 }
 
-TEST_F(FolderDialogs, letWorkGoOnMeanwhile)
+TEST_F(QtFolderDialog, letWorkGoOnMeanwhile)
 {
     int ticks = 0;
     QTimer work;
@@ -314,7 +314,7 @@ TEST_F(FolderDialogs, letWorkGoOnMeanwhile)
     });
 }
 
-TEST_F(FolderDialogs, renameAndDeleteNothing)
+TEST_F(QtFolderDialog, renameAndDeleteNothing)
 {
     run([](QFileDialog& shown) {
         click(shown, "Disco B");
@@ -331,7 +331,7 @@ TEST_F(FolderDialogs, renameAndDeleteNothing)
               (std::vector<std::string>{"Disco A", "Disco A/DCIM", "Disco B", "Disco C", "un video.MOV"}));
 }
 
-TEST_F(FolderDialogs, offerNothingInTheirMenuThatChangesTheDisk)
+TEST_F(QtFolderDialog, offerNothingInTheirMenuThatChangesTheDisk)
 {
     bool isSeen = false;
     QStringList offered;
@@ -362,7 +362,7 @@ TEST_F(FolderDialogs, offerNothingInTheirMenuThatChangesTheDisk)
         EXPECT_FALSE(offered.contains(QLatin1String(name))) << name;
 }
 
-TEST_F(FolderDialogs, speakSpanish)
+TEST_F(QtFolderDialog, speakSpanish)
 {
     QTranslator standardTexts;
     if (!standardTexts.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
@@ -378,7 +378,7 @@ TEST_F(FolderDialogs, speakSpanish)
     EXPECT_EQ(texts, (QStringList{QStringLiteral("Seleccionar"), QStringLiteral("Cancelar")}));
 }
 
-TEST_F(FolderDialogs, leaveNothingBehind)
+TEST_F(QtFolderDialog, leaveNothingBehind)
 {
     const Location home(QDir::homePath().toStdString());
     const auto before = everythingBelow(home);

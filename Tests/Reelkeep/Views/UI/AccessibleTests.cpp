@@ -14,7 +14,7 @@
 namespace reelkeep {
 namespace {
 
-class ScreenReader : public testing::Test {
+class Accessible : public testing::Test {
 protected:
     QAccessibleInterface& made(View view)
     {
@@ -32,7 +32,7 @@ protected:
     std::unique_ptr<QWidget> widget;
 };
 
-TEST_F(ScreenReader, readsATextByItsWords)
+TEST_F(Accessible, readsATextByItsWords)
 {
     const auto& text = made(Text("Videos pendientes").title3());
     EXPECT_EQ(text.role(), QAccessible::StaticText);
@@ -40,7 +40,7 @@ TEST_F(ScreenReader, readsATextByItsWords)
     EXPECT_FALSE(text.state().selectableText);
 }
 
-TEST_F(ScreenReader, readsASelectableTextByCharacters)
+TEST_F(Accessible, readsASelectableTextByCharacters)
 {
     auto& text = made(Text("/media/ana").monospacedCaption().selectable());
     EXPECT_TRUE(text.state().selectableText);
@@ -63,7 +63,7 @@ TEST_F(ScreenReader, readsASelectableTextByCharacters)
     EXPECT_EQ(characters->selectionCount(), 0);
 }
 
-TEST_F(ScreenReader, findsTheCharactersOfASelectableTextOnTheScreen)
+TEST_F(Accessible, findsTheCharactersOfASelectableTextOnTheScreen)
 {
     auto& text = made(Text("/media/ana").monospacedCaption().selectable());
     widget->resize(widget->sizeHint());
@@ -74,19 +74,19 @@ TEST_F(ScreenReader, findsTheCharactersOfASelectableTextOnTheScreen)
     EXPECT_EQ(characters->offsetAtPoint(fourth.center() - QPoint(1, 0)), 3);
 }
 
-TEST_F(ScreenReader, doesNotReadATextThatCannotBeSelectedByCharacters)
+TEST_F(Accessible, doesNotReadATextThatCannotBeSelectedByCharacters)
 {
     EXPECT_EQ(made(Text("Listo")).textInterface(), nullptr);
 }
 
-TEST_F(ScreenReader, takesATextThatAnnouncesItselfForAStatusBar)
+TEST_F(Accessible, takesATextThatAnnouncesItselfForAStatusBar)
 {
     const auto& text = made(Text([] { return QStringLiteral("Escaneando videos..."); }).announced());
     EXPECT_EQ(text.role(), QAccessible::StatusBar);
     EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Escaneando videos..."));
 }
 
-TEST_F(ScreenReader, pressesAButton)
+TEST_F(Accessible, pressesAButton)
 {
     int presses = 0;
     auto& button = made(ProminentButton("Elegir camara", accent::analysisBlue, [&] { ++presses; }));
@@ -98,18 +98,18 @@ TEST_F(ScreenReader, pressesAButton)
     EXPECT_TRUE(waitUntil([&] { return presses == 1; }));
 }
 
-TEST_F(ScreenReader, tellsThatAButtonIsDisabled)
+TEST_F(Accessible, tellsThatAButtonIsDisabled)
 {
     EXPECT_TRUE(made(PushButton("Quitar", [] {}).enabled([] { return false; })).state().disabled);
 }
 
-TEST_F(ScreenReader, tellsWhatAButtonIsFor)
+TEST_F(Accessible, tellsWhatAButtonIsFor)
 {
     const auto& button = made(PushButton("Quitar", [] {}).accessibleDescription(QStringLiteral("/media/ana")));
     EXPECT_EQ(button.text(QAccessible::Description), QStringLiteral("/media/ana"));
 }
 
-TEST_F(ScreenReader, turnsASwitch)
+TEST_F(Accessible, turnsASwitch)
 {
     bool isOn = true;
     auto& toggle = made(Toggle(
@@ -124,7 +124,7 @@ TEST_F(ScreenReader, turnsASwitch)
     EXPECT_FALSE(toggle.state().checked);
 }
 
-TEST_F(ScreenReader, readsAChooserByItsLabelAndItsChoice)
+TEST_F(Accessible, readsAChooserByItsLabelAndItsChoice)
 {
     std::string chosen = "/b";
     const auto entries = [] {
@@ -142,7 +142,7 @@ TEST_F(ScreenReader, readsAChooserByItsLabelAndItsChoice)
     EXPECT_EQ(chooser.text(QAccessible::Value), QString());
 }
 
-TEST_F(ScreenReader, opensAChooser)
+TEST_F(Accessible, opensAChooser)
 {
     auto& chooser = made(VStack({}, {Picker(
                                         QStringLiteral("HD de copia activo"),
@@ -163,7 +163,7 @@ TEST_F(ScreenReader, opensAChooser)
     EXPECT_FALSE(popUp.state().expanded);
 }
 
-TEST_F(ScreenReader, readsHowFarAProgressBarIs)
+TEST_F(Accessible, readsHowFarAProgressBarIs)
 {
     auto& bar = made(ProgressBar(QStringLiteral("Progreso"), [] { return 0.25; }));
     EXPECT_EQ(bar.role(), QAccessible::ProgressBar);
@@ -173,7 +173,7 @@ TEST_F(ScreenReader, readsHowFarAProgressBarIs)
     EXPECT_DOUBLE_EQ(part, 0.25);
 }
 
-TEST_F(ScreenReader, readsANamedBoxAsAGroup)
+TEST_F(Accessible, readsANamedBoxAsAGroup)
 {
     const auto& group =
         made(VStack({}, {Text("En camara"), Text("27")}).accessibleName(QStringLiteral("En camara: 27")));
@@ -182,16 +182,16 @@ TEST_F(ScreenReader, readsANamedBoxAsAGroup)
     EXPECT_EQ(group.childCount(), 2);
 }
 
-TEST_F(ScreenReader, knowsASymbolForDecoration)
+TEST_F(Accessible, knowsASymbolForDecoration)
 {
     const auto& symbol = made(Symbol("check", 52, {TextColor::Level::secondary, {}}));
     EXPECT_EQ(symbol.role(), QAccessible::Graphic);
     EXPECT_EQ(symbol.text(QAccessible::Name), QString());
 }
 
-class ScreenReaderOnAList : public ScreenReader {
+class AccessibleList : public Accessible {
 protected:
-    ScreenReaderOnAList()
+    AccessibleList()
     {
         list.resize(400, 220);
         showActive(list);
@@ -210,7 +210,7 @@ protected:
                   .copiedText = [](std::size_t row) { return lineOf(row); }}};
 };
 
-TEST_F(ScreenReaderOnAList, countsItsRows)
+TEST_F(AccessibleList, countsItsRows)
 {
     EXPECT_EQ(interface().role(), QAccessible::List);
     EXPECT_EQ(interface().text(QAccessible::Name), QStringLiteral("Videos pendientes"));
@@ -219,7 +219,7 @@ TEST_F(ScreenReaderOnAList, countsItsRows)
     EXPECT_EQ(interface().child(-1), nullptr);
 }
 
-TEST_F(ScreenReaderOnAList, readsRowsInAndOutOfView)
+TEST_F(AccessibleList, readsRowsInAndOutOfView)
 {
     for (const int row : {0, 3, 50'000, 99'999}) {
         QAccessibleInterface* item = interface().child(row);
@@ -232,7 +232,7 @@ TEST_F(ScreenReaderOnAList, readsRowsInAndOutOfView)
     }
 }
 
-TEST_F(ScreenReaderOnAList, buildsNoWidgetsForTheRowsItReads)
+TEST_F(AccessibleList, buildsNoWidgetsForTheRowsItReads)
 {
     const std::size_t before = list.builtRowCount();
     for (int row = 0; row < 5000; ++row)
@@ -240,7 +240,7 @@ TEST_F(ScreenReaderOnAList, buildsNoWidgetsForTheRowsItReads)
     EXPECT_EQ(list.builtRowCount(), before);
 }
 
-TEST_F(ScreenReaderOnAList, findsTheRowAtAPlace)
+TEST_F(AccessibleList, findsTheRowAtAPlace)
 {
     const QPoint place = list.viewport()->mapToGlobal(QPoint(20, 10 + 2 * 49 + 5));
     ASSERT_NE(interface().childAt(place.x(), place.y()), nullptr);
@@ -248,7 +248,7 @@ TEST_F(ScreenReaderOnAList, findsTheRowAtAPlace)
     EXPECT_TRUE(interface().child(2)->rect().contains(place));
 }
 
-TEST_F(ScreenReaderOnAList, followsTheCurrentRow)
+TEST_F(AccessibleList, followsTheCurrentRow)
 {
     list.setFocus();
     QTest::keyClick(&list, Qt::Key_Down);
@@ -257,7 +257,7 @@ TEST_F(ScreenReaderOnAList, followsTheCurrentRow)
     EXPECT_FALSE(interface().child(0)->state().focused);
 }
 
-TEST_F(ScreenReaderOnAList, learnsThatARowIsGone)
+TEST_F(AccessibleList, learnsThatARowIsGone)
 {
     QAccessibleInterface* item = interface().child(50);
     ASSERT_TRUE(item->isValid());
@@ -268,7 +268,7 @@ TEST_F(ScreenReaderOnAList, learnsThatARowIsGone)
     EXPECT_EQ(item->rect(), QRect());
 }
 
-TEST_F(ScreenReaderOnAList, survivesTenThousandChangesOfTheRecordsItIsReading)
+TEST_F(AccessibleList, survivesTenThousandChangesOfTheRecordsItIsReading)
 {
     std::vector<QAccessibleInterface*> held;
     for (const int row : {0, 1, 7, 40, 999})
@@ -293,7 +293,7 @@ TEST_F(ScreenReaderOnAList, survivesTenThousandChangesOfTheRecordsItIsReading)
     }
 }
 
-TEST_F(ScreenReader, holdsRowsThatOutliveTheirList)
+TEST_F(Accessible, holdsRowsThatOutliveTheirList)
 {
     auto list =
         std::make_unique<RowList>(RowList::Source{.makeRow =

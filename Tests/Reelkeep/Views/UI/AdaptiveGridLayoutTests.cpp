@@ -26,9 +26,9 @@ private:
     int needed;
 };
 
-class AdaptiveGrid : public testing::Test {
+class AdaptiveGridLayoutTest : public testing::Test {
 protected:
-    explicit AdaptiveGrid(const std::vector<int>& heights = {100, 100, 100})
+    explicit AdaptiveGridLayoutTest(const std::vector<int>& heights = {100, 100, 100})
     {
         grid.setLayout(layout);
         for (const int height : heights) {
@@ -43,7 +43,7 @@ protected:
     std::vector<Card*> cards;
 };
 
-TEST_F(AdaptiveGrid, hasAsManyColumnsAsFit)
+TEST_F(AdaptiveGridLayoutTest, hasAsManyColumnsAsFit)
 {
     const std::vector<std::pair<int, int>> expected = {{1100, 4}, {916, 4}, {915, 3}, {684, 3},
                                                        {683, 2},  {452, 2}, {451, 1}, {220, 1}};
@@ -51,7 +51,7 @@ TEST_F(AdaptiveGrid, hasAsManyColumnsAsFit)
         EXPECT_EQ(layout->columnCount(width), columns) << width;
 }
 
-TEST_F(AdaptiveGrid, leavesAColumnEmptyRatherThanWidenTheCards)
+TEST_F(AdaptiveGridLayoutTest, leavesAColumnEmptyRatherThanWidenTheCards)
 {
     place(1100);
     EXPECT_EQ(cards[0]->geometry(), QRect(5, 7, 266, 100));
@@ -59,7 +59,7 @@ TEST_F(AdaptiveGrid, leavesAColumnEmptyRatherThanWidenTheCards)
     EXPECT_EQ(cards[2]->geometry(), QRect(5 + 556, 7, 266, 100));
 }
 
-TEST_F(AdaptiveGrid, continuesBelow)
+TEST_F(AdaptiveGridLayoutTest, continuesBelow)
 {
     place(452);
     EXPECT_EQ(cards[2]->geometry(), QRect(5, 7 + 112, 220, 100));
@@ -67,7 +67,7 @@ TEST_F(AdaptiveGrid, continuesBelow)
     EXPECT_EQ(layout->heightForWidth(300), 324);
 }
 
-TEST_F(AdaptiveGrid, makesNoCardNarrowerThanItsMinimum)
+TEST_F(AdaptiveGridLayoutTest, makesNoCardNarrowerThanItsMinimum)
 {
     for (int width = 220; width < 1300; ++width) {
         place(width);
@@ -76,7 +76,7 @@ TEST_F(AdaptiveGrid, makesNoCardNarrowerThanItsMinimum)
     }
 }
 
-TEST_F(AdaptiveGrid, usesTheWholeWidthWhateverTheRounding)
+TEST_F(AdaptiveGridLayoutTest, usesTheWholeWidthWhateverTheRounding)
 {
     for (int width = 684; width < 916; ++width) {
         place(width);
@@ -85,23 +85,23 @@ TEST_F(AdaptiveGrid, usesTheWholeWidthWhateverTheRounding)
     }
 }
 
-TEST_F(AdaptiveGrid, givesALoneColumnTheWholeWidthAlsoWhereThatIsLessThanItsMinimum)
+TEST_F(AdaptiveGridLayoutTest, givesALoneColumnTheWholeWidthAlsoWhereThatIsLessThanItsMinimum)
 {
     place(150);
     EXPECT_EQ(cards[0]->width(), 150);
 }
 
-TEST_F(AdaptiveGrid, asksForNoMoreThanItsWidestCard)
+TEST_F(AdaptiveGridLayoutTest, asksForNoMoreThanItsWidestCard)
 {
     EXPECT_EQ(layout->minimumSize().width(), 90);
 }
 
-class UnevenGrid : public AdaptiveGrid {
+class AdaptiveGridLayoutUneven : public AdaptiveGridLayoutTest {
 protected:
-    UnevenGrid() : AdaptiveGrid({80, 120, 60}) {}
+    AdaptiveGridLayoutUneven() : AdaptiveGridLayoutTest({80, 120, 60}) {}
 };
 
-TEST_F(UnevenGrid, makesTheCardsOfARowEquallyTall)
+TEST_F(AdaptiveGridLayoutUneven, makesTheCardsOfARowEquallyTall)
 {
     place(452);
     EXPECT_EQ(cards[0]->height(), 120);
@@ -110,7 +110,7 @@ TEST_F(UnevenGrid, makesTheCardsOfARowEquallyTall)
     EXPECT_EQ(layout->heightForWidth(452), 120 + 12 + 60);
 }
 
-TEST(EmptyAdaptiveGrid, hasNoHeight)
+TEST(AdaptiveGridLayoutEmpty, hasNoHeight)
 {
     AdaptiveGridLayout layout(220, 12);
     EXPECT_EQ(layout.heightForWidth(1100), 0);

@@ -10,9 +10,9 @@
 namespace reelkeep {
 namespace {
 
-class Announcements : public testing::Test {
+class AnnouncerTest : public testing::Test {
 protected:
-    Announcements()
+    AnnouncerTest()
     {
         QObject::connect(announcer, &Announcer::announced, &widget, [this](const QString& text) {
             spoken.append(text);
@@ -26,13 +26,13 @@ protected:
     QElapsedTimer sinceLast;
 };
 
-TEST_F(Announcements, areMadeAtOnceAfterAQuietTime)
+TEST_F(AnnouncerTest, areMadeAtOnceAfterAQuietTime)
 {
     announcer->announce(QStringLiteral("Escaneando videos..."));
     EXPECT_EQ(spoken, QStringList{QStringLiteral("Escaneando videos...")});
 }
 
-TEST_F(Announcements, doNotFlood)
+TEST_F(AnnouncerTest, doNotFlood)
 {
     for (int count = 0; count < 5000; ++count) {
         announcer->announce(QStringLiteral("Copiando %1/5000").arg(count));
@@ -42,7 +42,7 @@ TEST_F(Announcements, doNotFlood)
     EXPECT_EQ(spoken.size(), 1);
 }
 
-TEST_F(Announcements, tellTheNewestAfterSomeSeconds)
+TEST_F(AnnouncerTest, tellTheNewestAfterSomeSeconds)
 {
     announcer->announce(QStringLiteral("Copiando 0/3"));
     QElapsedTimer waited;
@@ -54,7 +54,7 @@ TEST_F(Announcements, tellTheNewestAfterSomeSeconds)
     EXPECT_EQ(spoken, (QStringList{QStringLiteral("Copiando 0/3"), QStringLiteral("Copiando 2/3")}));
 }
 
-TEST_F(Announcements, areNotRepeated)
+TEST_F(AnnouncerTest, areNotRepeated)
 {
     announcer->announce(QStringLiteral("Escaneando videos..."));
     announcer->announce(QStringLiteral("Escaneando videos..."));

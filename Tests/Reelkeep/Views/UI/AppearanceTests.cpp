@@ -165,7 +165,7 @@ TEST(Appearance, hasAFocusRingThatShowsOnEveryDesktop)
     }
 }
 
-TEST(TypeStyle, hasTheLineHeightsOfTheDesign)
+TEST(AppearanceTypeStyle, hasTheLineHeightsOfTheDesign)
 {
     if (!isDesignFontInstalled())
         GTEST_SKIP() << "Inter is not installed";
@@ -186,14 +186,14 @@ TEST(TypeStyle, hasTheLineHeightsOfTheDesign)
     }
 }
 
-TEST(TypeStyle, takesTheFixedWidthFontForPaths)
+TEST(AppearanceTypeStyle, takesTheFixedWidthFontForPaths)
 {
     EXPECT_TRUE(QFontMetrics(type::monospacedCaption.font()).horizontalAdvance(u'i') ==
                 QFontMetrics(type::monospacedCaption.font()).horizontalAdvance(u'W'));
     EXPECT_EQ(type::monospacedCaption.height(), 13);
 }
 
-TEST(TypeStyle, scalesWithTheUsersFont)
+TEST(AppearanceTypeStyle, scalesWithTheUsersFont)
 {
     for (const double scale : {1.5, 2.0}) {
         const FontChange change(designFont(scale));
@@ -213,7 +213,7 @@ QImage drawn(const Background& background, const QRectF& rect, double scale)
     return image;
 }
 
-TEST(BoxGround, hasItsHairlineOnWholePixelsAtEveryScale)
+TEST(AppearanceBoxGround, hasItsHairlineOnWholePixelsAtEveryScale)
 {
     const Background box{.stroke = Tint::of(Qt::black), .radius = 12};
     for (const double scale : {1.0, 1.25, 1.5, 2.0}) {
@@ -231,7 +231,7 @@ TEST(BoxGround, hasItsHairlineOnWholePixelsAtEveryScale)
     }
 }
 
-TEST(BoxGround, staysInsideItsEdges)
+TEST(AppearanceBoxGround, staysInsideItsEdges)
 {
     const QImage image = drawn({.fill = Tint::of(Qt::black), .stroke = Tint::of(Qt::black)}, QRectF(10, 10, 80, 40), 1);
     EXPECT_EQ(image.pixelColor(9, 30), QColor(Qt::white));
@@ -240,7 +240,7 @@ TEST(BoxGround, staysInsideItsEdges)
     EXPECT_EQ(image.pixelColor(90, 30), QColor(Qt::white));
 }
 
-TEST(BoxGround, runsFromTheTopLeadingToTheBottomCorner)
+TEST(AppearanceBoxGround, runsFromTheTopLeadingToTheBottomCorner)
 {
     const QImage image = drawn({.fill = Tint::of(Qt::black), .fillEnd = Tint::of(Qt::red)}, QRectF(0, 0, 100, 60), 1);
     EXPECT_LT(image.pixelColor(1, 1).red(), 10);
@@ -248,7 +248,7 @@ TEST(BoxGround, runsFromTheTopLeadingToTheBottomCorner)
     EXPECT_NEAR(image.pixelColor(50, 30).red(), 127, 5);
 }
 
-TEST(BoxGround, isACapsuleWhereItsRadiusIsMoreThanHalfItsHeight)
+TEST(AppearanceBoxGround, isACapsuleWhereItsRadiusIsMoreThanHalfItsHeight)
 {
     const QImage image = drawn({.fill = Tint::of(Qt::black), .radius = 99}, QRectF(0, 0, 100, 60), 1);
     EXPECT_EQ(image.pixelColor(3, 3), QColor(Qt::white));

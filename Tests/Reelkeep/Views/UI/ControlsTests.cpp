@@ -23,7 +23,7 @@ void placeAtIdealSize(QWidget& widget)
     widget.ensurePolished();
 }
 
-TEST(Button, isPressedBySpaceAndByEnter)
+TEST(ControlsButton, isPressedBySpaceAndByEnter)
 {
     Button button(QStringLiteral("Elegir camara"));
     showActive(button);
@@ -33,7 +33,7 @@ TEST(Button, isPressedBySpaceAndByEnter)
     EXPECT_EQ(presses.count(), 3);
 }
 
-TEST(Button, isPressedByAClick)
+TEST(ControlsButton, isPressedByAClick)
 {
     Button button(QStringLiteral("Elegir camara"));
     showActive(button);
@@ -42,7 +42,7 @@ TEST(Button, isPressedByAClick)
     EXPECT_EQ(presses.count(), 1);
 }
 
-TEST(Button, isNotPressedWhileDisabled)
+TEST(ControlsButton, isNotPressedWhileDisabled)
 {
     Button button(QStringLiteral("Elegir camara"));
     showActive(button);
@@ -53,7 +53,7 @@ TEST(Button, isNotPressedWhileDisabled)
     EXPECT_EQ(presses.count(), 0);
 }
 
-TEST(Button, is28HighAnd12WiderThanItsLabelAtEachSide)
+TEST(ControlsButton, is28HighAnd12WiderThanItsLabelAtEachSide)
 {
     const Button button(QStringLiteral("Elegir camara"));
     EXPECT_EQ(button.sizeHint().height(), 28);
@@ -61,7 +61,7 @@ TEST(Button, is28HighAnd12WiderThanItsLabelAtEachSide)
                 QFontMetricsF(type::body.font()).horizontalAdvance(QStringLiteral("Elegir camara")) + 24, 2);
 }
 
-TEST(Button, is48HighAndTakesAllTheWidthWhenLarge)
+TEST(ControlsButton, is48HighAndTakesAllTheWidthWhenLarge)
 {
     Button button(QStringLiteral("No hay nada pendiente"));
     button.setLarge(QStringLiteral("down"));
@@ -69,7 +69,7 @@ TEST(Button, is48HighAndTakesAllTheWidthWhenLarge)
     EXPECT_EQ(button.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
 }
 
-TEST(Button, wrapsItsLabelWhereItIsTooNarrow)
+TEST(ControlsButton, wrapsItsLabelWhereItIsTooNarrow)
 {
     Button button(QStringLiteral("Copiar faltantes al HD seleccionado"));
     button.setLarge(QStringLiteral("down"));
@@ -78,7 +78,7 @@ TEST(Button, wrapsItsLabelWhereItIsTooNarrow)
     EXPECT_LT(button.minimumSizeHint().width(), 180);
 }
 
-TEST(Button, showsAnAmpersandOfAName)
+TEST(ControlsButton, showsAnAmpersandOfAName)
 {
     Button button(QStringLiteral("A & B"));
     Button other(QStringLiteral("A B"));
@@ -94,7 +94,7 @@ Control& shownIn(QWidget& window, Control* control)
     return *control;
 }
 
-TEST(Button, growsWithTheUsersFont)
+TEST(ControlsButton, growsWithTheUsersFont)
 {
     QWidget window;
     Button& button = shownIn(window, new Button(QStringLiteral("Elegir camara")));
@@ -112,7 +112,7 @@ void PrintTo(const Prominent& prominent, std::ostream* stream)
 {
     *stream << prominent.tint.name().toStdString();
 }
-class ProminentButtonFace : public testing::TestWithParam<Prominent> {};
+class ControlsProminentButton : public testing::TestWithParam<Prominent> {};
 
 bool areClose(const QColor& one, const QColor& other, int tolerance = 2)
 {
@@ -120,7 +120,7 @@ bool areClose(const QColor& one, const QColor& other, int tolerance = 2)
            std::abs(one.blue() - other.blue()) <= tolerance;
 }
 
-TEST_P(ProminentButtonFace, isTheTintShadedUntilWhiteIsReadable)
+TEST_P(ControlsProminentButton, isTheTintShadedUntilWhiteIsReadable)
 {
     for (const QPalette& palette : {lightPalette(), darkPalette()}) {
         const PaletteChange change(palette);
@@ -133,7 +133,7 @@ TEST_P(ProminentButtonFace, isTheTintShadedUntilWhiteIsReadable)
     }
 }
 
-TEST_P(ProminentButtonFace, isNeutralGreyWhileDisabled)
+TEST_P(ControlsProminentButton, isNeutralGreyWhileDisabled)
 {
     for (const QPalette& palette : {lightPalette(), darkPalette()}) {
         const PaletteChange change(palette);
@@ -146,7 +146,7 @@ TEST_P(ProminentButtonFace, isNeutralGreyWhileDisabled)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Tints, ProminentButtonFace,
+INSTANTIATE_TEST_SUITE_P(Tints, ControlsProminentButton,
                          testing::Values(Prominent{accent::analysisBlue, QColor(22, 117, 211)},
                                          Prominent{accent::copyGreen, QColor(29, 132, 86)},
                                          Prominent{accent::reviewOrange, QColor(171, 97, 28)}));
@@ -174,7 +174,7 @@ TEST(Controls, showThatTheyHaveTheFocus)
     }
 }
 
-TEST(Button, isRoundInsideTheRingOfTheFocusToo)
+TEST(ControlsButton, isRoundInsideTheRingOfTheFocusToo)
 {
     Button button(QStringLiteral("Elegir camara"));
     button.setTint(accent::analysisBlue);
@@ -186,7 +186,7 @@ TEST(Button, isRoundInsideTheRingOfTheFocusToo)
     EXPECT_LT(drawn.pixelColor(6, 6).lightness(), 120);
 }
 
-TEST(Switch, isTurnedByItsWholeLine)
+TEST(ControlsSwitch, isTurnedByItsWholeLine)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
     placeAtIdealSize(toggle);
@@ -199,7 +199,7 @@ TEST(Switch, isTurnedByItsWholeLine)
     EXPECT_EQ(turns.count(), 2);
 }
 
-TEST(Switch, isTurnedBySpace)
+TEST(ControlsSwitch, isTurnedBySpace)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
     showActive(toggle);
@@ -207,7 +207,7 @@ TEST(Switch, isTurnedBySpace)
     EXPECT_TRUE(toggle.isChecked());
 }
 
-TEST(Switch, isBlueWhileOn)
+TEST(ControlsSwitch, isBlueWhileOn)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
     placeAtIdealSize(toggle);
@@ -220,7 +220,7 @@ TEST(Switch, isBlueWhileOn)
     EXPECT_NE(on, picture(toggle));
 }
 
-TEST(Switch, growsWithTheUsersFont)
+TEST(ControlsSwitch, growsWithTheUsersFont)
 {
     QWidget window;
     Switch& toggle = shownIn(window, new Switch(QStringLiteral("Mantener estructura de carpetas")));
@@ -230,7 +230,7 @@ TEST(Switch, growsWithTheUsersFont)
     EXPECT_EQ(toggle.sizeHint().height(), 44);
 }
 
-TEST(PopUp, showsNothingWhileNothingIsChosen)
+TEST(ControlsPopUp, showsNothingWhileNothingIsChosen)
 {
     PopUp popUp;
     popUp.addItem(QStringLiteral("Disco A"));
@@ -241,7 +241,7 @@ TEST(PopUp, showsNothingWhileNothingIsChosen)
     EXPECT_NE(nothing, picture(popUp));
 }
 
-TEST(PopUp, isChosenFromWithTheArrowKeys)
+TEST(ControlsPopUp, isChosenFromWithTheArrowKeys)
 {
     PopUp popUp;
     popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B")});
@@ -252,7 +252,7 @@ TEST(PopUp, isChosenFromWithTheArrowKeys)
     EXPECT_EQ(choices.count(), 1);
 }
 
-TEST(PopUp, leavesTheWheelToTheWindow)
+TEST(ControlsPopUp, leavesTheWheelToTheWindow)
 {
     PopUp popUp;
     popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B")});
@@ -261,14 +261,14 @@ TEST(PopUp, leavesTheWheelToTheWindow)
     EXPECT_EQ(popUp.currentText(), QStringLiteral("Disco A"));
 }
 
-TEST(PopUp, isNotWidenedByALongName)
+TEST(ControlsPopUp, isNotWidenedByALongName)
 {
     PopUp popUp;
     popUp.addItem(QStringLiteral("Disco ").repeated(100));
     EXPECT_LE(popUp.minimumSizeHint().width(), 80);
 }
 
-TEST(PopUp, growsWithTheUsersFont)
+TEST(ControlsPopUp, growsWithTheUsersFont)
 {
     QWidget window;
     PopUp& popUp = shownIn(window, new PopUp);
@@ -280,7 +280,7 @@ TEST(PopUp, growsWithTheUsersFont)
     EXPECT_GT(popUp.sizeHint().width(), width);
 }
 
-TEST(Bar, isFilledAsFarAsTheWorkIsDone)
+TEST(ControlsBar, isFilledAsFarAsTheWorkIsDone)
 {
     Bar bar;
     bar.resize(200, 6);
@@ -294,7 +294,7 @@ TEST(Bar, isFilledAsFarAsTheWorkIsDone)
     EXPECT_TRUE(areClose(picture(bar).pixelColor(196, 3), accent::analysisBlue));
 }
 
-TEST(Bar, staysWithinItsRange)
+TEST(ControlsBar, staysWithinItsRange)
 {
     Bar bar;
     bar.setFraction(1.5);
@@ -303,7 +303,7 @@ TEST(Bar, staysWithinItsRange)
     EXPECT_EQ(bar.value(), bar.minimum());
 }
 
-TEST(Bar, isNeverIndeterminate)
+TEST(ControlsBar, isNeverIndeterminate)
 {
     const Bar bar;
     EXPECT_LT(bar.minimum(), bar.maximum());

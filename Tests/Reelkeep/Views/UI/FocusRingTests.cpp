@@ -12,9 +12,9 @@ namespace reelkeep {
 namespace {
 
 /// A widget that fills its parent, which lies in something taller that scrolls.
-class RingAround : public testing::Test {
+class FocusRingTest : public testing::Test {
 protected:
-    RingAround()
+    FocusRingTest()
     {
         window.setFrameShape(QFrame::NoFrame);
         window.resize(300, 200);
@@ -41,7 +41,7 @@ protected:
     FocusRing* ring = new FocusRing(inner);
 };
 
-TEST_F(RingAround, isThereWhileTheWidgetHasTheFocus)
+TEST_F(FocusRingTest, isThereWhileTheWidgetHasTheFocus)
 {
     EXPECT_FALSE(ring->shownFrame());
     inner->setFocus();
@@ -51,7 +51,7 @@ TEST_F(RingAround, isThereWhileTheWidgetHasTheFocus)
     EXPECT_FALSE(ring->shownFrame());
 }
 
-TEST_F(RingAround, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
+TEST_F(FocusRingTest, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
 {
     const QImage without = picture(window);
     inner->setFocus();
@@ -61,7 +61,7 @@ TEST_F(RingAround, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
     EXPECT_EQ(with.copy(100, 50, 80, 20), without.copy(100, 50, 80, 20)) << "nothing is drawn over the widget";
 }
 
-TEST_F(RingAround, followsTheWidgetWithAllAroundIt)
+TEST_F(FocusRingTest, followsTheWidgetWithAllAroundIt)
 {
     inner->setFocus();
     parent->move(20, 80);
@@ -70,7 +70,7 @@ TEST_F(RingAround, followsTheWidgetWithAllAroundIt)
     EXPECT_EQ(place(), QRect(17, 77, 86, 26));
 }
 
-TEST_F(RingAround, goesWithTheWidget)
+TEST_F(FocusRingTest, goesWithTheWidget)
 {
     inner->setFocus();
     const QPointer<const QFocusFrame> frame = ring->shownFrame();
@@ -79,7 +79,7 @@ TEST_F(RingAround, goesWithTheWidget)
     EXPECT_FALSE(frame);
 }
 
-TEST_F(RingAround, mayGoBeforeTheWidget)
+TEST_F(FocusRingTest, mayGoBeforeTheWidget)
 {
     inner->setFocus();
     delete ring->shownFrame();

@@ -59,7 +59,7 @@ TEST(ScrollingWindow, opensNoTallerThanTheScreen)
     EXPECT_LE(firstSize(1709, "laptop").height(), 768);
 }
 
-class OpenWindow : public testing::Test {
+class ScrollingWindowOpen : public testing::Test {
 protected:
     void open(const QSize& size, int heightAt1148 = 1709)
     {
@@ -77,13 +77,13 @@ protected:
     std::unique_ptr<ScrollingWindow> window;
 };
 
-TEST_F(OpenWindow, hasItsTitle)
+TEST_F(ScrollingWindowOpen, hasItsTitle)
 {
     open({1148, 700});
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Reelkeep"));
 }
 
-TEST_F(OpenWindow, scrollsVerticallyWhereItIsTooLow)
+TEST_F(ScrollingWindowOpen, scrollsVerticallyWhereItIsTooLow)
 {
     open({1148, 700});
     EXPECT_EQ(content->height(), 1709);
@@ -91,7 +91,7 @@ TEST_F(OpenWindow, scrollsVerticallyWhereItIsTooLow)
     EXPECT_TRUE(shownBar().isVisible());
 }
 
-TEST_F(OpenWindow, doesNotScrollWhereItIsTallEnough)
+TEST_F(ScrollingWindowOpen, doesNotScrollWhereItIsTallEnough)
 {
     open({1148, 1800});
     EXPECT_EQ(bar().maximum(), 0);
@@ -99,7 +99,7 @@ TEST_F(OpenWindow, doesNotScrollWhereItIsTallEnough)
     EXPECT_EQ(content->height(), 1800);
 }
 
-TEST_F(OpenWindow, laysItsBarOverTheContentInsteadOfBesideIt)
+TEST_F(ScrollingWindowOpen, laysItsBarOverTheContentInsteadOfBesideIt)
 {
     open({1148, 700});
     EXPECT_EQ(content->width(), 1148);
@@ -108,7 +108,7 @@ TEST_F(OpenWindow, laysItsBarOverTheContentInsteadOfBesideIt)
     EXPECT_EQ(content->width(), 1148);
 }
 
-TEST_F(OpenWindow, neverScrollsSideways)
+TEST_F(ScrollingWindowOpen, neverScrollsSideways)
 {
     for (const int width : {480, 760, 1148, 1600}) {
         open({width, 500});
@@ -118,21 +118,21 @@ TEST_F(OpenWindow, neverScrollsSideways)
     }
 }
 
-TEST_F(OpenWindow, isNeverNarrowerThan480)
+TEST_F(ScrollingWindowOpen, isNeverNarrowerThan480)
 {
     open({300, 200});
     EXPECT_EQ(window->width(), 480);
     EXPECT_EQ(window->height(), 400);
 }
 
-TEST_F(OpenWindow, scrollsWithTheWheel)
+TEST_F(ScrollingWindowOpen, scrollsWithTheWheel)
 {
     open({1148, 700});
     turnWheel(*content, {500, 300}, -1);
     EXPECT_GT(bar().value(), 0);
 }
 
-TEST_F(OpenWindow, scrollsWhenItsBarIsDragged)
+TEST_F(ScrollingWindowOpen, scrollsWhenItsBarIsDragged)
 {
     open({1148, 700});
     shownBar().setValue(300);
@@ -142,7 +142,7 @@ TEST_F(OpenWindow, scrollsWhenItsBarIsDragged)
     EXPECT_EQ(shownBar().value(), 100);
 }
 
-TEST_F(OpenWindow, drawsItsBarVisiblyOnBothThemes)
+TEST_F(ScrollingWindowOpen, drawsItsBarVisiblyOnBothThemes)
 {
     for (const QPalette& palette : {lightPalette(), darkPalette()}) {
         const PaletteChange change(palette);

@@ -17,7 +17,7 @@ namespace {
 const QString longPath = QStringLiteral("/media/ana/") + QStringLiteral("Proyectos terminados/").repeated(40) +
                          QStringLiteral("el ultimo.MOV");
 
-class Words : public testing::Test {
+class TextWidgetTest : public testing::Test {
 protected:
     TextWidget& make(const QString& content)
     {
@@ -54,7 +54,7 @@ protected:
     TextWidget text;
 };
 
-TEST_F(Words, standInOneLineAtTheirIdealWidth)
+TEST_F(TextWidgetTest, standInOneLineAtTheirIdealWidth)
 {
     make(QStringLiteral("Videos pendientes de copiar"));
     EXPECT_EQ(text.height(), 16);
@@ -62,7 +62,7 @@ TEST_F(Words, standInOneLineAtTheirIdealWidth)
     EXPECT_FALSE(text.isCut());
 }
 
-TEST_F(Words, wrapBetweenWordsWhereTheyAreTooWide)
+TEST_F(TextWidgetTest, wrapBetweenWordsWhereTheyAreTooWide)
 {
     const int ideal = make(QStringLiteral("Videos pendientes")).width();
     make(QStringLiteral("Videos pendientes"), ideal - 10);
@@ -72,7 +72,7 @@ TEST_F(Words, wrapBetweenWordsWhereTheyAreTooWide)
     EXPECT_EQ(text.characterRect(7).left(), 0);
 }
 
-TEST_F(Words, wrapInsideAWordThatIsTooWideAlone)
+TEST_F(TextWidgetTest, wrapInsideAWordThatIsTooWideAlone)
 {
     make(QStringLiteral("x").repeated(200), 100);
     EXPECT_GT(text.height(), 10 * 16);
@@ -80,7 +80,7 @@ TEST_F(Words, wrapInsideAWordThatIsTooWideAlone)
         ASSERT_LE(text.characterRect(position).right(), 101) << position;
 }
 
-TEST_F(Words, breakBetweenTheWordsOfAPath)
+TEST_F(TextWidgetTest, breakBetweenTheWordsOfAPath)
 {
     const QString path = QStringLiteral("/media/ana/Proyectos 2026");
     const int ideal = make(path).width();
@@ -90,13 +90,13 @@ TEST_F(Words, breakBetweenTheWordsOfAPath)
     EXPECT_EQ(text.characterRect(int(path.size()) - 4).top(), 16);
 }
 
-TEST_F(Words, needNoMoreThanOneLineWhenEmpty)
+TEST_F(TextWidgetTest, needNoMoreThanOneLineWhenEmpty)
 {
     make(QString());
     EXPECT_EQ(text.heightForWidth(100), 16);
 }
 
-TEST_F(Words, areNeverTallerThanTheirLineLimit)
+TEST_F(TextWidgetTest, areNeverTallerThanTheirLineLimit)
 {
     makePath(300);
     EXPECT_EQ(text.height(), 3 * 13);
@@ -104,7 +104,7 @@ TEST_F(Words, areNeverTallerThanTheirLineLimit)
     EXPECT_FALSE(text.isCut()) << "what the limit cuts off is meant to be cut off";
 }
 
-TEST_F(Words, endInAnEllipsisWhereTheLineLimitCutsThem)
+TEST_F(TextWidgetTest, endInAnEllipsisWhereTheLineLimitCutsThem)
 {
     const QString sentence = QStringLiteral("Una frase que no cabe en una sola linea de la ventana");
     text.setLineLimit(1);
@@ -118,7 +118,7 @@ TEST_F(Words, endInAnEllipsisWhereTheLineLimitCutsThem)
     EXPECT_EQ(cut, picture(expected));
 }
 
-TEST_F(Words, endWithoutEllipsisWhereTheyFit)
+TEST_F(TextWidgetTest, endWithoutEllipsisWhereTheyFit)
 {
     text.setLineLimit(3);
     make(QStringLiteral("/media/ana"));
@@ -127,7 +127,7 @@ TEST_F(Words, endWithoutEllipsisWhereTheyFit)
     EXPECT_EQ(limited, picture(text));
 }
 
-TEST_F(Words, areCutWhereTheWidgetIsTooLow)
+TEST_F(TextWidgetTest, areCutWhereTheWidgetIsTooLow)
 {
     make(QStringLiteral("Videos pendientes"), 90);
     EXPECT_FALSE(text.isCut());
@@ -135,7 +135,7 @@ TEST_F(Words, areCutWhereTheWidgetIsTooLow)
     EXPECT_TRUE(text.isCut());
 }
 
-TEST_F(Words, areCopiedWholeAlthoughTheirEndIsCutOff)
+TEST_F(TextWidgetTest, areCopiedWholeAlthoughTheirEndIsCutOff)
 {
     makePath(300);
     QTest::keySequence(&text, QKeySequence::SelectAll);
@@ -143,14 +143,14 @@ TEST_F(Words, areCopiedWholeAlthoughTheirEndIsCutOff)
     EXPECT_EQ(clipboard(), longPath);
 }
 
-TEST_F(Words, areCopiedWholeWhenNothingIsSelected)
+TEST_F(TextWidgetTest, areCopiedWholeWhenNothingIsSelected)
 {
     makePath(300);
     QTest::keySequence(&text, QKeySequence::Copy);
     EXPECT_EQ(clipboard(), longPath);
 }
 
-TEST_F(Words, areSelectedToTheirCutOffEndByADragAcrossTheEllipsis)
+TEST_F(TextWidgetTest, areSelectedToTheirCutOffEndByADragAcrossTheEllipsis)
 {
     makePath(300);
     QTest::mousePress(&text, Qt::LeftButton, {}, QPoint(0, 3));
@@ -159,7 +159,7 @@ TEST_F(Words, areSelectedToTheirCutOffEndByADragAcrossTheEllipsis)
     EXPECT_EQ(text.selectedText(), longPath);
 }
 
-TEST_F(Words, areSelectedByADrag)
+TEST_F(TextWidgetTest, areSelectedByADrag)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     QTest::mousePress(&text, Qt::LeftButton, {}, text.characterRect(7).topLeft().toPoint() + QPoint(0, 8));
@@ -170,7 +170,7 @@ TEST_F(Words, areSelectedByADrag)
     EXPECT_EQ(clipboard(), QStringLiteral("ana"));
 }
 
-TEST_F(Words, areSelectedAcrossLinesByADrag)
+TEST_F(TextWidgetTest, areSelectedAcrossLinesByADrag)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS_DIGITAL/DCIM/100CANON"));
     text.resize(120, text.heightForWidth(120));
@@ -183,14 +183,14 @@ TEST_F(Words, areSelectedAcrossLinesByADrag)
     EXPECT_EQ(text.selectedText(), QStringLiteral("ana/EOS_DIGITAL/"));
 }
 
-TEST_F(Words, areSelectedWhollyByADoubleClick)
+TEST_F(TextWidgetTest, areSelectedWhollyByADoubleClick)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     QTest::mouseDClick(&text, Qt::LeftButton, {}, QPoint(20, 8));
     EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
 }
 
-TEST_F(Words, extendTheirSelectionToAClickWithShift)
+TEST_F(TextWidgetTest, extendTheirSelectionToAClickWithShift)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     QTest::mouseClick(&text, Qt::LeftButton, {}, text.characterRect(1).topLeft().toPoint() + QPoint(0, 8));
@@ -199,7 +199,7 @@ TEST_F(Words, extendTheirSelectionToAClickWithShift)
     EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
 }
 
-TEST_F(Words, areSelectedByKeys)
+TEST_F(TextWidgetTest, areSelectedByKeys)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
@@ -216,7 +216,7 @@ TEST_F(Words, areSelectedByKeys)
     EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
 }
 
-TEST_F(Words, areSelectedCharacterByCharacterAlsoWhereOneTakesTwoUnits)
+TEST_F(TextWidgetTest, areSelectedCharacterByCharacterAlsoWhereOneTakesTwoUnits)
 {
     makeSelectable(QStringLiteral("🎬.MOV"));
     QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
@@ -229,7 +229,7 @@ TEST_F(Words, areSelectedCharacterByCharacterAlsoWhereOneTakesTwoUnits)
     EXPECT_FALSE(text.hasSelection());
 }
 
-TEST_F(Words, showWhatIsSelected)
+TEST_F(TextWidgetTest, showWhatIsSelected)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     const QImage plain = picture(text);
@@ -237,7 +237,7 @@ TEST_F(Words, showWhatIsSelected)
     EXPECT_NE(plain, picture(text));
 }
 
-TEST_F(Words, offerToBeCopiedInAMenu)
+TEST_F(TextWidgetTest, offerToBeCopiedInAMenu)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), text.mapToGlobal(QPoint(5, 5)));
@@ -255,7 +255,7 @@ TEST_F(Words, offerToBeCopiedInAMenu)
     menu->close();
 }
 
-TEST_F(Words, loseTheirSelectionWithTheFocus)
+TEST_F(TextWidgetTest, loseTheirSelectionWithTheFocus)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     text.selectAll();
@@ -263,7 +263,7 @@ TEST_F(Words, loseTheirSelectionWithTheFocus)
     EXPECT_FALSE(text.hasSelection());
 }
 
-TEST_F(Words, loseTheirSelectionWhenTheyChange)
+TEST_F(TextWidgetTest, loseTheirSelectionWhenTheyChange)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     text.selectAll();
@@ -272,7 +272,7 @@ TEST_F(Words, loseTheirSelectionWhenTheyChange)
     EXPECT_EQ(text.selectedText(), QString());
 }
 
-TEST_F(Words, keepTheirSelectionWhenTheyAreSetAgainUnchanged)
+TEST_F(TextWidgetTest, keepTheirSelectionWhenTheyAreSetAgainUnchanged)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     text.select(1, 6);
@@ -280,7 +280,7 @@ TEST_F(Words, keepTheirSelectionWhenTheyAreSetAgainUnchanged)
     EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
 }
 
-TEST_F(Words, cannotBeSelectedUnlessMeantTo)
+TEST_F(TextWidgetTest, cannotBeSelectedUnlessMeantTo)
 {
     make(QStringLiteral("Listo"));
     showActive(text);
@@ -292,7 +292,7 @@ TEST_F(Words, cannotBeSelectedUnlessMeantTo)
     EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
 }
 
-TEST_F(Words, areAStopOfTheTabKeyWhenSelectable)
+TEST_F(TextWidgetTest, areAStopOfTheTabKeyWhenSelectable)
 {
     text.setSelectable(true);
     EXPECT_EQ(text.focusPolicy(), Qt::StrongFocus);
@@ -300,7 +300,7 @@ TEST_F(Words, areAStopOfTheTabKeyWhenSelectable)
     EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
 }
 
-TEST_F(Words, showControlCharactersAsSymbols)
+TEST_F(TextWidgetTest, showControlCharactersAsSymbols)
 {
     const QString name = QStringLiteral("a\nb\tc\x7f") + QChar::LineSeparator + QStringLiteral("d\r");
     make(name);
@@ -312,7 +312,7 @@ TEST_F(Words, showControlCharactersAsSymbols)
     EXPECT_EQ(shown, picture(expected));
 }
 
-TEST_F(Words, areCopiedWithTheirControlCharacters)
+TEST_F(TextWidgetTest, areCopiedWithTheirControlCharacters)
 {
     const QString name = QStringLiteral("a\nb\tc.MOV");
     makeSelectable(name);
@@ -321,7 +321,7 @@ TEST_F(Words, areCopiedWithTheirControlCharacters)
     EXPECT_EQ(clipboard(), name);
 }
 
-TEST_F(Words, arePlainText)
+TEST_F(TextWidgetTest, arePlainText)
 {
     const QString name = QStringLiteral("<b>x</b> &amp; %1.MOV");
     make(name);
@@ -329,7 +329,7 @@ TEST_F(Words, arePlainText)
     EXPECT_EQ(text.text(), name);
 }
 
-TEST_F(Words, wrapAtTheWidthTheyAreLimitedTo)
+TEST_F(TextWidgetTest, wrapAtTheWidthTheyAreLimitedTo)
 {
     text.setMaximumTextWidth(100);
     make(QStringLiteral("Los videos extra no se consideran un problema"));
@@ -337,7 +337,7 @@ TEST_F(Words, wrapAtTheWidthTheyAreLimitedTo)
     EXPECT_GT(text.height(), 16);
 }
 
-TEST_F(Words, standAtTheEdgeTheyAreAlignedTo)
+TEST_F(TextWidgetTest, standAtTheEdgeTheyAreAlignedTo)
 {
     make(QStringLiteral("abc"), 200);
     EXPECT_EQ(text.characterRect(0).left(), 0);
@@ -347,7 +347,7 @@ TEST_F(Words, standAtTheEdgeTheyAreAlignedTo)
     EXPECT_NEAR((text.characterRect(0).left() + text.characterRect(2).right()) / 2, 100, 1);
 }
 
-TEST_F(Words, growWithTheUsersFont)
+TEST_F(TextWidgetTest, growWithTheUsersFont)
 {
     make(QStringLiteral("Videos pendientes"));
     const int width = text.width();
@@ -356,7 +356,7 @@ TEST_F(Words, growWithTheUsersFont)
     EXPECT_NEAR(text.sizeHint().width(), 2 * width, 0.05 * width);
 }
 
-TEST_F(Words, neverShrinkBelowTheirDesignedSize)
+TEST_F(TextWidgetTest, neverShrinkBelowTheirDesignedSize)
 {
     const int width = make(QStringLiteral("Videos pendientes")).width();
     QFont smaller = designFont();

@@ -111,7 +111,7 @@ TEST(View, refreshesWhatIsInsideOfWhatIsInside)
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("2")});
 }
 
-TEST(Toggle, writesOnlyWhatTheUsersHandChose)
+TEST(ViewToggle, writesOnlyWhatTheUsersHandChose)
 {
     bool value = true;
     int writes = 0;
@@ -132,7 +132,7 @@ TEST(Toggle, writesOnlyWhatTheUsersHandChose)
     EXPECT_EQ(writes, 1);
 }
 
-class PickerView : public testing::Test {
+class ViewPicker : public testing::Test {
 protected:
     View make()
     {
@@ -148,7 +148,7 @@ protected:
     QComboBox& popUp = shown.find<QComboBox>();
 };
 
-TEST_F(PickerView, showsTheEntryThatIsSelected)
+TEST_F(ViewPicker, showsTheEntryThatIsSelected)
 {
     EXPECT_EQ(popUp.currentText(), QStringLiteral("b"));
     selection = "/a";
@@ -157,7 +157,7 @@ TEST_F(PickerView, showsTheEntryThatIsSelected)
     EXPECT_TRUE(written.empty());
 }
 
-TEST_F(PickerView, showsNothingWhereNothingIsSelected)
+TEST_F(ViewPicker, showsNothingWhereNothingIsSelected)
 {
     selection.clear();
     shown.refresh();
@@ -165,13 +165,13 @@ TEST_F(PickerView, showsNothingWhereNothingIsSelected)
     EXPECT_EQ(popUp.currentText(), QString());
 }
 
-TEST_F(PickerView, writesWhatTheUserPicks)
+TEST_F(ViewPicker, writesWhatTheUserPicks)
 {
     QTest::keyClick(&popUp, Qt::Key_Up);
     EXPECT_EQ(written, std::vector<std::string>{"/a"});
 }
 
-TEST_F(PickerView, writesNothingWhenItsEntriesChange)
+TEST_F(ViewPicker, writesNothingWhenItsEntriesChange)
 {
     entries.insert(entries.begin(), {"/c", QStringLiteral("c")});
     shown.refresh();
@@ -180,12 +180,12 @@ TEST_F(PickerView, writesNothingWhenItsEntriesChange)
     EXPECT_TRUE(written.empty());
 }
 
-TEST_F(PickerView, hasItsLabelBeforeIt)
+TEST_F(ViewPicker, hasItsLabelBeforeIt)
 {
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("HD")});
 }
 
-TEST(ProgressBarView, showsHowFarItIs)
+TEST(ViewProgressBar, showsHowFarItIs)
 {
     double value = 0.0;
     const Shown shown(VStack({}, {ProgressBar(QStringLiteral("Progreso"), [&] { return value; })}));
@@ -196,7 +196,7 @@ TEST(ProgressBarView, showsHowFarItIs)
     EXPECT_EQ(bar.value(), bar.maximum());
 }
 
-class CircleView : public testing::Test {
+class ViewCircle : public testing::Test {
 protected:
     void expectCentred(const QWidget& circle) const
     {
@@ -210,7 +210,7 @@ protected:
     Shown shown{VStack({}, {Circle(28, Background{.fill = Tint::of(Qt::red)}, {Text("1").headline()})})};
 };
 
-TEST_F(CircleView, isRoundAroundItsText)
+TEST_F(ViewCircle, isRoundAroundItsText)
 {
     QWidget& circle = *shownTexts(*shown.widget).front()->parentWidget();
     EXPECT_EQ(circle.size(), QSize(28, 28));
@@ -220,7 +220,7 @@ TEST_F(CircleView, isRoundAroundItsText)
     EXPECT_NE(drawn.pixelColor(2, 2), QColor(Qt::red));
 }
 
-TEST_F(CircleView, growsWithTheUsersFont)
+TEST_F(ViewCircle, growsWithTheUsersFont)
 {
     const FontChange change(designFont(2));
     letEventsPass();
@@ -230,7 +230,7 @@ TEST_F(CircleView, growsWithTheUsersFont)
     EXPECT_NE(picture(circle).pixelColor(5, 5), QColor(Qt::red)) << "still round";
 }
 
-TEST(SymbolView, growsWithTheUsersFont)
+TEST(ViewSymbol, growsWithTheUsersFont)
 {
     const Shown shown{Symbol("down", 26, {TextColor::Level::primary, {}}, 30)};
     EXPECT_EQ(shown.widget->sizeHint(), QSize(30, 26));
@@ -238,7 +238,7 @@ TEST(SymbolView, growsWithTheUsersFont)
     EXPECT_EQ(shown.widget->sizeHint(), QSize(60, 52));
 }
 
-class ForEachView : public testing::Test {
+class ViewForEach : public testing::Test {
 protected:
     View make()
     {
@@ -258,7 +258,7 @@ protected:
     std::unique_ptr<Shown> shown = std::make_unique<Shown>(make());
 };
 
-TEST_F(ForEachView, hasOneElementPerItemInTheirOrder)
+TEST_F(ViewForEach, hasOneElementPerItemInTheirOrder)
 {
     EXPECT_EQ(shown->words(), (QStringList{QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")}));
     items = {3, 1};
@@ -267,7 +267,7 @@ TEST_F(ForEachView, hasOneElementPerItemInTheirOrder)
     EXPECT_EQ(shown->words(), (QStringList{QStringLiteral("3"), QStringLiteral("1")}));
 }
 
-TEST_F(ForEachView, keepsItsElementsWhileTheItemsStay)
+TEST_F(ViewForEach, keepsItsElementsWhileTheItemsStay)
 {
     QWidget* first = shown->widget->findChild<QPushButton*>();
     shown->refresh();
@@ -275,14 +275,14 @@ TEST_F(ForEachView, keepsItsElementsWhileTheItemsStay)
     EXPECT_EQ(shown->widget->findChild<QPushButton*>(), first);
 }
 
-TEST_F(ForEachView, survivesAButtonThatRemovesItsOwnElement)
+TEST_F(ViewForEach, survivesAButtonThatRemovesItsOwnElement)
 {
     QTest::mouseClick(&shown->find<QPushButton>(), Qt::LeftButton);
     letEventsPass();
     EXPECT_EQ(shown->words(), (QStringList{QStringLiteral("2"), QStringLiteral("3")}));
 }
 
-TEST_F(ForEachView, canBecomeEmptyAndFillAgain)
+TEST_F(ViewForEach, canBecomeEmptyAndFillAgain)
 {
     items.clear();
     shown->refresh();
@@ -293,7 +293,7 @@ TEST_F(ForEachView, canBecomeEmptyAndFillAgain)
     EXPECT_EQ(shown->words(), QStringList{QStringLiteral("7")});
 }
 
-class ListView : public testing::Test {
+class ViewList : public testing::Test {
 protected:
     static VideoList videos(int count)
     {
@@ -328,13 +328,13 @@ protected:
     RowList& list = shown.find<RowList>();
 };
 
-TEST_F(ListView, isReadByItsName)
+TEST_F(ViewList, isReadByItsName)
 {
     EXPECT_EQ(spokenName(list), QStringLiteral("Videos"));
     EXPECT_EQ(list.rowCount(), 1000);
 }
 
-TEST_F(ListView, keepsScrollPositionAndSelectionWhileTheListIsTheSame)
+TEST_F(ViewList, keepsScrollPositionAndSelectionWhileTheListIsTheSame)
 {
     scrollTo(5000);
     list.setCurrentRow(105);
@@ -347,7 +347,7 @@ TEST_F(ListView, keepsScrollPositionAndSelectionWhileTheListIsTheSame)
     EXPECT_TRUE(text->hasSelection());
 }
 
-TEST_F(ListView, beginsAtTheTopWhenTheItemsChange)
+TEST_F(ViewList, beginsAtTheTopWhenTheItemsChange)
 {
     scrollTo(5000);
     items = videos(999);
@@ -356,7 +356,7 @@ TEST_F(ListView, beginsAtTheTopWhenTheItemsChange)
     EXPECT_EQ(list.rowCount(), 999);
 }
 
-TEST_F(ListView, makesRoomForThePathsItShowsNow)
+TEST_F(ViewList, makesRoomForThePathsItShowsNow)
 {
     shown.widget->resize(200, 400);
     letEventsPass();
@@ -373,7 +373,7 @@ TEST_F(ListView, makesRoomForThePathsItShowsNow)
         EXPECT_FALSE(text->isCut()) << text->text().toStdString();
 }
 
-TEST_F(ListView, showsBothOfTwoItemsThatShareAnId)
+TEST_F(ViewList, showsBothOfTwoItemsThatShareAnId)
 {
     const VideoFile twin = items[0];
     items = {twin, twin};
