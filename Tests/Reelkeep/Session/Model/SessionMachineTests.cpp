@@ -1,5 +1,6 @@
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/ScriptedFolderDialogs.h"
+#include "Model/SessionCommand.h"
 #include "Model/SessionModel.h"
 #include "Model/SessionState.h"
 #include "Model/SteppedFiles.h"
@@ -13,6 +14,8 @@
 #include <iterator>
 #include <map>
 #include <memory>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -34,20 +37,6 @@ const Value& pick(const std::vector<Value>& values, int number)
     return values[static_cast<std::size_t>(number) % values.size()];
 }
 
-/// What the user, a worker, the interface thread or the world does next. The numbers say with what.
-struct Command {
-    int deed = 0;
-    int number = 0;
-    int other = 0;
-    int fatalWrite = 0; ///< See SessionModel::destroyAt.
-};
-
-void showValue(const Command& command, std::ostream& stream)
-{
-    stream << "{" << command.deed << ", " << command.number << ", " << command.other << ", " << command.fatalWrite
-           << "}";
-}
-
 /// A session and its model, led through the same commands.
 class SessionMachine {
 public:
@@ -60,10 +49,10 @@ public:
         const int dates = model.state().scanDates;
         fatalWrite = static_cast<std::size_t>(command.fatalWrite);
         model.destroyAt(fatalWrite);
-        const auto& [deed, text] = pick(deeds(), command.deed);
-        trace += text + " " + std::to_string(command.number) + " " + std::to_string(command.other) +
-                 (fatalWrite > 0 ? " fatal " + std::to_string(fatalWrite) : "") + "\n";
-        (this->*deed)(command);
+        std::ostringstream line;
+        showValue(command, line);
+        trace += line.str() + "\n";
+        act(command);
         settle();
         fatalWrite = 0;
         compare();
@@ -78,44 +67,56 @@ public:
     /// Lets everything come to its end: a scan may follow a copy, and nothing follows that.
     void finish()
     {
-        perform({.deed = 3});
-        perform({.deed = 1});
-        perform({.deed = 3});
-        perform({.deed = 1});
+        for (int round = 0; round < 2; ++round) {
+            perform({.deed = Deed::resumeAllWorkers});
+            perform({.deed = Deed::serve});
+        }
         require(model.runs().empty() && !model.state().isScanning && !model.state().isCopying, "it does not end");
     }
 
     std::size_t writeCount() const { return writes; }
 
 private:
-    using Deed = void (SessionMachine::*)(const Command&);
-
-    static const std::vector<std::pair<Deed, std::string>>& deeds()
+    void act(const Command& command)
     {
-        // The more often, the likelier.
-        static const std::vector<std::pair<Deed, std::string>> all = {
-            {&SessionMachine::resumeWorker, "resume"},
-            {&SessionMachine::serve, "serve"},
-            {&SessionMachine::resumeWorker, "resume"},
-            {&SessionMachine::resumeAll, "resume all"},
-            {&SessionMachine::scan, "scan"},
-            {&SessionMachine::copy, "copy"},
-            {&SessionMachine::runAnalysis, "analyse to the end"},
-            {&SessionMachine::copy, "copy"},
-            {&SessionMachine::chooseSource, "choose source"},
-            {&SessionMachine::chooseDestination, "choose destination"},
-            {&SessionMachine::addReviewFolders, "add"},
-            {&SessionMachine::useOnly, "use only"},
-            {&SessionMachine::removeReviewFolder, "remove"},
-            {&SessionMachine::pickDestination, "pick"},
-            {&SessionMachine::toggle, "toggle"},
-            {&SessionMachine::addFile, "file"},
-            {&SessionMachine::removeFile, "no file"},
-            {&SessionMachine::destroy, "destroy"},
-            {&SessionMachine::serve, "serve"},
-            {&SessionMachine::resumeAll, "resume all"},
-        };
-        return all;
+        switch (command.deed) {
+        case Deed::resumeWorker:
+            return resumeWorker(command);
+        case Deed::resumeAllWorkers:
+            return resumeAllWorkers();
+        case Deed::serve:
+            return serve();
+        case Deed::scan:
+            return scan();
+        case Deed::analyse:
+            return analyse();
+        case Deed::copy:
+            return copy();
+        case Deed::chooseSource:
+            return chooseSource(command);
+        case Deed::chooseDestination:
+            return chooseDestination(command);
+        case Deed::addReviewFolders:
+            return addReviewFolders(command);
+        case Deed::useOnlyCopyDestination:
+            return useOnlyCopyDestination();
+        case Deed::removeReviewFolder:
+            return removeReviewFolder(pick(folders, command.target));
+        case Deed::pickDestination:
+            return pickDestination(pick(folders, command.target));
+        case Deed::pickNoDestination:
+            return pickDestination(std::nullopt);
+        case Deed::preserveFolders:
+            return preserve(true);
+        case Deed::flattenFolders:
+            return preserve(false);
+        case Deed::addFile:
+            return addFile(pick(paths, command.target), command.size);
+        case Deed::removeFile:
+            return removeFile(pick(paths, command.target));
+        case Deed::destroy:
+            return destroy();
+        }
     }
 
     void begin()
@@ -137,9 +138,8 @@ private:
         if (model.runs().empty())
             return;
         auto run = model.runs().begin();
-        std::advance(run, static_cast<std::size_t>(command.number) % model.runs().size());
-        const bool fails = command.other >= 1 && command.other <= 3;
-        resume(*run, fails ? static_cast<SteppedFiles::Going>(command.other) : SteppedFiles::Going::well);
+        std::advance(run, static_cast<std::size_t>(command.target) % model.runs().size());
+        resume(*run, command.going);
     }
 
     void resume(SessionModel::Run& run, SteppedFiles::Going going)
@@ -149,15 +149,13 @@ private:
     }
 
     /// One worker after the other, each to its end.
-    void resumeAll(const Command&)
+    void resumeAllWorkers()
     {
         while (!model.runs().empty()) {
             resume(model.runs().front(), SteppedFiles::Going::well);
             settle();
         }
     }
-
-    void serve(const Command&) { serve(); }
 
     void serve()
     {
@@ -166,21 +164,21 @@ private:
         letEventsPass();
     }
 
-    void scan(const Command&)
+    void scan()
     {
         model.scanFolders();
         session->scanFolders();
     }
 
-    void runAnalysis(const Command& command)
+    void analyse()
     {
-        scan(command);
+        scan();
         settle();
-        resumeAll(command);
+        resumeAllWorkers();
         serve();
     }
 
-    void copy(const Command&)
+    void copy()
     {
         model.copyMissingVideos();
         session->copyMissingVideos();
@@ -204,7 +202,7 @@ private:
 
     void addReviewFolders(const Command& command)
     {
-        const auto answer = answerOf(command, 1 + command.number % 4);
+        const auto answer = answerOf(command, 1 + command.target % 4);
         session->addDestinationReviewFolders();
         if (model.isAlive())
             model.addDestinationReviewFolders(answer);
@@ -215,59 +213,57 @@ private:
     {
         ScriptedFolderDialogs::Answer answer;
         SessionModel::Folders chosen;
-        for (int i = 0; i < count && command.other != 4; ++i)
-            chosen.push_back(pick(folders, command.number + i * command.other));
+        for (int i = 0; i < count && command.reply != Reply::noFolder; ++i)
+            chosen.push_back(pick(folders, command.target + i * command.step));
         answer.chosen = {chosen.begin(), chosen.end()};
-        const bool isCancelled = command.other == 5;
+        const bool isCancelled = command.reply == Reply::cancel;
         if (isCancelled)
             answer.response = FolderDialog::Response::cancel;
-        if (command.other % 4 == 1)
+        if (command.meanwhile == Meanwhile::serving)
             answer.whileOpen = [this] { serve(); };
-        if (command.other == 7)
-            answer.whileOpen = [this] { destroy({}); };
+        if (command.meanwhile == Meanwhile::destruction)
+            answer.whileOpen = [this] { destroy(); };
         dialogs.answers.push_back(answer);
         return isCancelled ? std::nullopt : SessionModel::Answer(chosen);
     }
 
-    void useOnly(const Command&)
+    void useOnlyCopyDestination()
     {
         model.useOnlyCopyDestinationForReview();
         session->useOnlyCopyDestinationForReview();
     }
 
-    void removeReviewFolder(const Command& command)
+    void removeReviewFolder(const std::string& folder)
     {
-        model.removeDestinationReviewFolder(pick(folders, command.number));
-        session->removeDestinationReviewFolder(Location(pick(folders, command.number)));
+        model.removeDestinationReviewFolder(folder);
+        session->removeDestinationReviewFolder(Location(folder));
     }
 
-    void pickDestination(const Command& command)
+    void pickDestination(const std::optional<std::string>& folder)
     {
-        const std::string& folder = pick(folders, command.number);
-        const bool isNone = command.other == 1;
-        model.setCopyDestinationFolder(isNone ? std::nullopt : std::optional(folder));
-        session->setCopyDestinationFolder(isNone ? std::nullopt : std::optional(Location(folder)));
+        model.setCopyDestinationFolder(folder);
+        session->setCopyDestinationFolder(folder ? std::optional(Location(*folder)) : std::nullopt);
     }
 
-    void toggle(const Command& command)
+    void preserve(bool folderStructure)
     {
-        model.setPreserveFolderStructure(command.other % 2 == 0);
-        session->setPreserveFolderStructure(command.other % 2 == 0);
+        model.setPreserveFolderStructure(folderStructure);
+        session->setPreserveFolderStructure(folderStructure);
     }
 
-    void addFile(const Command& command)
+    void addFile(const std::string& path, int size)
     {
-        model.disk[pick(paths, command.number)] = command.other % 3;
-        files->add(pick(paths, command.number), command.other % 3);
+        model.disk[path] = size;
+        files->add(path, size);
     }
 
-    void removeFile(const Command& command)
+    void removeFile(const std::string& path)
     {
-        model.disk.erase(pick(paths, command.number));
-        files->remove(pick(paths, command.number));
+        model.disk.erase(path);
+        files->remove(path);
     }
 
-    void destroy(const Command&)
+    void destroy()
     {
         model.destroy();
         session.reset();
@@ -349,27 +345,22 @@ private:
     std::string trace;
 };
 
-rc::Gen<Command> commands()
-{
-    const auto fatal = rc::gen::weightedOneOf<int>({{30, rc::gen::just(0)}, {1, rc::gen::inRange(1, 12)}});
-    return rc::gen::build<Command>(
-        rc::gen::set(&Command::deed, rc::gen::inRange(0, 20)), rc::gen::set(&Command::number, rc::gen::inRange(0, 20)),
-        rc::gen::set(&Command::other, rc::gen::inRange(0, 20)), rc::gen::set(&Command::fatalWrite, fatal));
-}
-
 /// Whatever users and disks do in whatever order, each write is the one that the rules name, in its turn.
 TEST(SessionMachine, doesWhatItsModelDoes)
 {
     std::size_t deeds = 0;
     std::size_t writes = 0;
     EXPECT_TRUE(rc::check([&] {
-        const auto choices = *rc::gen::container<std::vector<Command>>(3, commands());
+        const int sizes = *rc::gen::inRange(0, 3);
+        const int source = *rc::gen::inRange(0, 2);
+        const int destination = *rc::gen::inRange(1, 4);
         const auto sequence = *rc::gen::container<std::vector<Command>>(commands());
         SessionMachine machine;
-        for (const int number : {0, 1, 2, 3, 5, 7, 9, 10}) // files, and choices without which little happens
-            machine.perform({.deed = 15, .number = number, .other = number + choices[0].number});
-        machine.perform({.deed = 8, .number = choices[1].number % 2});
-        machine.perform({.deed = 9, .number = 1 + choices[2].number % 3});
+        // Files, and choices without which little happens.
+        for (const int path : {0, 1, 2, 3, 5, 7, 9, 10})
+            machine.perform({.deed = Deed::addFile, .target = path, .size = (path + sizes) % 3});
+        machine.perform({.deed = Deed::chooseSource, .target = source});
+        machine.perform({.deed = Deed::chooseDestination, .target = destination});
         for (const Command& command : sequence)
             machine.perform(command);
         machine.finish();
