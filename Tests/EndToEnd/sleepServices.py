@@ -69,7 +69,7 @@ class SleepServices:
 
     def latePortal(self):
         def answer(*call):
-            self.write("portal asked")
+            self.write("portal called")
 
             def look():
                 if not os.path.exists(self.log + ".answer"):
@@ -118,7 +118,7 @@ class SleepServices:
         self.watch(sender)
 
         def close(_1, _2, _3, closing):
-            self.write(f"portal lets go {number}")
+            self.write(f"portal releases {number}")
             del self.requests[path]
             closing.return_value(None)
 
@@ -153,7 +153,7 @@ class SleepServices:
                 self.watch(sender)
                 call.return_value(GLib.Variant("(u)", (self.last,)))
             else:
-                self.write(f"screen saver lets go {words[0]}")
+                self.write(f"screen saver releases {words[0]}")
                 call.return_value(None)
 
         self.serve("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", SCREEN_SAVER, answer)
@@ -171,7 +171,7 @@ class SleepServices:
         self.serve("org.freedesktop.login1", "/org/freedesktop/login1", LOGIN, answer)
 
     def hung_up(self, reading, _):
-        self.write("login manager lets go")
+        self.write("login manager releases")
         del self.locks[reading]
         os.close(reading)
         return False

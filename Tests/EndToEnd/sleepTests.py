@@ -61,7 +61,7 @@ class Sleep(DesktopTest):
         window.wait_for_status(ALL_SAVED)
         window.wait_until_idle()
 
-    def test_the_portal_is_asked_while_a_copy_runs(self):
+    def test_the_portal_grants_a_lock_while_a_copy_runs(self):
         self.serve("portal")
         window = self.analysed()
         self.assertEqual(self.events(), [])
@@ -69,7 +69,7 @@ class Sleep(DesktopTest):
         first = ["portal holds 1: 4 Copiando videos"]
         self.wait_for_events(*first)
         self.finish_copy(window)
-        first.append("portal lets go 1")
+        first.append("portal releases 1")
         self.wait_for_events(*first)
 
         place = self.clips.disk / self.clips.names[0]
@@ -78,10 +78,10 @@ class Sleep(DesktopTest):
         self.begin_copy(window)
         second = [*first, "portal holds 2: 4 Copiando videos"]
         self.wait_for_events(*second)
-        place.touch()  # Somebody else takes it in the meantime.
+        place.touch()  # Another program takes it in the meantime.
         self.hold.unlink()
         wait_for(lambda: window.status().startswith("No he podido copiar los videos: "), "the copy to fail")
-        second.append("portal lets go 2")
+        second.append("portal releases 2")
         self.wait_for_events(*second)
 
         window.wait_until_idle()
@@ -90,7 +90,7 @@ class Sleep(DesktopTest):
         third = [*second, "portal holds 3: 4 Copiando videos"]
         self.wait_for_events(*third)
         self.close()
-        self.wait_for_events(*third, "portal lets go 3", "holder left", "holder left", "holder left")
+        self.wait_for_events(*third, "portal releases 3", "holder left", "holder left", "holder left")
 
     def test_a_portal_that_answers_late_holds_nothing(self):
         self.serve("latePortal")
@@ -98,20 +98,20 @@ class Sleep(DesktopTest):
         window.button(COPY).press()
         window.wait_for_status(ALL_SAVED)
         window.wait_until_idle()
-        self.assertEqual(self.events(), ["portal asked"])
+        self.assertEqual(self.events(), ["portal called"])
         Path(f"{self.log}.answer").touch()
-        self.wait_for_events("portal asked", "portal holds 1: 4 Copiando videos", "portal lets go 1")
+        self.wait_for_events("portal called", "portal holds 1: 4 Copiando videos", "portal releases 1")
 
-    def test_the_screen_saver_is_asked_where_the_portal_refuses(self):
+    def test_the_screen_saver_is_queried_if_the_portal_refuses(self):
         self.serve("refusingPortal", "screenSaver")
         window = self.analysed()
         self.begin_copy(window)
         held = ["portal refuses", "screen saver holds 1: Reelkeep, Copiando videos"]
         self.wait_for_events(*held)
         self.finish_copy(window)
-        self.wait_for_events(*held, "screen saver lets go 1")
+        self.wait_for_events(*held, "screen saver releases 1")
 
-    def test_the_screen_saver_is_asked_after_a_portal_that_refuses_by_signal(self):
+    def test_the_screen_saver_is_queried_if_the_portal_refuses_by_signal(self):
         for portal, moment in {"portalRefusingAfterwards": "after", "portalRefusingBeforehand": "before"}.items():
             with self.subTest(f"{moment} its reply"):
                 self.log.unlink(missing_ok=True)
@@ -124,7 +124,7 @@ class Sleep(DesktopTest):
                         "screen saver holds 2: Reelkeep, Copiando videos"]
                 self.wait_for_events(*held)
                 self.finish_copy(window)
-                self.wait_for_events(*held, "screen saver lets go 2")
+                self.wait_for_events(*held, "screen saver releases 2")
                 self.close()
                 stop(services)
 
@@ -138,7 +138,7 @@ class Sleep(DesktopTest):
         held += ["portal drops 1", "portal holds 2: 4 Copiando videos"]
         self.wait_for_events(*held)
         self.finish_copy(window)
-        self.wait_for_events(*held, "portal lets go 2")
+        self.wait_for_events(*held, "portal releases 2")
 
     def test_a_lock_is_requested_again_when_its_service_leaves_the_bus(self):
         for service, held in {"portal": "portal holds 1: 4 Copiando videos",
@@ -155,7 +155,7 @@ class Sleep(DesktopTest):
                 services = self.serve(service)
                 self.wait_for_events(held, held)
                 self.finish_copy(window)
-                self.wait_for_events(held, held, held.split(" holds")[0] + " lets go 1")
+                self.wait_for_events(held, held, held.split(" holds")[0] + " releases 1")
                 self.close()
                 stop(services)
 
@@ -170,9 +170,9 @@ class Sleep(DesktopTest):
         held += ["login manager drops", *held]
         self.wait_for_events(*held)
         self.finish_copy(window)
-        self.wait_for_events(*held, "login manager lets go")
+        self.wait_for_events(*held, "login manager releases")
 
-    def test_the_login_manager_is_asked_where_nobody_else_is(self):
+    def test_the_login_manager_is_queried_if_nothing_else_answers(self):
         bus = self.system_bus()
         self.serve("loginManager", bus=bus)
         window = self.analysed(DBUS_SYSTEM_BUS_ADDRESS=bus)
@@ -180,9 +180,9 @@ class Sleep(DesktopTest):
         held = ["login manager holds: sleep, Reelkeep, Copiando videos, block"]
         self.wait_for_events(*held)
         self.finish_copy(window)
-        self.wait_for_events(*held, "login manager lets go")
+        self.wait_for_events(*held, "login manager releases")
 
-    def test_copies_in_silence_where_nobody_can_be_asked(self):
+    def test_copies_in_silence_if_no_service_answers(self):
         self.copy_watched()
         nowhere = f"unix:path={self.desktop.folder}/nowhere"
         for name, bus in {"no bus": None, "dead bus": nowhere}.items():
@@ -217,7 +217,7 @@ class Sleep(DesktopTest):
         self.spots[button] = place, self.desktop.colour(*place)
 
     def copy_blindly(self, **more):
-        """The same with mouse and keyboard: without a bus the program cannot be asked what it shows."""
+        """The same with mouse and keyboard: without a bus the program cannot report what it shows."""
         self.desktop.run(self.program, **more)
         for (button, title), folder in ((CAMERA, self.clips.card), (DESTINATION, self.clips.disk)):
             self.click(button, lambda: shows_window(title))
@@ -248,7 +248,7 @@ class Sleep(DesktopTest):
         wait_for(lambda: "login manager holds: sleep, Reelkeep, Copiando videos, block" in self.events(), "another lock")
         self.hold.unlink()
         wait_for(lambda: self.clips.copied() == self.clips.names, "the copy to be complete")
-        wait_for(lambda: "login manager lets go" in self.events(), "the lock to be given back")
+        wait_for(lambda: "login manager releases" in self.events(), "the lock to be given back")
         self.desktop.program.send_signal(signal.SIGTERM)
         self.assertEqual(self.desktop.program.wait(20), 0, self.desktop.said())
         self.assertEqual(self.clips.flaws(), [])
