@@ -25,7 +25,7 @@ protected:
     QRect place(const QWidget& widget) const { return {widget.mapTo(content, QPoint()), widget.size()}; }
     QRect placeOf(const QString& partName) const { return place(part(partName)); }
     QRect placeOfText(const QString& words) const { return place(text(words)); }
-    /// The lowest window of that width in which `holds` is true, and false one point below.
+    /// The narrowest width between these from which on `holds` is true.
     std::optional<int> widthFrom(int from, int to, const std::function<bool()>& holds)
     {
         resize(to, 1000);
