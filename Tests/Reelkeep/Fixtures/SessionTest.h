@@ -14,6 +14,12 @@
 
 namespace reelkeep {
 
+using Lines = std::vector<std::string>;
+
+/// The verdict on a card of which nothing is missing.
+inline const std::string allSaved =
+    "Todo lo de la camara ya esta guardado en las ubicaciones revisadas. Los videos extra se ignoran.";
+
 std::vector<std::string> relativePaths(const VideoList& videos);
 
 /// A session over files in memory, whose dialogs are answered by the test.

@@ -10,11 +10,6 @@
 namespace reelkeep {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-const std::string allSaved =
-    "Todo lo de la camara ya esta guardado en las ubicaciones revisadas. Los videos extra se ignoran.";
-
 class CopyWorkflow : public SessionTest {
 protected:
     /// A card whose videos are missing on the destination, found so by a scan.

@@ -5,7 +5,6 @@
 namespace reelkeep {
 namespace {
 
-using Lines = std::vector<std::string>;
 using Dialogs = std::vector<ScriptedFolderDialogs::Shown>;
 
 class FolderSelection : public SessionTest {};

@@ -9,11 +9,6 @@
 namespace reelkeep {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-const std::string allSaved =
-    "Todo lo de la camara ya esta guardado en las ubicaciones revisadas. Los videos extra se ignoran.";
-
 class ScanWorkflow : public SessionTest {
 protected:
     /// A card with two videos, one of them on disk /A, which is the destination; /B is reviewed too.

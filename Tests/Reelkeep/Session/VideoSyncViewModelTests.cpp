@@ -9,8 +9,6 @@
 namespace reelkeep {
 namespace {
 
-using Lines = std::vector<std::string>;
-
 class VideoSyncViewModelTest : public SessionTest {};
 
 TEST_F(VideoSyncViewModelTest, beginsWithTheInitialValues)
