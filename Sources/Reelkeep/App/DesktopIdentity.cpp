@@ -10,11 +10,11 @@ namespace reelkeep {
 
 namespace {
 
-/// The name of the desktop entry, the metainfo and the installed icon as well.
+/// Also the name of the desktop entry, the metainfo and the installed icon.
 constexpr QLatin1String applicationId("org.reelkeep.Reelkeep");
 
-/// Drawn from the program's own copy of the installed icon: to look that up in the desktop's themes takes a tenth of
-/// the time to the first frame.
+/// Drawn from the program's own copy of the installed icon: looking it up in the desktop's themes takes a tenth of the
+/// time to the first frame.
 QIcon programIcon()
 {
     QIcon icon;
@@ -34,7 +34,7 @@ QIcon programIcon()
 
 void identifyToDesktop()
 {
-    // The X11 class of every window is the application's name to the letter; it is shown nowhere.
+    // Under X11 the class of every window is the application's name, unchanged; the name is shown nowhere.
     QApplication::setApplicationName(applicationId);
     QApplication::setDesktopFileName(applicationId);
     QApplication::setWindowIcon(programIcon());

@@ -2,8 +2,8 @@
 
 namespace reelkeep {
 
-/// Tells the desktop which of its installed applications this process is, so that windows, icon and entry in the menu
-/// belong together under Wayland and X11 alike. Before the first window. Interface thread.
+/// Tells the desktop which installed application this process is, so that windows, icon and menu entry belong together,
+/// under Wayland and X11. Call it before the first window, on the interface thread.
 void identifyToDesktop();
 
 } // namespace reelkeep

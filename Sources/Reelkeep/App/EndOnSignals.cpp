@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::array endingSignals = {SIGTERM, SIGINT, SIGHUP};
 
-/// A signal handler may do next to nothing; it only rings this bell.
+/// A signal handler may do almost nothing; it only writes to this descriptor.
 int bell = -1;
 
 void ring(int)

@@ -5,8 +5,8 @@
 
 namespace reelkeep {
 
-/// While it lives, SIGTERM, SIGINT and SIGHUP close the program as closing its window does. Interface thread; one at a
-/// time.
+/// While it exists, SIGTERM, SIGINT and SIGHUP end the program as closing its window does. Interface thread; only one
+/// at a time.
 class EndOnSignals {
 public:
     EndOnSignals();

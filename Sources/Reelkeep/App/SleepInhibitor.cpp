@@ -76,7 +76,7 @@ void SleepInhibitor::release()
         std::exchange(lock, std::nullopt)->release();
 }
 
-/// Only once there is something to copy, since connecting to the bus takes time that the first frame does not have.
+/// Called when there is something to copy: connecting to the bus at the start would delay the first frame.
 void SleepInhibitor::watchSessionBus()
 {
     if (!services.watchedServices().isEmpty())
@@ -93,7 +93,7 @@ void SleepInhibitor::watchSessionBus()
                 QStringLiteral("Disconnected"), this, SLOT(handleDisconnection()));
 }
 
-/// If the lock is granted too late, it is given back at once; if it is refused, the next service is asked.
+/// If the lock is granted too late, it is given back at once; if it is refused, the next service is queried.
 void SleepInhibitor::request(const QDBusPendingCall& call, const ReadLock& readLock, Step next)
 {
     isRequesting = true;
@@ -137,7 +137,7 @@ void SleepInhibitor::handleOwnerChange(const QString& service, const QString& ol
     if (lock && !oldOwner.isEmpty() && lock->owner == oldOwner)
         handleLoss();
     else if (isWanted && !lock && !newOwner.isEmpty())
-        retryTimer.start(); // It may be able to do what no other could.
+        retryTimer.start(); // The new service may grant what the others refused.
 }
 
 void SleepInhibitor::handleDisconnection()
@@ -146,7 +146,7 @@ void SleepInhibitor::handleDisconnection()
         handleLoss();
 }
 
-/// A lock that was good for a while is gone.
+/// A lock that was in force is gone.
 void SleepInhibitor::handleLoss()
 {
     lock.reset();

@@ -18,8 +18,7 @@ namespace {
 
 VideoSyncViewModel* runningSession = nullptr;
 
-/// The toolkit ends the program right where it stands when the display goes away. The copy in hand must not stay
-/// behind half-written then either.
+/// When the display goes away, the toolkit calls exit() at once. No partial copy may stay behind then either.
 void stopWorkersAtExit()
 {
     if (runningSession)
@@ -31,14 +30,14 @@ class ReelkeepApp {
 public:
     int run(int argc, char** argv)
     {
-        // A write beyond the allowed file size shall fail with an error text instead of ending the program.
+        // A write beyond the allowed file size must fail with an error instead of ending the program.
         std::signal(SIGXFSZ, SIG_IGN);
-        // Nor shall a message to a terminal or program that is gone end a copy.
+        // A message to a terminal or program that is gone must not end a copy.
         std::signal(SIGPIPE, SIG_IGN);
         doWithoutMissingSessionBus();
         QApplication application(argc, argv);
         identifyToDesktop();
-        // The program speaks Spanish to everybody; the toolkit's own texts follow.
+        // The program's texts are Spanish in every locale; so are the toolkit's own.
         QTranslator standardTexts;
         if (standardTexts.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
             QApplication::installTranslator(&standardTexts);
@@ -50,7 +49,7 @@ public:
         VideoSyncViewModel& session = content->viewModel();
         runningSession = &session;
         std::atexit(stopWorkersAtExit);
-        // Queued: at the announcement the new value is not stored yet.
+        // Queued, because the signal comes before the new value is stored.
         QObject::connect(
             &session, &VideoSyncViewModel::objectWillChange, &sleepInhibitor,
             [&session, &sleepInhibitor] { sleepInhibitor.setHeld(session.isCopying()); }, Qt::QueuedConnection);
@@ -67,6 +66,6 @@ public:
 int main(int argc, char** argv)
 {
     const int result = reelkeep::ReelkeepApp().run(argc, argv);
-    // A worker that hangs in a system call of a dead disk may still live; it must not meet destroyed objects.
+    // A worker may still hang in a system call on a dead disk; destructors would pull objects from under it.
     std::_Exit(result);
 }

@@ -10,12 +10,12 @@ namespace reelkeep {
 
 namespace {
 
-/// Long enough for a job to reach its next look at the stop token, short enough for closing a window.
+/// Long enough for a job to reach its next check of the stop token, short enough for someone who closes a window.
 constexpr std::chrono::milliseconds patience{500};
 
 } // namespace
 
-/// Shared with the threads, since a job that is left to itself outlives its tasks.
+/// Shared with the threads, since an abandoned job outlives the BackgroundTasks that started it.
 struct BackgroundTasks::Running {
     std::stop_source stopSource;
     std::mutex mutex;

@@ -6,10 +6,10 @@
 
 namespace reelkeep {
 
-/// Runs long work away from the interface thread, every job at once on a thread of its own.
+/// Runs long work outside the interface thread. Each job starts immediately on its own thread.
 ///
-/// Its end tells the jobs to stop and waits for them, but not for long: a job that hangs in a system call on a dead
-/// disk is left to itself. A job therefore holds by value whatever it works with, and lets no exception out.
+/// The destructor tells the jobs to stop and waits for them, but not for long: a job that hangs in a system call on a
+/// dead disk is abandoned. So a job must own everything it uses, and must not throw.
 class BackgroundTasks {
 public:
     using Job = std::function<void(const std::stop_token&)>;
@@ -19,12 +19,11 @@ public:
     BackgroundTasks& operator=(const BackgroundTasks&) = delete;
     ~BackgroundTasks() { stop(); }
 
-    /// Starts `job` and returns. The job is destroyed on its own thread too. Throws std::system_error where the
-    /// system has no thread left.
+    /// Starts `job` and returns. The job is also destroyed on its own thread. Throws std::system_error if no thread can
+    /// be started.
     void run(Job job);
 
-    /// Tells the running jobs, and those that are started later, to stop, and returns once all have ended, half a
-    /// second later at the latest.
+    /// Tells the running jobs, and any that start later, to stop. Returns once all have ended, or after half a second.
     void stop();
 
 private:

@@ -10,7 +10,7 @@
 
 namespace reelkeep {
 
-/// A modal dialog in which the user chooses folders. One is made for each question and thrown away afterwards.
+/// A modal dialog in which the user chooses folders. A new one is made each time.
 class FolderDialog {
 public:
     enum class Response { cancel, ok };
@@ -25,9 +25,9 @@ public:
     bool canChooseFiles = true;
     bool allowsMultipleSelection = false;
 
-    /// Shows the dialog and returns once the user has closed it. The interface goes on working meanwhile.
+    /// Shows the dialog and returns once the user has closed it. Events are processed meanwhile.
     virtual Response runModal() = 0;
-    /// The chosen folder, the first where there are several; absent when there is none.
+    /// The chosen folder, the first if there are several; absent if there is none.
     virtual std::optional<Location> URL() const = 0;
     /// All chosen folders, in the dialog's order.
     virtual std::vector<Location> URLs() const = 0;

@@ -20,13 +20,13 @@ namespace reelkeep {
 
 namespace {
 
-/// A burst of jobs is served in slices of this length, so that input and painting get their turn in between.
+/// A burst of jobs is served in slices of this length, so that input and painting are handled in between.
 constexpr std::chrono::milliseconds slice{3};
 
 } // namespace
 
-/// A queue under a mutex and a descriptor that is readable while a job waits. Qt only watches the descriptor: nothing
-/// of Qt is touched from a worker.
+/// A queue under a mutex and a descriptor that is readable while a job waits. Qt only watches the descriptor: workers
+/// touch nothing of Qt.
 class MainThread::Mailbox {
 public:
     Mailbox() : readable(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
@@ -44,13 +44,13 @@ public:
     {
         const std::lock_guard lock(mutex);
         if (!isOpen)
-            return; // `job` is a parameter: it is destroyed after the lock is gone, so its destructor may post again.
+            return; // `job` is a parameter: destroyed after the lock is released, it may post again.
         posted.push_back(std::move(job));
         if (posted.size() == 1)
             eventfd_write(readable, 1);
     }
 
-    /// Runs what waits, for the length of a slice; the descriptor stays readable while anything is left.
+    /// Runs waiting jobs for the length of a slice; the descriptor stays readable while any are left.
     /// On the interface thread, as `shut`.
     void serve()
     {
@@ -66,7 +66,7 @@ public:
 
     void shut()
     {
-        const std::deque<Job> droppedFirst = std::exchange(ready, {}); // Both destroyed after the lock is gone.
+        const std::deque<Job> droppedFirst = std::exchange(ready, {}); // Both destroyed after the lock is released.
         std::deque<Job> dropped;
         const std::lock_guard lock(mutex);
         isOpen = false;
@@ -74,8 +74,8 @@ public:
     }
 
 private:
-    /// False when there is nothing, or when a worker is posting just now: the interface thread waits for no worker
-    /// but comes back, since the descriptor is still readable.
+    /// False if there is nothing, or if a worker is posting at this moment: the interface thread never waits for a
+    /// worker, but comes back, since the descriptor is still readable.
     bool refill()
     {
         const std::unique_lock lock(mutex, std::try_to_lock);
@@ -99,7 +99,7 @@ private:
 MainThread::MainThread(QObject* owner) : mailbox(std::make_shared<Mailbox>())
 {
     checkIsCurrent();
-    /// Watches for jobs as a child of the owner, and so ends with it.
+    /// Watches for jobs. It is a child of the owner, and so is destroyed with it.
     class Watcher : public QObject {
     public:
         Watcher(std::shared_ptr<Mailbox> watched, QObject* parent)

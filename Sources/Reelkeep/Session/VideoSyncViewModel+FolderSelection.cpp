@@ -21,7 +21,7 @@ std::unique_ptr<FolderDialog> folderDialog(const FolderDialogFactory& make, cons
 
 } // namespace
 
-// While a dialog is open everything else goes on, also what ends this session: then nothing counts as chosen.
+// While a dialog is open events are processed, and one of them may destroy this session: then nothing was chosen.
 
 std::optional<Location> VideoSyncViewModel::pickFolder(const char* title)
 {

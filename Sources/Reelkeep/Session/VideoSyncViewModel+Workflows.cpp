@@ -30,8 +30,8 @@ std::string progressText(const CopyProgress& progress)
 
 } // namespace
 
-/// `work` runs on a worker and must not touch the session; what becomes of it reaches `apply` on the interface thread,
-/// if the session is still there. Work that was stopped brings nothing back: only the session's end stops it.
+/// `work` runs on a worker and must not touch the session; its outcome reaches `apply` on the interface thread, if the
+/// session still exists. Stopped work has no outcome: only the end of the session stops it.
 template <typename Result, typename Work, typename Apply>
 void VideoSyncViewModel::runInBackground(Work work, Apply apply)
 {
@@ -82,7 +82,7 @@ void VideoSyncViewModel::beginScan(Continuation afterwards)
     runInBackground<ScanSummary>(
         [source = *source, reviewed, files = fileManager, shown = fields.missingVideos](const std::stop_token& stop) {
             ScanSummary found = VideoSyncService::analyse(source, reviewed, *files, stop);
-            // What is equal stays the same list, so that the window can tell at once that nothing changed.
+            // An equal list stays the same object, so the window needs only a pointer comparison.
             if (found.missingVideos == shown)
                 found.missingVideos = shown;
             return found;

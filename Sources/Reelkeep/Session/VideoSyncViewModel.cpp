@@ -161,7 +161,7 @@ std::size_t VideoSyncViewModel::cameraVideosAlreadyInDestinationCount() const
 
 bool VideoSyncViewModel::canScan() const
 {
-    // The last test cannot fail after the one before; the rule reads as the guards of the scan do.
+    // The last condition follows from the one before; it is kept so that the rule reads like the guards of the scan.
     return !isScanning() && !isCopying() && sourceFolder() && copyDestinationFolder() &&
            !effectiveDestinationReviewFolders().empty();
 }

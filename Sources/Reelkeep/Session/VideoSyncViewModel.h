@@ -22,8 +22,8 @@ class FileManager;
 /// The session: the user's choices, the latest results and everything the window derives from them.
 ///
 /// It lives on the interface thread; calling it from another is a programming error that stops the program. Every
-/// write to a field, of an equal value too, first emits `objectWillChange` and then stores the value. Destroying it in
-/// mid-run is safe: the workers are told to stop and what they still deliver is dropped.
+/// write to a field, even of an equal value, first emits `objectWillChange` and then stores the value. Destroying it
+/// while work is running is safe: the workers are told to stop, and what they still deliver is dropped.
 class VideoSyncViewModel : public QObject {
     Q_OBJECT
 
@@ -68,8 +68,8 @@ public:
     void scanFolders();
     void copyMissingVideos();
 
-    /// For the end of the program alone: tells the workers to stop and waits for them, half a second at most. Nothing
-    /// half-written stays behind on a disk that answers. No operation may follow.
+    /// Only for the end of the program: tells the workers to stop and waits for them, half a second at most. On a disk
+    /// that answers no partial file stays behind. No operation may follow.
     void stopWorkers();
 
 signals:
@@ -93,7 +93,7 @@ private:
             "Selecciona la carpeta de la camara, el destino de copia y los HDs o carpetas a revisar.";
         std::optional<Date> lastScanDate;
     };
-    /// What a worker brings back: a result, or the text of the error that kept it from one.
+    /// What a worker returns: a result, or the text of the error that prevented it.
     template <typename Result>
     struct Outcome {
         std::optional<Result> result;
@@ -104,7 +104,7 @@ private:
     /// For reading; checks the thread.
     const Fields& checkedFields() const;
 
-    // These return false when a slot destroyed this session: nothing of it may be touched then.
+    // These return false if a slot destroyed this session: its members must not be used then.
     bool announce();
     /// Announces, then stores.
     template <typename Value>
@@ -120,7 +120,7 @@ private:
     std::optional<Location> pickFolder(const char* title);
     std::vector<Location> pickFolders(const char* title);
 
-    /// A scan that goes on with `afterwards` on whatever end it comes to.
+    /// A scan that calls `afterwards`, whether it succeeds or fails.
     void beginScan(Continuation afterwards);
     void applyScan(Outcome<ScanSummary> outcome, const Continuation& afterwards);
     bool storeResults(const ScanSummary& found);
