@@ -3,7 +3,7 @@
 
 Each SERVICE is one of `portal`, `latePortal` (it answers once the file LOG.answer exists), `refusingPortal` (by an
 error), `portalRefusingAfterwards` and `portalRefusingBeforehand` (it accepts the request, and refuses it by a signal
-after or even before that), `screenSaver` and `loginManager`. READY is a descriptor that gets a line when all stand on
+after or even before that), `screenSaver`, `loginManager` and `lateRefusingLoginManager`. READY is a descriptor that gets a line when all stand on
 the bus of ADDRESS. The file LOG gets a line for each hold that begins or ends. SIGUSR1 makes the services drop all
 holds of a portal or login manager."""
 
@@ -70,16 +70,18 @@ class SleepServices:
     def latePortal(self):
         def answer(*call):
             self.write("portal called")
-
-            def look():
-                if not os.path.exists(self.log + ".answer"):
-                    return True
-                self.hold_by_portal(*call)
-                return False
-
-            GLib.timeout_add(10, look)
+            self.when_allowed(lambda: self.hold_by_portal(*call))
 
         self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
+
+    def when_allowed(self, answer):
+        def look():
+            if not os.path.exists(self.log + ".answer"):
+                return True
+            answer()
+            return False
+
+        GLib.timeout_add(10, look)
 
     def refusingPortal(self):
         def answer(_1, _2, _3, call):
@@ -167,6 +169,13 @@ class SleepServices:
             holds.append(writing)
             os.close(writing)
             call.return_value_with_unix_fd_list(GLib.Variant("(h)", (0,)), holds)
+
+        self.serve("org.freedesktop.login1", "/org/freedesktop/login1", LOGIN, answer)
+
+    def lateRefusingLoginManager(self):
+        def answer(_1, _2, _3, call):
+            self.write("login manager called")
+            self.when_allowed(lambda: call.return_dbus_error("org.freedesktop.DBus.Error.AccessDenied", "No."))
 
         self.serve("org.freedesktop.login1", "/org/freedesktop/login1", LOGIN, answer)
 

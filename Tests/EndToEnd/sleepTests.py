@@ -40,8 +40,10 @@ class Sleep(DesktopTest):
         return self.log.read_text(encoding="utf-8").splitlines() if self.log.exists() else []
 
     def wait_for_events(self, *events):
-        wait_for(lambda: len(self.events()) >= len(events), f"{events}, not only {self.events()}")
-        self.assertEqual(self.events(), list(events))
+        try:
+            wait_for(lambda: len(self.events()) >= len(events), "the events")
+        finally:
+            self.assertEqual(self.events(), list(events))
 
     def analysed(self, **more):
         """A window that has found what is missing. The disk is one that does not answer until `hold` is gone."""
@@ -171,6 +173,28 @@ class Sleep(DesktopTest):
         self.wait_for_events(*held)
         self.finish_copy(window)
         self.wait_for_events(*held, "login manager releases")
+
+    def test_a_service_that_arrives_after_all_have_refused_is_queried(self):
+        window = self.analysed()  # Without any service, nor a system bus.
+        self.begin_copy(window)
+        self.serve("portal")
+        held = ["portal holds 1: 4 Copiando videos"]
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, "portal releases 1")
+
+    def test_a_service_that_arrives_while_others_are_queried_is_queried_too(self):
+        bus = self.system_bus()
+        self.serve("lateRefusingLoginManager", bus=bus)
+        window = self.analysed(DBUS_SYSTEM_BUS_ADDRESS=bus)
+        self.begin_copy(window)
+        self.wait_for_events("login manager called")
+        self.serve("screenSaver")
+        Path(f"{self.log}.answer").touch()
+        held = ["login manager called", "screen saver holds 1: Reelkeep, Copiando videos"]
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, "screen saver releases 1")
 
     def test_the_login_manager_is_queried_if_nothing_else_answers(self):
         bus = self.system_bus()

@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 #include <QVariantMap>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -22,8 +23,9 @@ constexpr QLatin1String requestInterface("org.freedesktop.portal.Request");
 constexpr QLatin1String screenSaverService("org.freedesktop.ScreenSaver");
 constexpr QLatin1String loginService("org.freedesktop.login1");
 
-/// A service that crashes at every request must not keep the processor busy.
-constexpr std::chrono::seconds retryDelay{1};
+/// A service that crashes at every request must not keep the processor busy: each retry waits twice as long.
+constexpr std::chrono::seconds firstRetryDelay{1};
+constexpr std::chrono::seconds longestRetryDelay{32};
 
 QDBusMessage portalCall(const QString& path, const QString& interface, const QString& method)
 {
@@ -41,7 +43,6 @@ QDBusMessage screenSaverCall(const QString& method)
 SleepInhibitor::SleepInhibitor(QObject* parent) : QObject(parent)
 {
     retryTimer.setSingleShot(true);
-    retryTimer.setInterval(retryDelay);
     connect(&retryTimer, &QTimer::timeout, this, &SleepInhibitor::retry);
     connect(&services, &QDBusServiceWatcher::serviceOwnerChanged, this, &SleepInhibitor::handleOwnerChange);
 }
@@ -59,8 +60,17 @@ void SleepInhibitor::setHeld(bool held)
     isWanted = held;
     if (!isWanted)
         return release();
+    retryDelay = firstRetryDelay;
     watchSessionBus();
     retry();
+}
+
+void SleepInhibitor::retryLater()
+{
+    if (retryTimer.isActive())
+        return;
+    retryTimer.start(retryDelay);
+    retryDelay = std::min(2 * retryDelay, longestRetryDelay);
 }
 
 void SleepInhibitor::retry()
@@ -72,6 +82,7 @@ void SleepInhibitor::retry()
 void SleepInhibitor::release()
 {
     retryTimer.stop();
+    earlyEvents.clear();
     if (lock)
         std::exchange(lock, std::nullopt)->release();
 }
@@ -94,11 +105,12 @@ void SleepInhibitor::watchSessionBus()
 }
 
 /// If the lock is granted too late, it is given back at once; if it is refused, the next service is queried.
-void SleepInhibitor::request(const QDBusPendingCall& call, const ReadLock& readLock, Step next)
+void SleepInhibitor::request(const QDBusConnection& bus, const QDBusMessage& call, const ReadLock& readLock, Step next)
 {
-    isRequesting = true;
-    earlyEvents.clear();
-    auto* watcher = new QDBusPendingCallWatcher(call, this);
+    isRequesting = bus.isConnected();
+    if (!isRequesting)
+        return (this->*next)(); // A call without a bus would never finish.
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, readLock, next] {
         watcher->deleteLater();
         isRequesting = false;
@@ -110,9 +122,14 @@ void SleepInhibitor::request(const QDBusPendingCall& call, const ReadLock& readL
         if (!lock)
             return (this->*next)();
         lock->next = next;
-        for (const auto& event : std::exchange(earlyEvents, {}))
-            event();
+        handleEarlyEvents();
     });
+}
+
+void SleepInhibitor::handleEarlyEvents()
+{
+    for (const auto& event : std::exchange(earlyEvents, {}))
+        event();
 }
 
 /// The portal accepts a request first and reports later what became of it.
@@ -137,11 +154,13 @@ void SleepInhibitor::handleOwnerChange(const QString& service, const QString& ol
     if (lock && !oldOwner.isEmpty() && lock->owner == oldOwner)
         handleLoss();
     else if (isWanted && !lock && !newOwner.isEmpty())
-        retryTimer.start(); // The new service may grant what the others refused.
+        retryLater(); // The new service may grant what the others refused.
 }
 
 void SleepInhibitor::handleDisconnection()
 {
+    if (isRequesting)
+        return earlyEvents.push_back([this] { handleDisconnection(); });
     if (lock && !lock->owner.isEmpty())
         handleLoss();
 }
@@ -150,7 +169,7 @@ void SleepInhibitor::handleDisconnection()
 void SleepInhibitor::handleLoss()
 {
     lock.reset();
-    retryTimer.start();
+    retryLater();
 }
 
 void SleepInhibitor::requestFromPortal()
@@ -160,7 +179,7 @@ void SleepInhibitor::requestFromPortal()
                                    QStringLiteral("org.freedesktop.portal.Inhibit"), QStringLiteral("Inhibit"));
     call << QString() << suspend << QVariantMap{{QStringLiteral("reason"), QString(reason)}};
     request(
-        QDBusConnection::sessionBus().asyncCall(call),
+        QDBusConnection::sessionBus(), call,
         [](const QDBusMessage& reply) -> std::optional<Lock> {
             const QString path = reply.arguments().value(0).value<QDBusObjectPath>().path();
             if (path.isEmpty())
@@ -181,7 +200,7 @@ void SleepInhibitor::requestFromScreenSaver()
     QDBusMessage call = screenSaverCall(QStringLiteral("Inhibit"));
     call << QString(applicationName) << QString(reason);
     request(
-        QDBusConnection::sessionBus().asyncCall(call),
+        QDBusConnection::sessionBus(), call,
         [](const QDBusMessage& reply) -> std::optional<Lock> {
             const uint cookie = reply.arguments().value(0).toUInt();
             Lock granted;
@@ -203,7 +222,7 @@ void SleepInhibitor::requestFromLoginManager()
                                        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
     call << QStringLiteral("sleep") << QString(applicationName) << QString(reason) << QStringLiteral("block");
     request(
-        QDBusConnection::systemBus().asyncCall(call),
+        QDBusConnection::systemBus(), call,
         [this](const QDBusMessage& reply) -> std::optional<Lock> {
             const auto descriptor = reply.arguments().value(0).value<QDBusUnixFileDescriptor>();
             if (!descriptor.isValid())
@@ -212,7 +231,7 @@ void SleepInhibitor::requestFromLoginManager()
             granted.release = [kept = keepOpen(descriptor)] {};
             return granted;
         },
-        &SleepInhibitor::giveUp);
+        &SleepInhibitor::handleEarlyEvents);
 }
 
 /// The login manager's lock lasts as long as its descriptor is open at both ends: keeps ours open until the result is

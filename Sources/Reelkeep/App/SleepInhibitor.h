@@ -5,13 +5,14 @@
 #include <QString>
 #include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
+class QDBusConnection;
 class QDBusMessage;
-class QDBusPendingCall;
 class QDBusUnixFileDescriptor;
 
 namespace reelkeep {
@@ -48,21 +49,23 @@ private:
     void requestFromPortal();
     void requestFromScreenSaver();
     void requestFromLoginManager();
-    void request(const QDBusPendingCall& call, const ReadLock& readLock, Step next);
+    void request(const QDBusConnection& bus, const QDBusMessage& call, const ReadLock& readLock, Step next);
     std::shared_ptr<void> keepOpen(const QDBusUnixFileDescriptor& descriptor);
     void watchSessionBus();
     void handleOwnerChange(const QString& service, const QString& oldOwner, const QString& newOwner);
+    void handleEarlyEvents();
     void handleLoss();
     void retry();
-    void giveUp() {}
+    void retryLater();
     void release();
 
     bool isWanted = false;
     bool isRequesting = false;
     std::optional<Lock> lock;
-    std::vector<std::function<void()>> earlyEvents; ///< Came before the reply that says what they are about.
+    std::vector<std::function<void()>> earlyEvents; ///< Came during a request, which decides what they mean.
     QDBusServiceWatcher services;
     QTimer retryTimer;
+    std::chrono::seconds retryDelay{};
 };
 
 } // namespace reelkeep
