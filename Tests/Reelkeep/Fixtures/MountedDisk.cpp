@@ -1,6 +1,8 @@
 #include "Fixtures/MountedDisk.h"
 
 #include "Files/FileDescriptor.h"
+#include "Fixtures/FaultDisk.h"
+#include "Fixtures/PrivateView.h"
 #include "Fixtures/Processes.h"
 
 #include <chrono>
@@ -10,12 +12,10 @@
 #include <fstream>
 #include <linux/loop.h>
 #include <map>
-#include <sched.h>
 #include <stdexcept>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -29,19 +29,14 @@ void requireRun(const std::vector<std::string>& command)
         throw std::runtime_error("failed: " + command[0] + " " + command.back());
 }
 
-bool takePrivateView()
-{
-    return ::unshare(CLONE_NEWNS) == 0 && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-}
-
 /// A block device over `image` that goes by itself when nobody uses it any more. It is ours until `hold` is closed.
-std::string attach(const Location& image, FileDescriptor& hold)
+std::string attach(const Location& image, bool isDirect, FileDescriptor& hold)
 {
     const FileDescriptor backing(::open(image.path().c_str(), O_RDWR | O_CLOEXEC));
     const FileDescriptor control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
     struct loop_config config = {};
     config.fd = static_cast<__u32>(backing.get());
-    config.info.lo_flags = LO_FLAGS_AUTOCLEAR;
+    config.info.lo_flags = LO_FLAGS_AUTOCLEAR | (isDirect ? LO_FLAGS_DIRECT_IO : 0);
     for (int attempt = 0; attempt < 100; ++attempt) { // others look for a free one too
         const std::string device = "/dev/loop" + std::to_string(::ioctl(control.get(), LOOP_CTL_GET_FREE));
         hold = FileDescriptor(::open(device.c_str(), O_RDWR | O_CLOEXEC));
@@ -72,36 +67,52 @@ MountedDisk::MountedDisk(std::string fileSystem, int mebibytes)
     if (!isPossible())
         throw std::runtime_error("may not mount");
     std::filesystem::resize_file(image.path(), std::uintmax_t(mebibytes) << 20);
-    const std::map<std::string, std::vector<std::string>> makers = {
-        {"ext4", {"mkfs.ext4", "-q", "-F"}}, {"btrfs", {"mkfs.btrfs", "-q", "-f"}},
-        {"xfs", {"mkfs.xfs", "-q", "-f"}},   {"ntfs", {"mkfs.ntfs", "-Q", "-F"}},
-        {"exfat", {"mkfs.exfat"}},
-    };
     if (kind == "tmpfs") {
         requireRun(
             {"mount", "-t", "tmpfs", "-o", "size=" + std::to_string(mebibytes) + "M", "none", mountPoint.path()});
         return;
     }
-    std::vector<std::string> maker = makers.at(kind);
-    maker.push_back(image.path());
-    requireRun(maker);
-    mount();
+    make();
+    putIn();
+}
+
+MountedDisk::MountedDisk(std::string fileSystem, FaultDisk& disk)
+    : kind(std::move(fileSystem)), below(&disk), place("/dev/shm"), image(disk.image()),
+      mountPoint(place.folder("mounted"))
+{
+    make();
+    putIn();
 }
 
 MountedDisk::~MountedDisk()
 {
-    unmount();
+    if (below)
+        below->heal();
+    takeOut();
 }
 
-void MountedDisk::mount()
+void MountedDisk::make()
+{
+    const std::map<std::string, std::vector<std::string>> makers = {
+        {"ext4", {"mkfs.ext4", "-q", "-F"}}, {"btrfs", {"mkfs.btrfs", "-q", "-f"}},
+        {"xfs", {"mkfs.xfs", "-q", "-f"}},   {"ntfs", {"mkfs.ntfs", "-Q", "-F"}},
+        {"exfat", {"mkfs.exfat"}},
+    };
+    std::vector<std::string> maker = makers.at(kind);
+    maker.push_back(image.path());
+    requireRun(maker);
+}
+
+void MountedDisk::putIn()
 {
     FileDescriptor hold;
+    const std::string device = attach(below ? below->file() : image, below != nullptr, hold);
     if (kind == "ntfs")
-        program = start({"ntfs-3g", "-o", "no_detach", attach(image, hold), mountPoint.path()});
+        program = start({"ntfs-3g", "-o", "no_detach", device, mountPoint.path()});
     else if (kind == "exfat")
-        program = start({"mount.exfat-fuse", "-d", attach(image, hold), mountPoint.path()});
+        program = start({"mount.exfat-fuse", "-d", device, mountPoint.path()});
     else
-        requireRun({"mount", "-o", "loop", image.path(), mountPoint.path()});
+        requireRun({"mount", "-t", kind, device, mountPoint.path()});
     waitUntilMounted();
 }
 
@@ -115,7 +126,7 @@ void MountedDisk::waitUntilMounted()
     }
 }
 
-void MountedDisk::unmount()
+void MountedDisk::takeOut()
 {
     if (::umount2(mountPoint.path().c_str(), 0) != 0)
         ::umount2(mountPoint.path().c_str(), MNT_DETACH);
@@ -126,10 +137,10 @@ void MountedDisk::unmount()
 
 void MountedDisk::remount()
 {
-    unmount();
+    takeOut();
     ::sync();
     std::ofstream("/proc/sys/vm/drop_caches") << "3\n";
-    mount();
+    putIn();
 }
 
 void MountedDisk::makeReadOnly()

@@ -8,13 +8,17 @@
 
 namespace reelkeep {
 
+class FaultDisk;
+
 /// A real file system on a disk of its own: an image in memory, mounted for the test.
-/// It is mounted in a view of the file system that only this process has, and its FUSE program dies with the process:
-/// however a test ends, no mount, loop device or process stays.
+/// It is mounted in a view of the file system that only this process and its keeper have, and its FUSE program dies
+/// with the process: however a test ends, no mount, loop device or process stays.
 class MountedDisk {
 public:
     /// `kind` is one of ext4, btrfs, xfs, ntfs, exfat, tmpfs. Throws where the tools are missing.
     explicit MountedDisk(std::string kind, int mebibytes = 512);
+    /// A new file system of any of these kinds but tmpfs above `disk`, which must outlive it.
+    MountedDisk(std::string kind, FaultDisk& disk);
     MountedDisk(const MountedDisk&) = delete;
     MountedDisk& operator=(const MountedDisk&) = delete;
     ~MountedDisk();
@@ -25,6 +29,9 @@ public:
     const Location& location() const { return mountPoint; }
     /// Takes the disk out and puts it in again, with all caches dropped: what is read then comes from the disk.
     void remount();
+    /// The two halves of it, without dropping the caches of other disks.
+    void takeOut();
+    void putIn();
     void makeReadOnly();
     /// Pulls the plug of a FUSE disk: its program is killed.
     void kill();
@@ -32,11 +39,11 @@ public:
     void detach();
 
 private:
-    void mount();
-    void unmount();
+    void make();
     void waitUntilMounted();
 
     std::string kind;
+    FaultDisk* below = nullptr;
     TemporaryFolder place;
     Location image;
     Location mountPoint;
