@@ -87,9 +87,9 @@ std::span<const std::byte> SourceFile::read(std::int64_t position, std::span<std
     return readFrom(file.get(), position, room, path, before.st_dev);
 }
 
-void SourceFile::fetch(std::int64_t position) const
+void SourceFile::fetch(std::int64_t position, std::int64_t count) const
 {
-    reelkeep::fetch(file.get(), position, std::min(position + chunkSize, size()));
+    reelkeep::fetch(file.get(), position, std::min(position + count, size()));
 }
 
 /// A rewrite may have put size and modification time back; only the change time shows it, and only the content tells it

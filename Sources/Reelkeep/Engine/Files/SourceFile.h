@@ -26,8 +26,8 @@ public:
 
     /// Fills `room` from `position` on, or as much of it as the file has bytes.
     std::span<const std::byte> read(std::int64_t position, std::span<std::byte> room) const;
-    /// Lets the kernel read a chunk from `position` on while we do something else.
-    void fetch(std::int64_t position) const;
+    /// Lets the kernel read `count` bytes from `position` on while we do something else.
+    void fetch(std::int64_t position, std::int64_t count) const;
 
     /// The file's attributes now that `count` bytes of it were copied; throws if they are not what it holds. If only
     /// its attributes have changed since it was opened (another program has marked or linked it), it is read once more
@@ -43,7 +43,7 @@ private:
     struct stat before = {};
 };
 
-/// How much is read, written or hashed at once.
+/// How much is read, written or hashed between two looks at the stop token, at most.
 constexpr std::int64_t chunkSize = std::int64_t(4) << 20;
 
 /// Memory for one chunk, or for a whole file of `size` bytes if that is less. It begins at the border of a block, so

@@ -17,11 +17,16 @@ namespace reelkeep {
 
 namespace {
 
-/// At most twice this is unwritten at any time: so the last sync is short, and so is the end of the program in
-/// mid-copy.
+using Clock = std::chrono::steady_clock;
+
+/// At most twice this is unwritten at any time, less on a slow disk: so the last sync is short, and so is the end of
+/// the program in mid-copy.
 constexpr std::int64_t flushedAtOnce = std::int64_t(8) << 20;
-/// A FUSE disk hands everything to a program that keeps unwritten data of its own; only a sync reaches that.
+constexpr std::chrono::milliseconds flushingTime(100);
+/// A FUSE disk hands everything to a program that keeps unwritten data of its own; only a sync reaches that. It costs
+/// more, and nothing is under way beside it.
 constexpr std::int64_t syncedAtOnce = std::int64_t(32) << 20;
+constexpr std::chrono::milliseconds syncingTime(120);
 
 /// The file system does not know the operation, or does not allow it to anybody.
 bool isRefusedHere(int errorNumber)
@@ -49,10 +54,12 @@ FileDescriptor openTargetFolder(const Location& folder)
 
 TemporaryFile::TemporaryFile(const Location& to, std::int64_t bytes)
     : target(to), targetName(to.lastPathComponent()), size(bytes),
-      folder(openTargetFolder(to.deletingLastPathComponent()))
+      folder(openTargetFolder(to.deletingLastPathComponent())), pace(flushedAtOnce, flushingTime)
 {
     if (::fstatfs(folder.get(), &fileSystem) != 0)
         throw failure(errno);
+    if (fileSystem.f_type == FUSE_SUPER_MAGIC)
+        pace = TransferPace(syncedAtOnce, syncingTime);
     const auto largest = largestFile(fileSystem.f_type);
     struct rlimit own = {};
     const bool isBeyondOwnLimit = ::getrlimit(RLIMIT_FSIZE, &own) == 0 && own.rlim_cur != RLIM_INFINITY &&
@@ -94,6 +101,7 @@ void TemporaryFile::write(std::span<const std::byte> bytes)
         if (isDirect && bytes.size() < block)
             writeDirectly(false); // the end of a video that does not fill a block
         const std::size_t whole = isDirect ? bytes.size() / block * block : bytes.size();
+        const auto began = Clock::now();
         const auto count = uninterrupted([&] { return ::write(file.get(), bytes.data(), whole); });
         if (count < 0 && errno == EINVAL && isDirect) {
             writeDirectly(false); // its blocks are larger, or it wrote no whole ones last time
@@ -103,6 +111,8 @@ void TemporaryFile::write(std::span<const std::byte> bytes)
             throw failure(errno);
         if (count == 0)
             throw failure(EIO);
+        if (isDirect)
+            pace.took(count, Clock::now() - began);
         bytes = bytes.subspan(static_cast<std::size_t>(count));
         written += count;
     }
@@ -121,21 +131,34 @@ void TemporaryFile::writeDirectly(bool directly)
 
 void TemporaryFile::flush()
 {
-    int result = 0;
-    if (isFuse()) {
-        if (written - flushing < syncedAtOnce)
-            return;
-        result = uninterrupted([&] { return ::fdatasync(file.get()); });
-    } else {
-        if (written - flushing < flushedAtOnce)
-            return;
-        result = ::sync_file_range(file.get(), flushing, written - flushing, SYNC_FILE_RANGE_WRITE);
-        if (result == 0 && flushing > 0)
-            result = ::sync_file_range(file.get(), 0, flushing, SYNC_FILE_RANGE_WAIT_BEFORE);
-    }
+    if (written - flushing < pace.portion())
+        return;
+    const int result = isFuse() ? syncPortion() : writeOutPortion();
     if (result != 0 && !isRefusedHere(errno))
         throw failure(errno);
+}
+
+int TemporaryFile::syncPortion()
+{
+    const auto began = Clock::now();
+    const int result = uninterrupted([&] { return ::fdatasync(file.get()); });
+    pace.took(written - flushing, Clock::now() - began);
+    flushed = flushing = written;
+    return result;
+}
+
+/// The disk always has one portion to write while the next is being read.
+int TemporaryFile::writeOutPortion()
+{
+    int result = ::sync_file_range(file.get(), flushing, written - flushing, SYNC_FILE_RANGE_WRITE);
+    if (result == 0 && flushing > flushed) {
+        result = ::sync_file_range(file.get(), flushed, flushing - flushed, SYNC_FILE_RANGE_WAIT_BEFORE);
+        pace.took(flushing - flushed, Clock::now() - portionBegan);
+    }
+    portionBegan = Clock::now();
+    flushed = flushing;
     flushing = written;
+    return result;
 }
 
 void TemporaryFile::finish(const struct stat& source)

@@ -3,7 +3,9 @@
 #include "Files/FileDescriptor.h"
 #include "Files/FileError.h"
 #include "Files/Location.h"
+#include "Files/TransferPace.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -39,6 +41,8 @@ public:
     /// Appends; starts the write-back at once, so that little is ever unwritten. Faster from memory that begins at the
     /// border of a block.
     void write(std::span<const std::byte> bytes);
+    /// How many bytes to write at once, so that it does not take long.
+    std::int64_t portion() const { return pace.portion(); }
     /// Takes over modification time and the rights to read and write, and puts everything on the disk.
     void finish(const struct stat& source);
     /// Of what was written, read again; throws Stopped.
@@ -60,6 +64,8 @@ private:
     bool hasRoom() const;
     void writeDirectly(bool directly);
     void flush();
+    int syncPortion();
+    int writeOutPortion();
     bool publishByRename();
     bool publishByLink();
     void publishOverReservation();
@@ -82,6 +88,9 @@ private:
     bool isDirect = false;     ///< Past the kernel's memory, right to the disk.
     std::int64_t written = 0;  ///< Bytes handed to the kernel.
     std::int64_t flushing = 0; ///< How many of them the disk has been told to take.
+    std::int64_t flushed = 0;  ///< How many of those it has taken.
+    TransferPace pace;         ///< Of what the disk takes, on whichever way.
+    std::chrono::steady_clock::time_point portionBegan; ///< When the disk became free for the latest one.
 };
 
 /// The largest file that a file system of this type (`f_type` of `statfs`) can hold; absent if there is no such limit
