@@ -11,7 +11,9 @@ from bigClips import MEBIBYTE, BigClips
 from case import DesktopTest, main
 from desktop import until, wait_for
 from hands import close_window
+from mountedDisk import take_private_view
 from sessionManager import SessionManager
+from slowStick import SlowStick
 from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_disk
 
 SOON = 1.0  # seconds
@@ -192,6 +194,44 @@ class Endings(DesktopTest):
                 if (self.clips.disk / "DCIM").exists():  # else it was closed before it made the first folder
                     shutil.rmtree(self.clips.disk / "DCIM")
         self.assert_left_no_trace()
+
+
+class EndingsOnASlowStick(Endings):
+    def setUp(self):
+        if not all(os.access(device, os.R_OK | os.W_OK) for device in ("/dev/fuse", "/dev/loop-control")):
+            self.skipTest("SKIPPED: a slow stick needs root, FUSE and loop devices")
+        take_private_view()
+        super().setUp()
+
+    def end_copies_at_any_moment(self, kind):
+        stick = self.enterContext(SlowStick(os.environ["REELKEEP_FAULT_DISK"], kind))
+        rounds = 20 if "REELKEEP_LONG" in os.environ else 1
+        seed = random.randrange(1 << 32)
+        print(f"\nseed {seed}", flush=True)
+        moments = random.Random(seed)
+        self.clips = BigClips(self.desktop.folder / "media", 12, disk=stick.place / "disk")
+        for speed in (5, 20, 50):
+            for number in range(rounds):
+                with self.subTest(speed=speed, number=number):
+                    window = self.begin()
+                    window.analyse(found(len(self.clips.names)))
+                    stick.limit(speed)
+                    window.button(COPY).press()
+                    time.sleep(moments.uniform(0.1, 2.5))
+                    took = close_window(self.desktop.program)
+                    print(f"{kind} at {speed} MB/s: {took * 1000:.0f} ms", flush=True)
+                    stick.limit(0)
+                    flaws = self.clips.flaws()
+                    shutil.rmtree(self.clips.disk / "DCIM", ignore_errors=True)
+                    self.assertEqual(self.desktop.program.returncode, 0, self.desktop.said())
+                    self.assertLess(took, SOON)
+                    self.assertEqual(flaws, [])
+
+    def test_of_exfat_nothing_stays_behind(self):
+        self.end_copies_at_any_moment("exfat")
+
+    def test_of_ntfs_nothing_stays_behind(self):
+        self.end_copies_at_any_moment("ntfs")
 
 
 if __name__ == "__main__":

@@ -1,0 +1,64 @@
+"""A stick that is slow and otherwise healthy, with a file system whose driver is a program."""
+
+import mmap
+import os
+import shutil
+import struct
+import subprocess
+import tempfile
+from pathlib import Path
+
+from desktop import end_with_parent, wait_for
+
+MAKERS = {"exfat": ["mkfs.exfat"], "ntfs": ["mkfs.ntfs", "-q", "-Q", "-F"]}
+DRIVERS = {"exfat": ["mount.exfat-fuse", "-d"], "ntfs": ["ntfs-3g", "-o", "no_detach"]}
+CONTROL_SIZE = 4096
+BYTES_PER_SECOND = 8 * 8  # where the fault disk's program looks for it
+
+
+class SlowStick:
+    """Use as a context manager, in a private view of the file system. `program` is that of the tests' fault disk."""
+
+    def __init__(self, program, kind, mebibytes=400):
+        self.folder = Path(tempfile.mkdtemp(prefix="reelkeep-stick-", dir="/dev/shm"))
+        self.program = program
+        self.kind = kind
+        self.place = self.folder / "stick"
+        self.served = self.folder / "served"
+        for folder in (self.place, self.served):
+            folder.mkdir()
+        for name, size in (("image", mebibytes << 20), ("control", CONTROL_SIZE)):
+            with open(self.folder / name, "wb") as file:
+                file.truncate(size)
+        subprocess.run([*MAKERS[kind], str(self.folder / "image")], check=True, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
+        with open(self.folder / "control", "r+b") as file:
+            self.control = mmap.mmap(file.fileno(), CONTROL_SIZE)
+        self.processes = []
+
+    def __enter__(self):
+        self.launch([self.program, *(str(self.folder / name) for name in ("image", "served", "control"))])
+        wait_for((self.served / "disk").exists, "the stick to be served")
+        device = subprocess.run(["losetup", "--find", "--show", "--direct-io=on", str(self.served / "disk")],
+                                check=True, capture_output=True, text=True).stdout.strip()
+        self.launch([*DRIVERS[self.kind], device, str(self.place)])
+        wait_for(lambda: os.path.ismount(self.place), "the stick to be mounted")
+        subprocess.run(["losetup", "--detach", device], check=True)  # once the driver is done with it
+        return self
+
+    def launch(self, command):
+        self.processes.append(subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                               stderr=subprocess.DEVNULL, preexec_fn=end_with_parent))
+
+    def __exit__(self, *_):
+        self.limit(0)
+        subprocess.run(["umount", str(self.place)], check=False)
+        self.processes.pop().wait()
+        subprocess.run(["umount", "-l", str(self.served)], check=False)
+        self.processes.pop().wait()
+        self.control.close()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def limit(self, megabytes_per_second):
+        """From now on it reads and writes so fast; 0 is without limit."""
+        self.control[BYTES_PER_SECOND:BYTES_PER_SECOND + 8] = struct.pack("=Q", megabytes_per_second * 1_000_000)
