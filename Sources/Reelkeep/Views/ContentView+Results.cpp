@@ -100,6 +100,7 @@ View ContentView::missingFilesList()
                                                                       });
     View list = List<VideoList>(tr("Videos pendientes"),
                                 {.items = [this] { return session.missingVideos(); },
+                                 .id = [](const VideoFile& video) { return std::string_view(video.id); },
                                  .row = [this](const auto& video) { return missingFileRow(video); },
                                  .description =
                                      [](const VideoFile& video) {
@@ -107,8 +108,7 @@ View ContentView::missingFilesList()
                                                         displayText(video.relativePath) + QStringLiteral(", ") +
                                                         fileSizeText(video.size));
                                      },
-                                 .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); },
-                                 .tallest = [](const VideoList& videos) { return videos.longestPath(); }})
+                                 .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); }})
                     .visible([this] { return !session.missingVideos().empty(); });
     return VStack({.spacing = 10}, {
                                        std::move(heading),
@@ -119,20 +119,18 @@ View ContentView::missingFilesList()
 
 View ContentView::missingFileRow(const std::function<const VideoFile&()>& video)
 {
-    return HStack({.alignment = Qt::AlignCenter, .padding = Padding::symmetric(8, 8)},
-                  {
-                      VStack({.spacing = 4},
-                             {
-                                 Text([video] { return video().fileName; }).headline().lineLimit(1),
-                                 Text([video] { return video().relativePath; })
-                                     .monospacedCaption()
-                                     .secondary()
-                                     .lineLimit(3)
-                                     .selectableByMouse(),
-                             }),
-                      Spacer(),
-                      Text([video] { return fileSizeText(video().size); }).secondary(),
-                  });
+    return HStack(
+        {.alignment = Qt::AlignCenter, .padding = Padding::symmetric(8, 8)},
+        {
+            VStack(
+                {.spacing = 4},
+                {
+                    Text([video] { return video().fileName; }).headline(),
+                    Text([video] { return video().relativePath; }).monospacedCaption().secondary().selectableByMouse(),
+                }),
+            Spacer(),
+            Text([video] { return fileSizeText(video().size); }).secondary(),
+        });
 }
 
 View ContentView::emptyPendingState()

@@ -10,6 +10,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QWheelEvent>
 
 #include <algorithm>
 #include <utility>
@@ -17,12 +18,20 @@
 namespace reelkeep {
 
 namespace {
+
 constexpr int padding = 10;
 constexpr int minimumListHeight = 220;
+/// The height of a row of one line each. Four of them fit into the smallest list.
 constexpr int minimumRowHeight = 49;
+/// The scroll bar's steps for one row: a list of plain rows scrolls by pixels.
+constexpr int stepsPerRow = minimumRowHeight;
+/// Enough for several views, so that scrolling back and forth measures little.
+constexpr std::size_t mostHeightsKept = 1000;
+
 } // namespace
 
-RowList::RowList(Source rowSource, QWidget* parent) : QAbstractScrollArea(parent), source(std::move(rowSource))
+RowList::RowList(Source rowSource, QWidget* parent)
+    : QAbstractScrollArea(parent), source(std::move(rowSource)), edges{padding}
 {
     setFrameShape(QFrame::NoFrame);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -44,76 +53,134 @@ QSize RowList::minimumSizeHint() const
     return {minimumListHeight / 2, besideText(minimumListHeight)};
 }
 
-void RowList::reload(std::size_t newCount, std::size_t tallest)
+int RowList::availableHeight() const
 {
-    count = newCount;
-    tallestRow = tallest;
-    current = count > 0 ? 0 : -1;
-    for (Slot& slot : rows)
-        slot.shownIndex = -1;
-    verticalScrollBar()->setValue(0);
-    measure();
+    return std::max(1, viewport()->height() - 2 * padding);
 }
 
-/// Row height, scroll range and number of row widgets for the present width, font and records.
+int RowList::availableWidth() const
+{
+    return viewport()->width() - 2 * padding;
+}
+
+void RowList::reload(std::size_t newCount, const Moved& moved)
+{
+    const int value = verticalScrollBar()->value();
+    const int topmost = count > 0 ? moved(value / stepsPerRow) : -1;
+    const int followed = count > 0 ? moved(current) : -1;
+    count = int(newCount);
+    current = followed >= 0 ? followed : count > 0 ? std::max(0, topmost) : -1;
+    for (RowWidget& widget : widgets)
+        widget.shownIndex = -1;
+    measure();
+    verticalScrollBar()->setValue(topmost >= 0 ? topmost * stepsPerRow + value % stepsPerRow : 0);
+}
+
+int RowList::heightOf(int row)
+{
+    if (const auto known = heights.find(row); known != heights.end())
+        return known->second;
+    if (heights.size() >= mostHeightsKept)
+        heights.clear();
+    measuringRow.show(std::size_t(row));
+    // Layouts learn of a changed text by an event, which would come too late.
+    for (QWidget* part : measuringRow.widget->findChildren<QWidget*>())
+        part->updateGeometry();
+    measuringRow.widget->ensurePolished();
+    const int height = std::max(minimumRowHeight, measuringRow.widget->heightForWidth(availableWidth()));
+    heights.emplace(row, height);
+    return height;
+}
+
+RowList::Position RowList::position()
+{
+    const int value = verticalScrollBar()->value();
+    if (value >= verticalScrollBar()->maximum())
+        return last;
+    const int row = value / stepsPerRow;
+    return {row, value % stepsPerRow * heightOf(row) / stepsPerRow};
+}
+
+/// The position with the end of `row` at the lower edge, or the beginning of the list if that is in view then.
+RowList::Position RowList::positionEndingWith(int row)
+{
+    for (int room = availableHeight();; --row) {
+        const int height = heightOf(row);
+        if (height >= room)
+            return {row, height - room};
+        if (row == 0)
+            return {};
+        room -= height;
+    }
+}
+
+int RowList::scrollValue(const Position& place, Rounding rounding)
+{
+    const int height = heightOf(place.row);
+    return place.row * stepsPerRow +
+           (place.offset * stepsPerRow + (rounding == Rounding::up ? height - 1 : 0)) / height;
+}
+
+/// Brings the scroll range and the number of row widgets up to date with the size, the font and the records.
 void RowList::measure()
 {
-    if (count > 0) {
-        measuringRow.show(tallestRow);
-        // What is hidden does not tell the layouts around it that it needs other room now.
-        for (QWidget* part : measuringRow.widget->findChildren<QWidget*>())
-            part->updateGeometry();
-        const int width = viewport()->width() - 2 * padding;
-        measuringRow.widget->ensurePolished();
-        rowHeight = std::max(minimumRowHeight, measuringRow.widget->heightForWidth(width));
+    heights.clear();
+    const int most = std::min(count, viewport()->height() / minimumRowHeight + 2);
+    while (int(widgets.size()) < most) {
+        widgets.push_back({source.makeRow()});
+        widgets.back().row.widget->setParent(viewport());
     }
-    const int contentHeight = int(count) * rowHeight + 2 * padding;
-    verticalScrollBar()->setRange(0, std::max(0, contentHeight - viewport()->height()));
-    verticalScrollBar()->setPageStep(viewport()->height());
-    verticalScrollBar()->setSingleStep(rowHeight / 2);
-
-    const auto needed = std::min(count, std::size_t(viewport()->height() / rowHeight + 2));
-    while (rows.size() < needed) {
-        rows.push_back({source.makeRow()});
-        rows.back().row.widget->setParent(viewport());
-    }
-    for (Slot& slot : rows)
-        slot.shownIndex = -1;
+    last = count > 0 ? positionEndingWith(count - 1) : Position{};
+    const int maximum = count > 0 ? scrollValue(last, Rounding::up) : 0;
+    verticalScrollBar()->setPageStep(count * stepsPerRow - maximum);
+    verticalScrollBar()->setSingleStep(stepsPerRow / 2);
+    verticalScrollBar()->setRange(0, maximum);
     placeRows();
     viewport()->update();
 }
 
 QRect RowList::rowRect(int row) const
 {
-    return {padding, padding + row * rowHeight - verticalScrollBar()->value(), viewport()->width() - 2 * padding,
-            rowHeight};
+    const int index = row - firstInView;
+    const int shown = int(edges.size()) - 1;
+    if (index >= 0 && index < shown)
+        return {padding, edges[std::size_t(index)], availableWidth(),
+                edges[std::size_t(index) + 1] - edges[std::size_t(index)]};
+    const int top =
+        index < 0 ? edges.front() + index * minimumRowHeight : edges.back() + (index - shown) * minimumRowHeight;
+    return {padding, top, availableWidth(), minimumRowHeight};
 }
 
-int RowList::rowAt(QPoint place) const
+int RowList::rowAt(QPoint point) const
 {
-    const int row = (place.y() + verticalScrollBar()->value() - padding) / rowHeight;
-    return row >= 0 && row < int(count) && place.y() + verticalScrollBar()->value() >= padding ? row : -1;
+    const auto below = std::upper_bound(edges.begin(), edges.end(), point.y());
+    return below == edges.begin() || below == edges.end() ? -1 : firstInView + int(below - edges.begin()) - 1;
 }
 
 void RowList::placeRows()
 {
-    if (rows.empty())
-        return;
-    const int first = std::max(0, (verticalScrollBar()->value() - padding) / rowHeight);
-    for (int index = first; index < first + int(rows.size()); ++index) {
-        // A row keeps its widget while it stays in view, and with it what is selected in it.
-        Slot& slot = rows[std::size_t(index) % rows.size()];
-        if (index >= int(count)) {
-            slot.row.widget->hide();
-            slot.shownIndex = -1;
-            continue;
+    const Position topmost = count > 0 ? position() : Position{};
+    int row = topmost.row;
+    int top = padding - topmost.offset;
+    while (top > 0 && row > 0)
+        top -= heightOf(--row);
+    firstInView = row;
+    edges = {top};
+    for (; row < count && top < viewport()->height(); ++row) {
+        top += heightOf(row);
+        edges.push_back(top);
+    }
+    // A row keeps its widget while it stays in view, and with it the text selected in it.
+    const int built = int(widgets.size());
+    for (int slot = 0; slot < built; ++slot) {
+        RowWidget& widget = widgets[std::size_t(slot)];
+        const int index = firstInView + (slot - firstInView % built + built) % built;
+        if (index < row && widget.shownIndex != index) {
+            widget.row.show(std::size_t(index));
+            widget.shownIndex = index;
         }
-        if (slot.shownIndex != index) {
-            slot.row.show(std::size_t(index));
-            slot.shownIndex = index;
-        }
-        slot.row.widget->setGeometry(rowRect(index));
-        slot.row.widget->show();
+        widget.row.widget->setGeometry(rowRect(index));
+        widget.row.widget->setVisible(index < row);
     }
 }
 
@@ -144,9 +211,8 @@ void RowList::paintEvent(QPaintEvent*)
     painter.setClipPath(roundedOutline(painter, viewport()->rect(), 8, hairline(painter)));
 
     const Background separator{.fill = Tint::primary(0.08)};
-    const int first = rowAt({0, std::max(0, padding - verticalScrollBar()->value())});
-    for (int row = std::max(1, first); row < int(count) && rowRect(row).top() < viewport()->height(); ++row) {
-        const QRectF line(padding, rowRect(row).top(), rowRect(row).width(), hairline(painter));
+    for (int row = std::max(1, firstInView); row < firstInView + int(edges.size()) - 1; ++row) {
+        const QRectF line(padding, rowRect(row).top(), availableWidth(), hairline(painter));
         paint(painter, line, separator, appearance);
     }
     if (current >= 0 && hasFocus()) {
@@ -160,7 +226,7 @@ void RowList::setCurrentRow(int row)
 {
     if (count == 0)
         return;
-    current = std::clamp(row, 0, int(count) - 1);
+    current = std::clamp(row, 0, count - 1);
     revealRow(current);
     viewport()->update();
     if (hasFocus()) {
@@ -170,36 +236,87 @@ void RowList::setCurrentRow(int row)
     }
 }
 
+/// Scrolls no further than it takes to show the whole row, or to fill the view with a row higher than that.
 void RowList::revealRow(int row)
 {
-    const QRect place = rowRect(row);
+    const int atTop = row * stepsPerRow;
+    const int atBottom = scrollValue(positionEndingWith(row), Rounding::up);
     QScrollBar* bar = verticalScrollBar();
-    if (place.top() < padding)
-        bar->setValue(bar->value() + place.top() - padding);
-    else if (place.bottom() > viewport()->height() - padding)
-        bar->setValue(bar->value() + place.bottom() - viewport()->height() + padding);
+    bar->setValue(std::clamp(bar->value(), std::min(atTop, atBottom), std::max(atTop, atBottom)));
+}
+
+/// Scrolls by pixels, whatever the heights of the rows on the way: no part of a row is skipped.
+void RowList::scrollBy(int pixels)
+{
+    Position place = position();
+    place.offset += pixels;
+    while (place.offset < 0 && place.row > 0)
+        place.offset += heightOf(--place.row);
+    while (place.row < last.row && place.offset >= heightOf(place.row))
+        place.offset -= heightOf(place.row++);
+    // Rounded onwards, so that the smallest scroll moves something.
+    verticalScrollBar()->setValue(scrollValue(place, pixels > 0 ? Rounding::up : Rounding::down));
+}
+
+void RowList::wheelEvent(QWheelEvent* event)
+{
+    constexpr int notch = 120;
+    const int angle = event->angleDelta().y();
+    const QScrollBar* bar = verticalScrollBar();
+    if (angle == 0 || bar->value() == (angle > 0 ? bar->minimum() : bar->maximum())) {
+        event->ignore(); // The window around the list scrolls then.
+        return;
+    }
+    wheelRemainder += angle * QApplication::wheelScrollLines() * (besideText(minimumRowHeight) / 2);
+    scrollBy(-wheelRemainder / notch);
+    wheelRemainder %= notch;
+}
+
+/// Makes `row` current. Scrolls by `pixels` instead while the current row is higher than the view and goes on there.
+void RowList::go(int row, int pixels)
+{
+    const QRect place = rowRect(current);
+    const int hidden = pixels > 0 ? place.bottom() + 1 - padding - availableHeight() : padding - place.top();
+    if (place.height() > availableHeight() && hidden > 0)
+        scrollBy(std::clamp(pixels, -hidden, hidden));
+    else
+        setCurrentRow(row);
+}
+
+/// The row at the other end of a view with `row` at its edge.
+int RowList::rowAPageFrom(int row, int direction)
+{
+    int room = availableHeight() - heightOf(row);
+    int reached = row + direction;
+    for (int next = reached; next >= 0 && next < count && (room -= heightOf(next)) >= 0; next += direction)
+        reached = next;
+    return reached;
 }
 
 void RowList::keyPressEvent(QKeyEvent* event)
 {
-    const int page = std::max(1, viewport()->height() / rowHeight - 1);
-    if (event->matches(QKeySequence::Copy) && current >= 0) {
+    if (current < 0) {
+        event->ignore();
+        return;
+    }
+    if (event->matches(QKeySequence::Copy)) {
         QApplication::clipboard()->setText(source.copiedText(std::size_t(current)));
         return;
     }
+    const int step = besideText(minimumRowHeight);
     switch (event->key()) {
     case Qt::Key_Up:
-        return setCurrentRow(current - 1);
+        return go(current - 1, -step);
     case Qt::Key_Down:
-        return setCurrentRow(current + 1);
+        return go(current + 1, step);
     case Qt::Key_PageUp:
-        return setCurrentRow(current - page);
+        return go(rowAPageFrom(current, -1), -availableHeight());
     case Qt::Key_PageDown:
-        return setCurrentRow(current + page);
+        return go(rowAPageFrom(current, 1), availableHeight());
     case Qt::Key_Home:
         return setCurrentRow(0);
     case Qt::Key_End:
-        return setCurrentRow(int(count) - 1);
+        return setCurrentRow(count - 1);
     default:
         event->ignore();
     }

@@ -4,12 +4,14 @@
 
 #include <cstddef>
 #include <functional>
+#include <unordered_map>
 #include <vector>
 
 namespace reelkeep {
 
-/// A list that builds only the rows in view and uses them again while it scrolls. All rows have one height: that of the
-/// row that needs most.
+/// A list whose rows are as high as their own contents need. It builds widgets for the rows in view only, reuses them
+/// while it scrolls, and measures no row that is far from the view. Its scroll bar therefore counts rows, each in a
+/// fixed number of steps, instead of pixels.
 class RowList : public QAbstractScrollArea {
     Q_OBJECT
 
@@ -25,21 +27,26 @@ public:
         std::function<QString(std::size_t index)> description; ///< What a screen reader says for a row.
         std::function<QString(std::size_t index)> copiedText;  ///< What Ctrl+C puts on the clipboard.
     };
+    /// The row that shows a record now that was in `row` before; -1 if it is gone.
+    using Moved = std::function<int(int row)>;
 
     explicit RowList(Source rowSource, QWidget* parent = nullptr);
 
-    /// The records are others now: shows them from the top. `tallest` is the index of the one that needs most room.
-    void reload(std::size_t count, std::size_t tallest);
+    /// Shows other records. The topmost row and the current one are followed to where `moved` finds them; without the
+    /// topmost the list starts from its top.
+    void reload(
+        std::size_t newCount, const Moved& moved = [](int) { return -1; });
 
-    int rowCount() const { return int(count); }
+    int rowCount() const { return count; }
     int currentRow() const { return current; }
     void setCurrentRow(int row);
     QString description(int row) const { return source.description(std::size_t(row)); }
-    /// Where a row stands in the viewport, also outside of what is visible.
+    /// The place of a row in the viewport. For a row out of view it is an estimate, out of view too.
     QRect rowRect(int row) const;
-    int rowAt(QPoint place) const;
-    /// How many row widgets exist (tests ask this).
-    std::size_t builtRowCount() const { return rows.size(); }
+    /// The row in view at a point, or -1.
+    int rowAt(QPoint point) const;
+    /// How many row widgets exist (for tests).
+    std::size_t builtRowCount() const { return widgets.size(); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -48,6 +55,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void scrollContentsBy(int dx, int dy) override;
+    void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
@@ -55,21 +63,40 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    struct Slot {
+    struct RowWidget {
         Row row;
         int shownIndex = -1;
     };
+    /// What stands at the upper edge: a row, and how many of its pixels have been scrolled past.
+    struct Position {
+        int row = 0;
+        int offset = 0;
+    };
+    enum class Rounding { down, up };
+
+    int availableHeight() const;
+    int availableWidth() const;
+    int heightOf(int row);
+    Position position();
+    Position positionEndingWith(int row);
+    int scrollValue(const Position& place, Rounding rounding);
     void measure();
     void placeRows();
     void revealRow(int row);
+    void scrollBy(int pixels);
+    void go(int row, int pixels);
+    int rowAPageFrom(int row, int direction);
 
     Source source;
-    std::size_t count = 0;
-    std::size_t tallestRow = 0;
-    int rowHeight = 49;
+    int count = 0;
     int current = -1;
     Row measuringRow;
-    std::vector<Slot> rows;
+    std::unordered_map<int, int> heights; ///< Of rows measured since width, font or records last changed.
+    Position last;                        ///< The position at the end of the list.
+    std::vector<RowWidget> widgets;
+    int firstInView = 0;
+    std::vector<int> edges; ///< The upper edge of each row in view, and the lower edge of the last.
+    int wheelRemainder = 0; ///< Eighths of degrees times pixels, too little so far for a pixel.
 };
 
 } // namespace reelkeep

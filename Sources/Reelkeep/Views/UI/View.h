@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -167,16 +168,16 @@ void restoreTabOrder(QWidget* root);
 template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build);
 
-/// A scrolling list that builds only the rows in view. It is reset when it is given another list, even an equal one: to
-/// compare a million items takes several frames.
+/// A scrolling list that builds only the rows in view. When it is given other items it stays at the same ones, known by
+/// their ids, as long as they are still about there.
 template <class Items>
 struct ListContent {
     using Item = std::remove_cvref_t<decltype(std::declval<const Items&>()[0])>;
-    std::function<Items()> items; ///< A list that is cheap to copy and knows whether it `isSharedWith` another.
+    std::function<Items()> items; ///< Immutable, and shared by its copies instead of copied.
+    std::function<std::string_view(const Item&)> id;
     std::function<View(std::function<const Item&()>)> row;
     std::function<QString(const Item&)> description;
     std::function<QString(const Item&)> copiedText;
-    std::function<std::size_t(const Items&)> tallest; ///< Index of the item whose row needs most room.
 };
 template <class Items>
 View List(const QString& name, ListContent<Items> content);

@@ -41,6 +41,20 @@ View ForEach(int spacing, std::function<std::vector<Item>()> items, std::functio
     return column;
 }
 
+/// The index nearest to `index` for which `isIt`, or -1. Looks no further than takes a fraction of a frame.
+template <class Predicate>
+int nearestIndex(int index, int count, const Predicate& isIt)
+{
+    constexpr int reach = 1000;
+    for (int distance = 0; distance <= reach; ++distance) {
+        for (const int candidate : {index - distance, index + distance}) {
+            if (candidate >= 0 && candidate < count && isIt(std::size_t(candidate)))
+                return candidate;
+        }
+    }
+    return -1;
+}
+
 template <class Items>
 View List(const QString& name, ListContent<Items> content)
 {
@@ -62,10 +76,15 @@ View List(const QString& name, ListContent<Items> content)
     list->setAccessibleName(name);
     return {list, {[list, shown, content = std::move(content)] {
                 Items now = content.items();
-                if (now.isSharedWith(*shown))
+                const bool isSameStorage = now.size() == shown->size() && (now.size() == 0 || &now[0] == &(*shown)[0]);
+                if (isSameStorage)
                     return;
-                *shown = std::move(now);
-                list->reload(shown->size(), content.tallest(*shown));
+                const Items before = std::exchange(*shown, std::move(now));
+                list->reload(shown->size(), [&](int row) {
+                    const auto id = content.id(before[std::size_t(row)]);
+                    return nearestIndex(row, int(shown->size()),
+                                        [&](std::size_t index) { return content.id((*shown)[index]) == id; });
+                });
             }}};
 }
 

@@ -195,7 +195,7 @@ protected:
     {
         list.resize(400, 220);
         showActive(list);
-        list.reload(100'000, 0);
+        list.reload(100'000);
         list.setAccessibleName(QStringLiteral("Videos pendientes"));
     }
     QAccessibleInterface& interface() { return spoken(list); }
@@ -261,7 +261,7 @@ TEST_F(AccessibleList, learnsThatARowIsGone)
 {
     QAccessibleInterface* item = interface().child(50);
     ASSERT_TRUE(item->isValid());
-    list.reload(10, 0);
+    list.reload(10);
     EXPECT_FALSE(item->isValid());
     EXPECT_TRUE(item->state().invalid);
     EXPECT_EQ(item->text(QAccessible::Name), QString());
@@ -276,7 +276,7 @@ TEST_F(AccessibleList, survivesTenThousandChangesOfTheRecordsItIsReading)
     list.setFocus();
     for (std::size_t change = 0; change < 10'000; ++change) {
         const std::size_t count = change * 7919 % 1000;
-        list.reload(count, count / 2);
+        list.reload(count);
         QTest::keyClick(&list, change % 3 ? Qt::Key_Down : Qt::Key_End);
         for (std::size_t index = 0; index < held.size(); ++index) {
             const int row = std::vector<int>{0, 1, 7, 40, 999}[index];
@@ -302,7 +302,7 @@ TEST_F(Accessible, holdsRowsThatOutliveTheirList)
                                                       },
                                                   .description = [](std::size_t) { return QStringLiteral("x"); },
                                                   .copiedText = [](std::size_t) { return QString(); }});
-    list->reload(10, 0);
+    list->reload(10);
     const QAccessible::Id id = QAccessible::uniqueId(spoken(*list).child(3));
     list.reset();
     QAccessibleInterface* item = QAccessible::accessibleInterface(id);

@@ -295,10 +295,10 @@ TEST_F(ViewForEach, canBecomeEmptyAndFillAgain)
 
 class ViewList : public testing::Test {
 protected:
-    static VideoList videos(int count)
+    static VideoList videos(int begin, int end)
     {
         std::vector<VideoFile> made;
-        for (int number = 0; number < count; ++number) {
+        for (int number = begin; number < end; ++number) {
             const std::string name = "MVI_" + std::to_string(number) + ".MOV";
             made.push_back({.id = name, .url = {}, .relativePath = name, .fileName = name, .size = 1, .createdAt = {}});
         }
@@ -307,23 +307,24 @@ protected:
     View make()
     {
         return VStack(
-            {}, {List<VideoList>(QStringLiteral("Videos"),
-                                 {.items = [this] { return items; },
-                                  .row =
-                                      [](const std::function<const VideoFile&()>& video) {
-                                          return HStack({}, {VStack({}, {Text([video] {
-                                                                             return video().fileName;
-                                                                         }).selectableByMouse()}),
-                                                             Spacer()});
-                                      },
-                                  .description = [](const VideoFile& video) { return displayText(video.fileName); },
-                                  .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); },
-                                  .tallest = [](const VideoList& videos) { return videos.longestPath(); }})});
+            {},
+            {List<VideoList>(QStringLiteral("Videos"),
+                             {.items = [this] { return items; },
+                              .id = [](const VideoFile& video) { return std::string_view(video.id); },
+                              .row =
+                                  [](const std::function<const VideoFile&()>& video) {
+                                      return HStack(
+                                          {},
+                                          {VStack({}, {Text([video] { return video().fileName; }).selectableByMouse()}),
+                                           Spacer()});
+                                  },
+                              .description = [](const VideoFile& video) { return displayText(video.fileName); },
+                              .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); }})});
     }
     void scrollTo(int position) const { list.verticalScrollBar()->setValue(position); }
     int position() const { return list.verticalScrollBar()->value(); }
 
-    VideoList items = videos(1000);
+    VideoList items = videos(0, 1000);
     Shown shown{make()};
     RowList& list = shown.find<RowList>();
 };
@@ -347,13 +348,42 @@ TEST_F(ViewList, keepsScrollPositionAndSelectionWhileTheListIsTheSame)
     EXPECT_TRUE(text->hasSelection());
 }
 
-TEST_F(ViewList, beginsAtTheTopWhenTheItemsChange)
+TEST_F(ViewList, keepsScrollPositionAndSelectionWhenTheItemsAreEqual)
 {
     scrollTo(5000);
-    items = videos(999);
+    list.setCurrentRow(105);
+    const int before = position();
+    TextWidget* text = shownTexts(list).front();
+    text->selectAll();
+    items = videos(0, 1000);
+    shown.refresh();
+    EXPECT_EQ(position(), before);
+    EXPECT_EQ(list.currentRow(), 105);
+    EXPECT_TRUE(text->hasSelection());
+}
+
+TEST_F(ViewList, staysAtItsItemsWhenOthersComeOrGo)
+{
+    scrollTo(200 * 49 + 7);
+    list.setCurrentRow(203);
+    items = videos(150, 1000);
+    shown.refresh();
+    EXPECT_EQ(position(), 50 * 49 + 7);
+    EXPECT_EQ(list.currentRow(), 53);
+    items = videos(100, 204);
+    shown.refresh();
+    EXPECT_EQ(list.currentRow(), 103);
+    EXPECT_TRUE(list.viewport()->rect().contains(list.rowRect(103)));
+}
+
+TEST_F(ViewList, beginsAtTheTopWhenItsItemsAreGone)
+{
+    scrollTo(5000);
+    items = videos(2000, 3000);
     shown.refresh();
     EXPECT_EQ(position(), 0);
-    EXPECT_EQ(list.rowCount(), 999);
+    EXPECT_EQ(list.currentRow(), 0);
+    EXPECT_EQ(list.rowCount(), 1000);
 }
 
 TEST_F(ViewList, makesRoomForThePathsItShowsNow)
@@ -367,7 +397,8 @@ TEST_F(ViewList, makesRoomForThePathsItShowsNow)
     deep.relativePath = deep.fileName;
     items = {items[1], deep};
     shown.refresh();
-    EXPECT_GT(list.rowRect(0).height(), before);
+    EXPECT_EQ(list.rowRect(0).height(), before);
+    EXPECT_GT(list.rowRect(1).height(), before);
     letEventsPass();
     for (const TextWidget* text : shownTexts(list))
         EXPECT_FALSE(text->isCut()) << text->text().toStdString();
