@@ -75,7 +75,7 @@ void makeTree(const Location& root, SampleKind kind, std::size_t count)
 std::vector<VideoFile> sampleVideos(SampleKind kind, std::size_t begin, std::size_t end)
 {
     const std::string root = "/media/user/SAMPLE/";
-    SharedTextMaker paths;
+    SharedTextArena paths;
     std::vector<VideoFile> videos;
     for (std::size_t number = begin; number < end; ++number) {
         const Sample made = sample(kind, number);

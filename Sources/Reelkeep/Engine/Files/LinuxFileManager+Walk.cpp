@@ -25,7 +25,7 @@ void LinuxFileManager::regularFiles(const Location& root, const NameFilter& want
 {
     FolderReaders readers(root, wanted, stop, diskHolding(root).walkers);
     readers.waitFor(readers.topFolder());
-    SharedTextMaker paths;
+    SharedTextArena paths;
     std::string path = root.path();
     if (path.back() != '/')
         path += '/';

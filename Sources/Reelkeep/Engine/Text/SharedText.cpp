@@ -17,9 +17,9 @@ SharedText::Block* SharedText::Block::make(std::size_t capacity)
     return made;
 }
 
-void SharedText::Block::write(std::size_t place, std::string_view text)
+void SharedText::Block::write(std::size_t offset, std::string_view text)
 {
-    *std::copy(text.begin(), text.end(), bytes() + place) = '\0';
+    *std::copy(text.begin(), text.end(), bytes() + offset) = '\0';
 }
 
 void SharedText::Block::destroy()
@@ -55,7 +55,7 @@ std::ostream& operator<<(std::ostream& stream, const SharedText& text)
     return stream << std::string_view(text);
 }
 
-SharedText SharedTextMaker::joined(std::string_view one, std::string_view other)
+SharedText SharedTextArena::joined(std::string_view one, std::string_view other)
 {
     constexpr std::size_t usualCapacity = std::size_t(16) << 10;
     const std::size_t length = one.size() + other.size();

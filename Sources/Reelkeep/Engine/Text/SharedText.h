@@ -12,8 +12,8 @@
 
 namespace reelkeep {
 
-/// An immutable text that may share its storage with others, such as a path with the name at its end. Copying it, and
-/// taking its end, makes no new text. A value like any other: any thread may hold a copy.
+/// An immutable text that may share its storage with others, such as a path with the name at its end. Neither copying
+/// it nor taking its end allocates. It is a plain value: any thread may hold a copy.
 class SharedText {
 public:
     SharedText() = default;
@@ -39,7 +39,7 @@ public:
             block->release();
     }
 
-    /// Ends with a zero byte that is not counted.
+    /// Ends with a zero byte that `size` does not count.
     const char* c_str() const { return block ? block->bytes() + begin : ""; }
     std::size_t size() const { return length; }
     bool empty() const { return length == 0; }
@@ -47,7 +47,7 @@ public:
     operator std::string_view() const { return {c_str(), length}; }
     operator std::string() const { return {c_str(), length}; }
 
-    /// What follows the first `count` bytes, sharing their storage.
+    /// The text after its first `count` bytes, in the same storage.
     SharedText from(std::size_t count) const;
 
     template <std::convertible_to<std::string_view> Other>
@@ -60,16 +60,16 @@ public:
     friend std::ostream& operator<<(std::ostream& stream, const SharedText& text);
 
 private:
-    friend class SharedTextMaker;
-    /// Followed by its bytes.
+    friend class SharedTextArena;
+    /// Reference-counted storage; its bytes follow it in memory.
     struct Block {
         std::atomic<std::uint32_t> users{0};
         std::uint32_t capacity = 0;
 
         static Block* make(std::size_t capacity);
         char* bytes() { return reinterpret_cast<char*>(this + 1); }
-        /// Writes a text and the zero byte after it.
-        void write(std::size_t place, std::string_view text);
+        /// Writes a text, followed by a zero byte.
+        void write(std::size_t offset, std::string_view text);
         void release()
         {
             if (users.fetch_sub(1, std::memory_order_acq_rel) == 1)
@@ -84,19 +84,19 @@ private:
             block->users.fetch_add(1, std::memory_order_relaxed);
     }
 
-    Block* block = nullptr; ///< None for the empty text.
+    Block* block = nullptr; ///< Null for the empty text.
     std::uint32_t begin = 0;
     std::uint32_t length = 0;
 };
 
-/// Makes many texts that share a few large blocks: a block for each would take more room than most texts, and time.
-/// One thread at a time; the texts may go anywhere.
-class SharedTextMaker {
+/// Makes many texts in a few large blocks, because a block for each would take more memory than most texts, and time.
+/// Not thread-safe itself; the texts may go to any thread.
+class SharedTextArena {
 public:
     SharedText joined(std::string_view one, std::string_view other);
 
 private:
-    SharedText current; ///< Keeps the block that is being filled.
+    SharedText current; ///< Owns the block being filled.
     std::size_t used = 0;
 };
 

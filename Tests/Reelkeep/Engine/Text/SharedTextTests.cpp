@@ -60,12 +60,12 @@ TEST(SharedText, isHashedByItsBytes)
     EXPECT_NE(hash(SharedText("CLIP.MOV")), hash(SharedText("clip.mov")));
 }
 
-TEST(SharedTextMaker, makesTextsOfAnyLengthThatStay)
+TEST(SharedTextArena, makesTextsOfAnyLengthThatStay)
 {
     std::vector<std::string> expected;
     std::vector<SharedText> made;
     {
-        SharedTextMaker texts;
+        SharedTextArena texts;
         for (std::size_t length = 0; length < 300; ++length) {
             const std::string folder(length * length, 'f');
             const std::string name(length, 'n');
@@ -79,9 +79,9 @@ TEST(SharedTextMaker, makesTextsOfAnyLengthThatStay)
     }
 }
 
-TEST(SharedTextMaker, makesTextsThatOtherThreadsMayLetGoOfMeanwhile)
+TEST(SharedTextArena, makesTextsThatOtherThreadsMayLetGoOfMeanwhile)
 {
-    SharedTextMaker texts;
+    SharedTextArena texts;
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         std::vector<SharedText> made(1000);
