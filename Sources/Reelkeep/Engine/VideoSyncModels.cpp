@@ -1,6 +1,5 @@
 #include "VideoSyncModels.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <system_error>
 #include <thread>
@@ -10,8 +9,8 @@ namespace reelkeep {
 
 namespace {
 
-/// Freeing a million records takes long enough to be seen, and whoever lets go of a list last may be the interface
-/// thread: a long list ends on a thread of its own.
+/// Freeing a million records takes several frames, and the last owner of a list may be the interface thread: a long
+/// list is freed on a thread of its own.
 void destroyRecords(const VideoList::Records* videos)
 {
     constexpr std::size_t quicklyFreed = 10'000;
@@ -19,7 +18,7 @@ void destroyRecords(const VideoList::Records* videos)
         try {
             std::thread([videos] { delete videos; }).detach();
             return;
-        } catch (const std::system_error&) { // No thread left: it ends here.
+        } catch (const std::system_error&) { // No thread left: it is freed here.
         }
     }
     delete videos;
@@ -27,30 +26,7 @@ void destroyRecords(const VideoList::Records* videos)
 
 } // namespace
 
-VideoList::VideoList(Records videos) : count(videos.size())
-{
-    for (std::size_t index = 1; index < count; ++index) {
-        if (videos[index].relativePath.size() > videos[longest].relativePath.size())
-            longest = index;
-    }
-    if (count > 0)
-        parts.push_back(std::shared_ptr<const Records>(new Records(std::move(videos)), destroyRecords));
-}
-
-void VideoList::append(const VideoList& other)
-{
-    const bool isLonger =
-        !other.empty() && (empty() || other[other.longest].relativePath.size() > (*this)[longest].relativePath.size());
-    if (isLonger)
-        longest = count + other.longest;
-    parts.insert(parts.end(), other.parts.begin(), other.parts.end());
-    count += other.count;
-}
-
-bool VideoList::operator==(const VideoList& other) const
-{
-    return isSharedWith(other) || (count == other.count && std::equal(begin(), end(), other.begin()));
-}
+VideoList::VideoList(Records videos) : records(new Records(std::move(videos)), destroyRecords) {}
 
 std::string errorDescription(VideoSyncError error)
 {

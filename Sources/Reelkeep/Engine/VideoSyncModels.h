@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <deque>
 #include <initializer_list>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,7 +18,7 @@
 namespace reelkeep {
 
 /// One video file found below a scanned root. The scanner lets its four texts share one storage: a million records
-/// of separate texts took 364 MB.
+/// with separate texts took 364 MB.
 struct VideoFile {
     SharedText id;           ///< Identity of list rows; the scanner makes it equal to `relativePath`.
     Location url;            ///< Where the file was found.
@@ -32,87 +31,33 @@ struct VideoFile {
     bool operator==(const VideoFile&) const = default;
 };
 
-/// An immutable list of records, shared instead of copied: handing a million records to another thread, or joining two
-/// lists, costs nothing, and neither does letting go of them.
+/// An immutable list of records. Copies share the records: handing a million of them to another thread costs nothing,
+/// and neither does giving them up.
 class VideoList {
 public:
-    /// Grows without moving its records: a vector would hold them twice meanwhile.
+    /// Grows without moving its records; a vector would hold them twice while it grows.
     using Records = std::deque<VideoFile>;
-    class Iterator;
 
-    VideoList() = default;
+    VideoList() : VideoList(Records()) {}
     VideoList(Records videos);
     VideoList(const std::vector<VideoFile>& videos) : VideoList(Records(videos.begin(), videos.end())) {}
     VideoList(std::initializer_list<VideoFile> videos) : VideoList(Records(videos)) {}
+    // Without moves, no list is ever left without records.
+    VideoList(const VideoList&) = default;
+    VideoList& operator=(const VideoList&) = default;
+    ~VideoList() = default;
 
-    /// Puts the records of another list behind these.
-    void append(const VideoList& other);
+    std::size_t size() const { return records->size(); }
+    bool empty() const { return records->empty(); }
+    const VideoFile& operator[](std::size_t index) const { return (*records)[index]; }
+    Records::const_iterator begin() const { return records->begin(); }
+    Records::const_iterator end() const { return records->end(); }
 
-    std::size_t size() const { return count; }
-    bool empty() const { return count == 0; }
-    const VideoFile& operator[](std::size_t index) const;
-    Iterator begin() const;
-    Iterator end() const;
-    /// Index of the first record with the longest relative path; 0 in an empty list. Known since the list was made.
-    std::size_t longestPath() const { return longest; }
-    /// The same records, not only equal ones; told at once.
-    bool isSharedWith(const VideoList& other) const { return parts == other.parts; }
-
-    bool operator==(const VideoList& other) const;
+    bool operator==(const VideoList& other) const { return records == other.records || *records == *other.records; }
 
 private:
-    std::vector<std::shared_ptr<const Records>> parts; ///< As many as folders were scanned, at most.
-    std::size_t count = 0;
-    std::size_t longest = 0;
+    std::shared_ptr<const Records> records;
 };
-
-class VideoList::Iterator {
-public:
-    using iterator_category = std::forward_iterator_tag;
-    using value_type = VideoFile;
-    using difference_type = std::ptrdiff_t;
-    using pointer = const VideoFile*;
-    using reference = const VideoFile&;
-
-    Iterator() = default;
-    Iterator(const VideoList& iterated, std::size_t first) : list(&iterated), index(first) {}
-
-    reference operator*() const { return (*list)[index]; }
-    pointer operator->() const { return &**this; }
-    Iterator& operator++()
-    {
-        ++index;
-        return *this;
-    }
-    Iterator operator++(int) { return {*list, index++}; }
-    bool operator==(const Iterator&) const = default;
-    difference_type operator-(const Iterator& other) const
-    {
-        return static_cast<difference_type>(index) - static_cast<difference_type>(other.index);
-    }
-
-private:
-    const VideoList* list = nullptr;
-    std::size_t index = 0;
-};
-
-inline const VideoFile& VideoList::operator[](std::size_t index) const
-{
-    auto part = parts.begin();
-    for (; index >= (*part)->size(); ++part)
-        index -= (*part)->size();
-    return (**part)[index];
-}
-
-inline VideoList::Iterator VideoList::begin() const
-{
-    return {*this, 0};
-}
-
-inline VideoList::Iterator VideoList::end() const
-{
-    return {*this, count};
-}
 
 /// What one analysis found.
 struct ScanSummary {
@@ -127,7 +72,7 @@ struct ScanSummary {
 /// What one copy run did.
 struct CopySummary {
     std::int64_t copiedCount = 0;
-    std::int64_t skippedCount = 0; ///< Not copied because something already stood at the target.
+    std::int64_t skippedCount = 0; ///< Not copied because the target already existed.
     Location destinationRoot;
 
     bool operator==(const CopySummary&) const = default;
@@ -135,14 +80,14 @@ struct CopySummary {
 
 /// One progress report of a copy run.
 struct CopyProgress {
-    std::int64_t completedCount = 0; ///< Position of the file now being handled; the total in the last report.
+    std::int64_t completedCount = 0; ///< Zero-based index of the current file; the total in the last report.
     std::int64_t totalCount = 0;
     std::string currentFileName; ///< Empty only for an empty run.
 
     bool operator==(const CopyProgress&) const = default;
 };
 
-/// Choices that an operation needs and does not have.
+/// Choices that an operation needs and the user has not made.
 enum class VideoSyncError { sourceFolderMissing, destinationFolderMissing, destinationReviewFoldersMissing };
 
 /// The text shown to the user.

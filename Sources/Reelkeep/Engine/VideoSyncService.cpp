@@ -23,20 +23,20 @@ bool isVideo(std::string_view fileName)
     return VideoSyncService::supportedExtensions().count(lowercased(fileName.substr(dot + 1))) != 0;
 }
 
-/// Not a cut of the prefix: every occurrence goes, also one in the middle of the path.
+/// Removes every occurrence, not only the prefix.
 SharedText removingOccurrences(const SharedText& text, std::string_view part)
 {
     const std::string_view whole = text;
     const bool isPrefix = whole.substr(0, part.size()) == part;
     if (isPrefix && whole.find(part, part.size()) == std::string_view::npos)
-        return text.from(part.size()); // Nearly always; shares the path's storage.
+        return text.from(part.size()); // The usual case, which allocates nothing.
     std::string rest(whole);
     for (auto found = rest.find(part); found != std::string::npos; found = rest.find(part, found))
         rest.erase(found, part.size());
     return rest;
 }
 
-VideoList scanRoot(const Location& root, const FileManager& fileManager, const std::stop_token& stop)
+VideoList::Records scanRoot(const Location& root, const FileManager& fileManager, const std::stop_token& stop)
 {
     const std::string rootPrefix = root.path() + "/";
     VideoList::Records videos;
@@ -54,17 +54,17 @@ VideoList scanRoot(const Location& root, const FileManager& fileManager, const s
     return videos;
 }
 
-/// What became of one of several roots.
+/// The outcome for one of several roots.
 struct RootScan {
-    VideoList videos;
+    VideoList::Records videos;
     std::exception_ptr failure;
     std::stop_source stop;
 };
 
-/// Scans each root, those on different disks at the same time and those on one disk one after the other, and ends as
-/// if all had been scanned in their order: with the lists, or the error of the first that has one.
-std::vector<VideoList> scanRoots(const std::vector<Location>& roots, const FileManager& fileManager,
-                                 const std::stop_token& stop)
+/// Scans roots on different disks at the same time and those on one disk one after the other. The outcome is that of
+/// scanning all in order: the lists, or the error of the first root that fails.
+std::vector<VideoList::Records> scanRoots(const std::vector<Location>& roots, const FileManager& fileManager,
+                                          const std::stop_token& stop)
 {
     std::vector<RootScan> scans(roots.size());
     const auto stopFrom = [&scans](std::size_t first) {
@@ -78,7 +78,7 @@ std::vector<VideoList> scanRoots(const std::vector<Location>& roots, const FileM
                 scans[i].videos = scanRoot(roots[i], fileManager, scans[i].stop.get_token());
             } catch (...) {
                 scans[i].failure = std::current_exception();
-                stopFrom(i + 1); // Nobody waits for them any more.
+                stopFrom(i + 1); // Their outcomes no longer count.
                 return;
             }
         }
@@ -89,7 +89,7 @@ std::vector<VideoList> scanRoots(const std::vector<Location>& roots, const FileM
         turnsOfDisks[fileManager.diskHolding(roots[i]).id].push_back(i);
     {
         std::vector<std::jthread> others;
-        std::vector<std::size_t> own; // One disk's, and those of the disks that there is no thread for.
+        std::vector<std::size_t> own; // Of one disk, and of those for which there is no thread left.
         for (const auto& disk : turnsOfDisks) {
             try {
                 if (own.empty())
@@ -103,7 +103,7 @@ std::vector<VideoList> scanRoots(const std::vector<Location>& roots, const FileM
         std::sort(own.begin(), own.end());
         scanInTurn(own);
     }
-    std::vector<VideoList> lists;
+    std::vector<VideoList::Records> lists;
     for (RootScan& scan : scans) {
         if (scan.failure)
             std::rethrow_exception(scan.failure);
@@ -112,11 +112,16 @@ std::vector<VideoList> scanRoots(const std::vector<Location>& roots, const FileM
     return lists;
 }
 
-VideoList joined(const std::vector<VideoList>& lists)
+/// Moves all records into the first list, freeing the others on the way: there is no room for them twice.
+VideoList joined(std::vector<VideoList::Records> lists)
 {
-    VideoList all;
-    for (const VideoList& list : lists)
-        all.append(list);
+    VideoList::Records all;
+    for (VideoList::Records& list : lists) {
+        if (all.empty())
+            all.swap(list);
+        for (; !list.empty(); list.pop_front())
+            all.push_back(std::move(list.front()));
+    }
     return all;
 }
 
@@ -146,11 +151,11 @@ ScanSummary VideoSyncService::analyse(const Location& source, const std::vector<
 {
     std::vector<Location> roots = {source};
     roots.insert(roots.end(), reviewed.begin(), reviewed.end());
-    std::vector<VideoList> lists = scanRoots(roots, fileManager, stop);
+    std::vector<VideoList::Records> lists = scanRoots(roots, fileManager, stop);
     ScanSummary found;
     found.sourceVideos = std::move(lists.front());
     lists.erase(lists.begin());
-    found.destinationVideos = joined(lists);
+    found.destinationVideos = joined(std::move(lists));
     found.missingVideos = missingVideos(found.sourceVideos, found.destinationVideos);
     found.scannedDestinationRoots = reviewed;
     return found;

@@ -80,12 +80,8 @@ void VideoSyncViewModel::beginScan(Continuation afterwards)
     if (!write(fields.isScanning, true) || !write(fields.statusMessage, "Escaneando videos..."))
         return;
     runInBackground<ScanSummary>(
-        [source = *source, reviewed, files = fileManager, shown = fields.missingVideos](const std::stop_token& stop) {
-            ScanSummary found = VideoSyncService::analyse(source, reviewed, *files, stop);
-            // An equal list stays the same object, so the window needs only a pointer comparison.
-            if (found.missingVideos == shown)
-                found.missingVideos = shown;
-            return found;
+        [source = *source, reviewed, files = fileManager](const std::stop_token& stop) {
+            return VideoSyncService::analyse(source, reviewed, *files, stop);
         },
         [this, afterwards = std::move(afterwards)](Outcome<ScanSummary> outcome) {
             applyScan(std::move(outcome), afterwards);

@@ -78,55 +78,6 @@ TEST(VideoList, sharesItsRecordsWithItsCopies)
     EXPECT_EQ(&*list.begin(), &*copy.begin());
 }
 
-TEST(VideoList, joinsListsWithoutCopyingTheirRecords)
-{
-    const std::vector<VideoFile> videos = clipsWithOneFieldChanged();
-    const VideoList first(std::vector<VideoFile>(videos.begin(), videos.begin() + 2));
-    const VideoList rest(std::vector<VideoFile>(videos.begin() + 2, videos.end()));
-    VideoList joined;
-    for (const VideoList& part : {VideoList(), first, VideoList(), rest})
-        joined.append(part);
-    EXPECT_EQ(joined, VideoList(videos));
-    EXPECT_NE(joined, rest);
-    EXPECT_EQ(std::vector<VideoFile>(joined.begin(), joined.end()), videos);
-    EXPECT_EQ(&joined[0], &first[0]);
-    EXPECT_EQ(&joined[videos.size() - 1], &rest[rest.size() - 1]);
-}
-
-TEST(VideoList, isSharedWithItsCopiesAlone)
-{
-    const VideoList list = {clip()};
-    const VideoList copy = list;
-    EXPECT_TRUE(list.isSharedWith(copy));
-    EXPECT_FALSE(list.isSharedWith(VideoList({clip()})));
-    EXPECT_TRUE(VideoList().isSharedWith(VideoList()));
-}
-
-TEST(VideoList, knowsItsFirstLongestPath)
-{
-    const auto clips = [](std::initializer_list<const char*> paths) {
-        VideoList::Records videos;
-        for (const char* path : paths) {
-            VideoFile video = clip();
-            video.relativePath = path;
-            videos.push_back(video);
-        }
-        return VideoList(videos);
-    };
-    EXPECT_EQ(VideoList().longestPath(), 0U);
-    EXPECT_EQ(clips({"aaa", "b", "cc"}).longestPath(), 0U);
-    EXPECT_EQ(clips({"a", "bbb", "ccc", "d"}).longestPath(), 1U);
-
-    VideoList joined;
-    joined.append(VideoList());
-    joined.append(clips({"a", "bb"}));
-    EXPECT_EQ(joined.longestPath(), 1U);
-    joined.append(clips({"c", "dd"}));
-    EXPECT_EQ(joined.longestPath(), 1U);
-    joined.append(clips({"e", "f", "ggg"}));
-    EXPECT_EQ(joined.longestPath(), 6U);
-}
-
 TEST(VideoSyncError, hasOneTextPerCase)
 {
     EXPECT_EQ(errorDescription(VideoSyncError::sourceFolderMissing), "Selecciona primero la carpeta de origen.");

@@ -77,19 +77,6 @@ TEST_F(ScanWorkflow, announcesEqualResultsToo)
                      "isScanning = false"}));
 }
 
-TEST_F(ScanWorkflow, keepsTheListOfWhatIsMissingWhereItIsEqual)
-{
-    prepare();
-    scan();
-    const VideoList before = session->missingVideos();
-    ASSERT_EQ(before.size(), 1U);
-    scan();
-    EXPECT_TRUE(session->missingVideos().isSharedWith(before));
-    files->add("/card/DCIM/c.mov");
-    scan();
-    EXPECT_EQ(session->missingVideos().size(), 2U);
-}
-
 TEST_F(ScanWorkflow, touchesNothingElseWhileItRuns)
 {
     prepare();
