@@ -1,3 +1,4 @@
+#include "Parallel.h"
 #include "Text/TextOrder.h"
 #include "VideoSyncService.h"
 
@@ -5,9 +6,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,19 +16,19 @@ namespace reelkeep {
 
 namespace {
 
-/// Videos by what `matchKey` says of them, without making that text.
+/// A hash table of videos by their `matchKey`, which it compares without making that text.
 ///
-/// One flat array, searched from the place that the hash tells. Whatever is found there is compared itself: a hash
-/// never decides. Made of the shorter list, it stays in the processor's cache where a card is compared with archives.
+/// Open addressing with linear probing; every hit is verified. It is built from the shorter list, so it stays in the
+/// processor's cache when a card is compared with large archives.
 class VideoTable {
 public:
     struct Slot {
-        const VideoFile* video = nullptr; ///< The first one with its key; none in an empty slot.
-        std::uint32_t tag = 0;            ///< Part of its hash: spares nearly every look at another video.
+        const VideoFile* video = nullptr; ///< The first one with its key; null in an empty slot.
+        std::uint32_t tag = 0;            ///< Part of its hash; avoids nearly all comparisons of different videos.
         bool isReviewed = false;
     };
 
-    /// Room for `count` videos, and as many empty slots, so that searches are short.
+    /// At most half of the slots are used by `count` videos, so that searches are short.
     explicit VideoTable(std::size_t count)
     {
         while ((std::size_t(1) << bits) < 2 * count)
@@ -35,10 +36,10 @@ public:
         slots.resize(std::size_t(1) << bits);
     }
 
-    /// The slot of the videos with this one's key; where there is none yet, the empty one that is theirs.
+    /// The slot of the videos with this one's key, or the empty slot where they belong.
     Slot& slotOf(const VideoFile& video) { return slotOf(video, hashOf(video)); }
 
-    /// The slot of the videos with this one's key, which is the first of them if there was none.
+    /// The same; puts this video into the slot if it was empty.
     Slot& insert(const VideoFile& video)
     {
         const std::uint64_t hash = hashOf(video);
@@ -51,15 +52,15 @@ public:
 private:
     Slot& slotOf(const VideoFile& video, std::uint64_t hash)
     {
-        for (std::size_t place = hash >> (64 - bits);; place = (place + 1) & (slots.size() - 1)) {
-            Slot& slot = slots[place];
+        for (std::size_t index = hash >> (64 - bits);; index = (index + 1) & (slots.size() - 1)) {
+            Slot& slot = slots[index];
             if (!slot.video || (slot.tag == tagOf(hash) && isSame(*slot.video, video)))
                 return slot;
         }
     }
     static std::uint64_t hashOf(const VideoFile& video)
     {
-        constexpr std::uint64_t spread = 0x9e3779b97f4a7c15; // odd: the upper bits come to depend on all others
+        constexpr std::uint64_t spread = 0x9e3779b97f4a7c15; // odd: makes the upper bits depend on all others
         return (foldedHash(video.fileName) + static_cast<std::uint64_t>(video.size)) * spread;
     }
     static std::uint32_t tagOf(std::uint64_t hash) { return static_cast<std::uint32_t>(hash); }
@@ -89,7 +90,7 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
     for (const VideoFile& video : source)
         slots.push_back(&table.insert(video));
     for (const VideoFile& video : reviewed)
-        table.slotOf(video).isReviewed = true; // of an empty slot too: nobody asks it
+        table.slotOf(video).isReviewed = true; // harmless for an empty slot: it is never read
     auto slot = slots.begin();
     for (const VideoFile& video : source)
         if (!(*slot++)->isReviewed)
@@ -97,7 +98,21 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
     return missing;
 }
 
-/// The first eight bytes of a key as a number that compares as they do.
+using Videos = std::vector<const VideoFile*>;
+
+/// A video with a key to sort it by. Most comparisons end in the key's first eight bytes, as a number that compares as
+/// they do, and spare a look elsewhere in memory.
+struct Keyed {
+    std::uint64_t firstBytes = 0;
+    std::string_view key;
+    const VideoFile* video = nullptr;
+
+    bool operator<(const Keyed& other) const
+    {
+        return firstBytes != other.firstBytes ? firstBytes < other.firstBytes : key < other.key;
+    }
+};
+
 std::uint64_t firstBytesOf(std::string_view key)
 {
     std::array<unsigned char, sizeof(std::uint64_t)> first = {};
@@ -108,47 +123,92 @@ std::uint64_t firstBytesOf(std::string_view key)
     return number;
 }
 
-using Videos = std::vector<const VideoFile*>;
-
-/// Sorts by one text of the videos, and those in which it is the same by `then`; stable.
-void sortBy(SharedText VideoFile::*text, const FileBrowserOrder& order, Videos::iterator begin, Videos::iterator end,
-            const std::function<void(Videos::iterator, Videos::iterator)>& then)
+/// Sorts `count` videos by one of their texts into `sorted`; stable. `keys` holds their keys.
+void sortBy(SharedText VideoFile::*text, const FileBrowserOrder& order, const VideoFile* const* videos,
+            std::size_t count, Keyed* sorted, std::string& keys)
 {
-    /// Most comparisons end in the key's first bytes, which need no look elsewhere in memory.
-    struct Keyed {
-        std::uint64_t firstBytes;
-        std::string_view key;
-        const VideoFile* video;
-    };
-    std::vector<std::string_view> texts;
-    texts.reserve(static_cast<std::size_t>(end - begin));
-    for (auto video = begin; video != end; ++video)
-        texts.emplace_back((*video)->*text);
-    const FileBrowserOrder::Keys keys = order.sortKeys(texts);
-    std::vector<Keyed> sorted;
-    sorted.reserve(texts.size());
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        sorted.push_back({firstBytesOf(keys[i]), keys[i], begin[static_cast<std::ptrdiff_t>(i)]});
-    std::stable_sort(sorted.begin(), sorted.end(), [](const Keyed& a, const Keyed& b) {
-        return a.firstBytes != b.firstBytes ? a.firstBytes < b.firstBytes : a.key < b.key;
-    });
-
-    std::transform(sorted.begin(), sorted.end(), begin, [](const Keyed& keyed) { return keyed.video; });
-    for (auto first = begin; then && first != end;) {
-        const auto last =
-            std::find_if(first, end, [&](const VideoFile* video) { return video->*text != (*first)->*text; });
-        if (last - first > 1)
-            then(first, last);
-        first = last;
+    std::size_t length = 256;
+    for (std::size_t i = 0; i < count; ++i)
+        length += 3 * (videos[i]->*text).size() + 2; // Hardly ever more.
+    keys.reserve(length);
+    std::vector<std::size_t> ends;
+    ends.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        order.appendSortKey(keys, videos[i]->*text);
+        ends.push_back(keys.size());
     }
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < count; begin = ends[i++]) {
+        const std::string_view key = std::string_view(keys).substr(begin, ends[i] - begin);
+        sorted[i] = {firstBytesOf(key), key, videos[i]};
+    }
+    std::stable_sort(sorted, sorted + count);
 }
 
-/// By name, and records of exactly the same name by relative path; whatever is equal in both keeps its order.
+/// The bounds of equal parts of `count` videos, one for each core if there are enough of them to be worth a thread.
+std::vector<std::size_t> evenBounds(std::size_t count)
+{
+    constexpr std::size_t worthAThread = 5'000;
+    const std::size_t parts =
+        std::clamp<std::size_t>(count / worthAThread, 1, std::max(1U, std::thread::hardware_concurrency()));
+    std::vector<std::size_t> bounds;
+    for (std::size_t part = 0; part <= parts; ++part)
+        bounds.push_back(count * part / parts);
+    return bounds;
+}
+
+void sortByName(Videos& videos, const std::string& locale)
+{
+    const std::vector<std::size_t> bounds = evenBounds(videos.size());
+    const std::size_t parts = bounds.size() - 1;
+    std::vector<Keyed> sorted(videos.size());
+    std::vector<std::string> keys(parts);
+    inParallel(parts, [&](std::size_t part) {
+        sortBy(&VideoFile::fileName, FileBrowserOrder(locale), videos.data() + bounds[part],
+               bounds[part + 1] - bounds[part], sorted.data() + bounds[part], keys[part]);
+    });
+    for (std::size_t width = 1; width < parts; width *= 2) {
+        for (std::size_t part = 0; part + width < parts; part += 2 * width)
+            std::inplace_merge(sorted.data() + bounds[part], sorted.data() + bounds[part + width],
+                               sorted.data() + bounds[std::min(part + 2 * width, parts)]);
+    }
+    std::transform(sorted.begin(), sorted.end(), videos.begin(), [](const Keyed& keyed) { return keyed.video; });
+}
+
+/// Sorts videos of exactly the same name, which stand side by side, by relative path.
+void sortNamesakesByPath(Videos& videos, const std::string& locale)
+{
+    const auto endOfNamesakes = [&videos](std::size_t first, std::size_t limit) {
+        std::size_t end = first + 1;
+        while (end < limit && videos[end]->fileName == videos[first]->fileName)
+            ++end;
+        return end;
+    };
+    std::vector<std::size_t> bounds = evenBounds(videos.size());
+    for (std::size_t part = 1; part + 1 < bounds.size(); ++part)
+        bounds[part] = endOfNamesakes(bounds[part] - 1, videos.size());
+    inParallel(bounds.size() - 1, [&](std::size_t part) {
+        const FileBrowserOrder order(locale);
+        for (std::size_t first = bounds[part]; first < bounds[part + 1];) {
+            const std::size_t count = endOfNamesakes(first, bounds[part + 1]) - first;
+            if (count > 1) {
+                std::vector<Keyed> sorted(count);
+                std::string keys;
+                sortBy(&VideoFile::relativePath, order, videos.data() + first, count, sorted.data(), keys);
+                for (std::size_t i = 0; i < count; ++i)
+                    videos[first + i] = sorted[i].video;
+            }
+            first += count;
+        }
+    });
+}
+
+/// By name, then by relative path; records that are equal in both keep their order.
 VideoList inFileBrowserOrder(Videos videos)
 {
-    const FileBrowserOrder order(collationLocale());
-    sortBy(&VideoFile::fileName, order, videos.begin(), videos.end(),
-           [&](auto first, auto last) { sortBy(&VideoFile::relativePath, order, first, last, nullptr); });
+    const std::string locale = collationLocale();
+    sortByName(videos, locale);
+    sortNamesakesByPath(videos, locale);
     VideoList::Records result;
     for (const VideoFile* video : videos)
         result.push_back(*video);

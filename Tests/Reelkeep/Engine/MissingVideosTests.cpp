@@ -1,3 +1,4 @@
+#include "Text/TextOrder.h"
 #include "VideoSyncService.h"
 
 #include <gtest/gtest.h>
@@ -5,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -126,6 +128,36 @@ TEST(MissingVideos, thatNothingOrdersKeepTheirOrder)
     for (const std::int64_t size : {3, 1, 2}) // Enough of them that an unstable sort would mix them.
         alike.insert(alike.end(), 100, video("c.mov", size));
     EXPECT_EQ(VideoSyncService::missingVideos(alike, {}), VideoList(alike));
+}
+
+TEST(MissingVideos, areOrderedTheSameWayWhenThereAreMany)
+{
+    setenv("LC_ALL", "es_ES.UTF-8", 1);
+    std::vector<VideoFile> videos;
+    for (int number = 0; number < 12'000; ++number) {
+        const std::string folder = std::to_string(number * 7919 % 12'000) + "/";
+        const std::string letter = std::vector<std::string>{"n", "ñ", "N", "o", "n\u0303"}[std::size_t(number % 5)];
+        videos.push_back(video(folder + letter + std::to_string(number * 31 % 3'000) + ".mov", number % 2));
+    }
+    const FileBrowserOrder order("es_ES.UTF-8");
+    std::vector<VideoFile> expected = videos;
+    std::stable_sort(expected.begin(), expected.end(), [&order](const VideoFile& one, const VideoFile& other) {
+        return one.fileName == other.fileName ? order.sortKey(one.relativePath) < order.sortKey(other.relativePath)
+                                              : order.sortKey(one.fileName) < order.sortKey(other.fileName);
+    });
+    EXPECT_EQ(VideoSyncService::missingVideos(videos, {}), VideoList(expected));
+    unsetenv("LC_ALL");
+}
+
+TEST(MissingVideos, areOrderedInTheLanguageOfTheUser)
+{
+    setenv("LC_ALL", "cs_CZ.UTF-8", 1); // In Czech, "ch" is a letter that follows "h".
+    EXPECT_EQ(missing({video("ch.mov"), video("d.mov"), video("hz.mov"), video("i.mov")}, {}),
+              (Paths{"d.mov", "hz.mov", "ch.mov", "i.mov"}));
+    setenv("LC_ALL", "C", 1);
+    EXPECT_EQ(missing({video("ch.mov"), video("d.mov"), video("hz.mov"), video("i.mov")}, {}),
+              (Paths{"ch.mov", "d.mov", "hz.mov", "i.mov"}));
+    unsetenv("LC_ALL");
 }
 
 /// Few different letters, so that equal and nearly equal names are frequent.

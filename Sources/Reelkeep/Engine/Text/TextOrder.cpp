@@ -36,8 +36,8 @@ std::string asciiLowercased(std::string_view text)
     return result;
 }
 
-/// FNV-1a of the text with ASCII's letters lower-cased, and whether all of it is ASCII: found out in the same pass,
-/// since it is asked for every name.
+/// FNV-1a of the text with ASCII letters lower-cased, and whether it is pure ASCII, in the same pass (called for every
+/// name).
 struct AsciiFoldedHash {
     std::uint64_t hash = 0xcbf29ce484222325;
     bool isOfAscii = true;
@@ -64,7 +64,7 @@ std::int32_t lengthOf(std::string_view text)
     return static_cast<std::int32_t>(text.size());
 }
 
-/// The next code point with its bytes; negative for bytes that are not UTF-8.
+/// A code point with its bytes; the code point is negative for bytes that are not UTF-8.
 struct Piece {
     UChar32 codePoint;
     std::string_view bytes;
@@ -173,7 +173,7 @@ std::string lowercased(std::string_view text)
 
 std::string foldedName(std::string_view name)
 {
-    if (isAscii(name)) // Nearly every name of a camera.
+    if (isAscii(name)) // Like nearly every name given by a camera.
         return asciiLowercased(name);
     // Composed once more at the end: some letters have a composed form in one letter case only.
     return composed(lowercased(composed(name)));
@@ -215,7 +215,7 @@ FileBrowserOrder::FileBrowserOrder(std::string_view localeName)
         language.clear();
     UErrorCode status = U_ZERO_ERROR;
     collator.reset(ucol_open(language.c_str(), &status));
-    if (U_FAILURE(status)) { // The environment may hold anything; a name that is no locale's must not fail a scan.
+    if (U_FAILURE(status)) { // The environment may hold anything; an unknown locale must not fail a scan.
         status = U_ZERO_ERROR;
         collator.reset(ucol_open("", &status));
         check(status);
@@ -224,25 +224,33 @@ FileBrowserOrder::FileBrowserOrder(std::string_view localeName)
     ucol_setAttribute(collator.get(), UCOL_STRENGTH, UCOL_TERTIARY, &status);
     ucol_setAttribute(collator.get(), UCOL_NORMALIZATION_MODE, UCOL_ON, &status); // Names may be decomposed.
     check(status);
-    rankAscii();
 }
 
 std::string FileBrowserOrder::sortKey(std::string_view text) const
 {
+    std::string key;
+    appendSortKey(key, text);
+    return key;
+}
+
+void FileBrowserOrder::appendSortKey(std::string& keys, std::string_view text) const
+{
+    constexpr std::size_t usualLength = 256;
     const std::u16string source = utf16(text);
-    const auto sourceLength = static_cast<std::int32_t>(source.size());
-    std::string key(4 * text.size() + 16, '\0');
-    for (;;) {
-        const std::int32_t needed =
-            ucol_getSortKey(collator.get(), source.data(), sourceLength, reinterpret_cast<std::uint8_t*>(key.data()),
-                            static_cast<std::int32_t>(key.size()));
-        const bool fits = static_cast<std::size_t>(needed) <= key.size();
-        key.resize(static_cast<std::size_t>(needed));
-        if (fits)
-            break;
-    }
-    // The key ends with its only zero byte, so what follows counts only between texts that collate as equal.
-    return key += text;
+    const std::size_t begin = keys.size();
+    const auto append = [&](std::size_t room) {
+        keys.resize(begin + room);
+        const std::int32_t length =
+            ucol_getSortKey(collator.get(), source.data(), static_cast<std::int32_t>(source.size()),
+                            reinterpret_cast<std::uint8_t*>(keys.data() + begin), static_cast<std::int32_t>(room));
+        return static_cast<std::size_t>(length);
+    };
+    std::size_t length = append(usualLength);
+    if (length > usualLength)
+        length = append(length);
+    keys.resize(begin + length);
+    // The collator's key ends with its only zero byte, so the text counts only between texts that collate as equal.
+    keys += text;
 }
 
 } // namespace reelkeep
