@@ -21,6 +21,7 @@ INSTALLED = sorted(ICONS + [
     "usr/bin/reelkeep",
     f"usr/share/applications/{ID}.desktop",
     "usr/share/doc/reelkeep/changelog.gz",
+    "usr/share/doc/reelkeep/README.es.md",
     "usr/share/doc/reelkeep/copyright",
     f"usr/share/icons/hicolor/scalable/apps/{ID}.svg",
     f"usr/share/icons/hicolor/symbolic/apps/{ID}-symbolic.svg",
