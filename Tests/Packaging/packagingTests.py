@@ -4,6 +4,7 @@
 import configparser
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -136,3 +137,24 @@ if __name__ == "__main__":
         sys.exit(__doc__)
     BUILD = Path(sys.argv.pop(1)).absolute()
     unittest.main(verbosity=2)
+    def test_no_package_without_its_tools(self):
+        """cpack alone would end well without dpkg-shlibdeps, with a package that depends on no library."""
+        tools = self.folder / "tools"
+        tools.mkdir()
+        for tool in ("cmake", "cpack", "file", "dpkg", "strip", "tar", "gzip", "sh"):
+            (tools / tool).symlink_to(shutil.which(tool))
+        for missing in ("dpkg-shlibdeps", "file"):
+            for other in ("dpkg-shlibdeps", "file"):
+                (tools / other).unlink(missing_ok=True)
+                if other != missing:
+                    (tools / other).symlink_to(shutil.which(other))
+            for command in (["cmake", "-P", str(PACKAGING / "packageTools.cmake")],
+                            # It would look into the system's own folders too.
+                            ["cpack", "-D", "CMAKE_IGNORE_PATH=/usr/bin;/bin", "-G", "DEB", "--config",
+                             str(BUILD / "CPackConfig.cmake"), "-B", str(self.folder)]):
+                result = subprocess.run([str(tools / command[0]), *command[1:]], env={"PATH": str(tools)}, text=True,
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+                self.assertNotEqual(result.returncode, 0, f"{command[0]} without {missing}")
+                self.assertIn(f'"{missing}" is missing', result.stdout)
+            self.assertEqual(list(self.folder.glob("*.deb")), [])
+
