@@ -21,9 +21,12 @@ ICONS = [f"usr/share/icons/hicolor/{side}x{side}/apps/{ID}.png" for side in (16,
 INSTALLED = sorted(ICONS + [
     "usr/bin/reelkeep",
     f"usr/share/applications/{ID}.desktop",
-    "usr/share/doc/reelkeep/changelog.gz",
     "usr/share/doc/reelkeep/README.es.md",
+    "usr/share/doc/reelkeep/changelog.gz",
     "usr/share/doc/reelkeep/copyright",
+    "usr/share/doc/reelkeep/docs/confianza.md",
+    *(f"usr/share/doc/reelkeep/docs/pictures/paso-{step}.png" for step in (1, 2, 3, 4, 5)),
+    "usr/share/doc/reelkeep/docs/pictures/window-light.png",
     f"usr/share/icons/hicolor/scalable/apps/{ID}.svg",
     f"usr/share/icons/hicolor/symbolic/apps/{ID}-symbolic.svg",
     "usr/share/man/es/man1/reelkeep.1.gz",
@@ -59,13 +62,51 @@ class Packaging(unittest.TestCase):
         said = self.run_quietly("desktop-file-validate", str(PACKAGING / f"{ID}.desktop"))
         self.assertEqual(said, "")
 
-    def test_metainfo_is_valid(self):
-        command = ["appstreamcli", "validate", "--strict", "--no-net"]
-        if " 0." not in self.run_quietly("appstreamcli", "--version"):
-            # Version 1 asks for a home page, which the project has not, and for a form that older versions do not know.
-            command.append("--override=url-homepage-missing=pedantic,developer-name-tag-deprecated=pedantic,"
-                           "developer-info-missing=pedantic")
-        self.run_quietly(*command, str(PACKAGING / f"{ID}.metainfo.xml"))
+    def validate(self, metainfo):
+        """What the real validator objects to, as its tags, in its strictest mode that counts what it calls pedantic out."""
+        said = subprocess.run(["appstreamcli", "validate", "--strict", "--no-net", str(metainfo)], text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        objections = re.findall(r"(?m)^[EWI]: \S+ (\S+)", said.stdout)
+        self.assertEqual(said.returncode == 0, not objections, said.stdout)
+        return objections
+
+    def test_metainfo_is_valid_with_an_address(self):
+        metainfo = self.folder / f"{ID}.metainfo.xml"
+        self.run_quietly("cmake", "-DADDRESS=https://example.org/reelkeep/", f"-DVERSION={version()}",
+                         f"-DOUTPUT={metainfo}", "-P", str(PACKAGING / "metainfo.cmake"))
+        self.assertEqual(self.validate(metainfo), [])
+
+        root = ElementTree.parse(metainfo).getroot()
+        self.assertEqual({url.get("type"): url.text for url in root.findall("url")},
+                         {"homepage": "https://example.org/reelkeep", "vcs-browser": "https://example.org/reelkeep",
+                          "bugtracker": "https://example.org/reelkeep/issues"})
+        pictures = [image.text for image in root.iterfind("screenshots/screenshot/image")]
+        self.assertEqual(len(pictures), 2)
+        for picture in pictures:
+            below, _, path = picture.partition(f"/raw/v{version()}/")
+            self.assertEqual(below, "https://example.org/reelkeep")
+            self.assertTrue((SOURCES / path).is_file(), path)
+
+    def test_metainfo_has_an_address(self):
+        metainfo = BUILD / "Packaging" / f"{ID}.metainfo.xml"
+        if ElementTree.parse(metainfo).getroot().find("url") is not None:
+            self.assertEqual(self.validate(metainfo), [])
+            return
+        self.assertIn(self.validate(metainfo), ([], ["url-homepage-missing"]))
+        self.skipTest("NOT COMPLETE: there is no home page, no address for reports of faults and no picture in the "
+                      "metainfo. Whoever publishes the package sets REELKEEP_ADDRESS.")
+
+    def test_metainfo_suits_software_centres(self):
+        root = ElementTree.parse(BUILD / "Packaging" / f"{ID}.metainfo.xml").getroot()
+        for summary in root.findall("summary"):
+            self.assertLessEqual(len(summary.text), 35, summary.text)
+        self.assertEqual(len(root.findall("summary")), 2)
+        self.assertGreaterEqual(len(root.findall("keywords/keyword")), 6)
+        self.assertEqual({colour.get("scheme_preference") for colour in root.iterfind("branding/color")},
+                         {"light", "dark"})
+        window = (SOURCES / "Sources/Reelkeep/Views/UI/ScrollingWindow.cpp").read_text()
+        smallest = re.search(r"smallest\((\d+), (\d+)\)", window)
+        self.assertEqual(int(root.findtext("requires/display_length")), max(int(smallest[1]), int(smallest[2])))
 
     def test_manual_pages_have_no_faults(self):
         for page in ("man/reelkeep.1", "man/es/reelkeep.1"):
@@ -93,7 +134,7 @@ class Packaging(unittest.TestCase):
         entry = entry["Desktop Entry"]
         self.assertEqual((entry["Icon"], entry["StartupWMClass"], entry["Exec"]), (ID, ID, "reelkeep"))
 
-        metainfo = ElementTree.parse(PACKAGING / f"{ID}.metainfo.xml").getroot()
+        metainfo = ElementTree.parse(BUILD / "Packaging" / f"{ID}.metainfo.xml").getroot()
         self.assertEqual(metainfo.findtext("id"), ID)
         self.assertEqual(metainfo.findtext("launchable"), f"{ID}.desktop")
         self.assertEqual(metainfo.findtext("provides/binary"), "reelkeep")
@@ -103,17 +144,37 @@ class Packaging(unittest.TestCase):
         self.assertIn(f'applicationId("{ID}")', program)
 
     def test_one_version_everywhere(self):
-        metainfo = ElementTree.parse(PACKAGING / f"{ID}.metainfo.xml").getroot()
+        metainfo = ElementTree.parse(BUILD / "Packaging" / f"{ID}.metainfo.xml").getroot()
         self.assertEqual(metainfo.find("releases/release").get("version"), version())
         self.assertTrue((PACKAGING / "debian/changelog").read_text().startswith(f"reelkeep ({version()}) "))
         for page in ("man/reelkeep.1", "man/es/reelkeep.1"):
             self.assertIn(f'"Reelkeep {version()}"', (PACKAGING / page).read_text(encoding="utf-8"), page)
 
+    def test_no_package_without_its_tools(self):
+        """cpack alone would end well without dpkg-shlibdeps, with a package that depends on no library."""
+        tools = self.folder / "tools"
+        tools.mkdir()
+        for tool in ("cmake", "cpack", "file", "dpkg", "strip", "tar", "gzip", "sh"):
+            (tools / tool).symlink_to(shutil.which(tool))
+        for missing in ("dpkg-shlibdeps", "file"):
+            for other in ("dpkg-shlibdeps", "file"):
+                (tools / other).unlink(missing_ok=True)
+                if other != missing:
+                    (tools / other).symlink_to(shutil.which(other))
+            for command in (["cmake", "-P", str(PACKAGING / "packageTools.cmake")],
+                            # It would look into the system's own folders too.
+                            ["cpack", "-D", "CMAKE_IGNORE_PATH=/usr/bin;/bin", "-G", "DEB", "--config",
+                             str(BUILD / "CPackConfig.cmake"), "-B", str(self.folder)]):
+                result = subprocess.run([str(tools / command[0]), *command[1:]], env={"PATH": str(tools)}, text=True,
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+                self.assertNotEqual(result.returncode, 0, f"{command[0]} without {missing}")
+                self.assertIn(f'"{missing}" is missing', result.stdout)
+            self.assertEqual(list(self.folder.glob("*.deb")), [])
+
     def test_package_has_no_faults(self):
         package = self.make_package()
         said = self.run_quietly("lintian", "--allow-root", "--fail-on", "error", str(package))
-        # The metainfo has a test of its own.
-        self.assertNotRegex(said, r"(?m)^E:|^W:(?!.* appstream-metadata-)")
+        self.assertNotRegex(said, r"(?m)^E:|^W:")
 
         fields = self.run_quietly("dpkg-deb", "--field", str(package), "Package", "Version", "Section", "Depends",
                                   "Recommends")
@@ -137,24 +198,3 @@ if __name__ == "__main__":
         sys.exit(__doc__)
     BUILD = Path(sys.argv.pop(1)).absolute()
     unittest.main(verbosity=2)
-    def test_no_package_without_its_tools(self):
-        """cpack alone would end well without dpkg-shlibdeps, with a package that depends on no library."""
-        tools = self.folder / "tools"
-        tools.mkdir()
-        for tool in ("cmake", "cpack", "file", "dpkg", "strip", "tar", "gzip", "sh"):
-            (tools / tool).symlink_to(shutil.which(tool))
-        for missing in ("dpkg-shlibdeps", "file"):
-            for other in ("dpkg-shlibdeps", "file"):
-                (tools / other).unlink(missing_ok=True)
-                if other != missing:
-                    (tools / other).symlink_to(shutil.which(other))
-            for command in (["cmake", "-P", str(PACKAGING / "packageTools.cmake")],
-                            # It would look into the system's own folders too.
-                            ["cpack", "-D", "CMAKE_IGNORE_PATH=/usr/bin;/bin", "-G", "DEB", "--config",
-                             str(BUILD / "CPackConfig.cmake"), "-B", str(self.folder)]):
-                result = subprocess.run([str(tools / command[0]), *command[1:]], env={"PATH": str(tools)}, text=True,
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-                self.assertNotEqual(result.returncode, 0, f"{command[0]} without {missing}")
-                self.assertIn(f'"{missing}" is missing', result.stdout)
-            self.assertEqual(list(self.folder.glob("*.deb")), [])
-
