@@ -119,6 +119,9 @@ class Desktop:
                            f"--address=unix:path={self.folder}/bus"], own)
         own["DBUS_SESSION_BUS_ADDRESS"] = self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus
         self.launch(["openbox"], own)
+        # A window that is there before it would never get the focus.
+        wait_for(lambda: subprocess.run(["xdotool", "get_num_desktops"], env=own, stdin=subprocess.DEVNULL,
+                                        capture_output=True).returncode == 0, "the window manager")
         self.join_accessibility_bus(bus)
 
     def make(self, name):

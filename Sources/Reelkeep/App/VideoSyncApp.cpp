@@ -1,5 +1,6 @@
 #include "ContentView.h"
 #include "DesktopIdentity.h"
+#include "DisplayRequired.h"
 #include "EndOnSignals.h"
 #include "QtFolderDialog.h"
 #include "SessionBus.h"
@@ -12,6 +13,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <optional>
 
 namespace reelkeep {
 namespace {
@@ -28,14 +30,18 @@ void stopWorkersAtExit()
 /// The application: one window around one session, from the same empty choices at every start.
 class ReelkeepApp {
 public:
-    int run(int argc, char** argv)
+    int run(char** argv)
     {
         // A write beyond the allowed file size must fail with an error instead of ending the program.
         std::signal(SIGXFSZ, SIG_IGN);
         // A message to a terminal or program that is gone must not end a copy.
         std::signal(SIGPIPE, SIG_IGN);
         doWithoutMissingSessionBus();
-        QApplication application(argc, argv);
+        // The toolkit gets no argument but the program's name: it would take some for its own.
+        int argumentCount = 1;
+        std::optional<DisplayRequired> displayRequired(std::in_place);
+        QApplication application(argumentCount, argv);
+        displayRequired.reset();
         identifyToDesktop();
         // The program's texts are Spanish in every locale; so are the toolkit's own.
         QTranslator standardTexts;
@@ -63,9 +69,9 @@ public:
 } // namespace
 } // namespace reelkeep
 
-int main(int argc, char** argv)
+int main(int, char** argv)
 {
-    const int result = reelkeep::ReelkeepApp().run(argc, argv);
+    const int result = reelkeep::ReelkeepApp().run(argv);
     // A worker may still hang in a system call on a dead disk; destructors would pull objects from under it.
     std::_Exit(result);
 }

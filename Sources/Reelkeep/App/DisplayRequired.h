@@ -1,0 +1,16 @@
+#pragma once
+
+namespace reelkeep {
+
+/// While it lives, a display that the toolkit cannot open ends the program with a sentence on standard error and exit
+/// status 1; the toolkit by itself would abort. To live while the QApplication is constructed. What the toolkit has to
+/// say in that time is held back, and said when this ends. Interface thread; one at a time.
+class DisplayRequired {
+public:
+    DisplayRequired();
+    ~DisplayRequired();
+    DisplayRequired(const DisplayRequired&) = delete;
+    DisplayRequired& operator=(const DisplayRequired&) = delete;
+};
+
+} // namespace reelkeep
