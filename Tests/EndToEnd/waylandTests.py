@@ -1,0 +1,51 @@
+#!/usr/bin/python3
+"""The program on a Wayland desktop, one test in a process: waylandTests.py PROGRAM Wayland.TEST"""
+
+import re
+import shutil
+import unittest
+
+from bigClips import BigClips
+from case import DesktopTest, main
+from desktop import wait_for
+from screen import BUTTON
+from window import ALL_SAVED, CAMERA, COPY, DESTINATION, found
+
+
+@unittest.skipUnless(shutil.which("weston"), "there is no weston here")
+class Wayland(DesktopTest):
+    def start_compositor(self):
+        """A Wayland desktop that is a window of the test's own: what the program needs to find it."""
+        socket = self.desktop.folder / "wayland"
+        runtime = self.desktop.make("compositor-runtime")
+        self.desktop.launch(["weston", "--backend=x11-backend.so", f"--socket={socket}", "--idle-time=0", "--no-config"],
+                            {**self.desktop.own, "XDG_RUNTIME_DIR": str(runtime)})
+        wait_for(socket.exists, "the Wayland desktop")
+        return {"WAYLAND_DISPLAY": str(socket), "DISPLAY": None, "QT_QPA_PLATFORM": None}
+
+    def test_a_whole_run(self):
+        clips = BigClips(self.desktop.folder / "media", 5, size=1000)
+        window = self.start(**self.start_compositor())
+        dialog = window.ask(CAMERA)
+        buttons = {button.name for button in dialog.window.all(BUTTON) if button.name and button.showing}
+        self.assertLessEqual({"Seleccionar", "Cancelar", "Directorio superior", "Atrás", "Siguiente"}, buttons)
+        dialog.cancel()
+
+        window.choose(CAMERA, clips.card)
+        window.choose(DESTINATION, clips.disk)
+        window.analyse(found(len(clips.names)))
+        window.button(COPY).press()
+        window.wait_for_status(ALL_SAVED)
+        window.wait_until_idle()
+        self.assertEqual(clips.copied(), clips.names)
+        self.desktop.program.terminate()
+        self.assertEqual(self.desktop.program.wait(20), 0)
+        # Of a graphics card that is not there the toolkit may speak; it is not needed.
+        complaints = [line for line in self.desktop.said().splitlines()
+                      if not re.search("client buffer integration|EGL not available", line)]
+        self.assertEqual(complaints, [])
+        self.assert_left_no_trace()
+
+
+if __name__ == "__main__":
+    main(__doc__)
