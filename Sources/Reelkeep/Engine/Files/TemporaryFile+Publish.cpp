@@ -56,8 +56,10 @@ bool TemporaryFile::publishByLink()
     const auto own = identityOf(file.get());
     if (!own)
         throw failure(errno);
-    if (isSameFile(identityOf(folder.get(), currentName), own) &&
-        ::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
+    const auto named = identityOf(folder.get(), currentName);
+    if (!named && errno != ENOENT)
+        throw failure(errno);
+    if (isSameFile(named, own) && ::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
         throw failure(errno);
     return true;
 }
