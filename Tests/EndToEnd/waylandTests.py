@@ -1,7 +1,6 @@
 #!/usr/bin/python3
 """The program on a Wayland desktop, one test in a process: waylandTests.py PROGRAM Wayland.TEST"""
 
-import re
 import shutil
 import unittest
 
@@ -40,10 +39,6 @@ class Wayland(DesktopTest):
         self.assertEqual(clips.copied(), clips.names)
         self.desktop.program.terminate()
         self.assertEqual(self.desktop.program.wait(20), 0)
-        # Of a graphics card that is not there the toolkit may speak; it is not needed.
-        complaints = [line for line in self.desktop.said().splitlines()
-                      if not re.search("client buffer integration|EGL not available", line)]
-        self.assertEqual(complaints, [])
         self.assert_left_no_trace()
 
 
