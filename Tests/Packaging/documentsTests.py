@@ -53,8 +53,10 @@ class Documents(unittest.TestCase):
     def test_manual_pages_name_all_that_the_verdict_does_not_prove(self):
         not_proven = read("docs/confianza.md").split("## Qué no demuestra")[1].split("\n## ")[0]
         points = re.findall(r"(?m)^\*\*N", not_proven)
-        self.assertEqual(len(points), 7)
-        for page in PAGES:
+        self.assertGreater(len(points), 5)
+        for page, count in zip(PAGES, ("eight", "ocho")):
+            self.assertIn(f" {count} ", read(page))
+            self.assertEqual(len(points), 8)  # in these words
             self.assertEqual(re.findall(r"(?m)^\.IP (\d+)\. 3$", read(page)), [str(i + 1) for i in range(len(points))], page)
         steps = re.findall(r"(?m)^(\d+)\. ", read("docs/confianza.md").split("## Antes de formatear")[1])
         self.assertEqual(len(steps), 8)  # as the pages say
@@ -100,10 +102,11 @@ class Documents(unittest.TestCase):
         program = code()
         for document in FOR_USERS:
             text = re.sub(r"\s+", " ", read(document))
-            quoted = set(re.findall(r"«([^»]+)»", text)) - {"no falta nada", "omitidos"}
+            # Texts of the window begin with a capital; other words stand between such marks too.
+            quoted = set(re.findall(r"«([A-Z][^»]+)»", text))
             self.assertGreater(len(quoted), 1, document)
             for words in quoted:
-                self.assertIn(words.strip(), program, f"{document}: {words}")
+                self.assertTrue(words.strip() in program, f"{document}: {words}")
         for hidden in (".reelkeep-copia", ".reelkeep-lista"):
             self.assertIn(f'"{hidden}"', program)
             for page in PAGES:
