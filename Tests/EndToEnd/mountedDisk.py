@@ -42,8 +42,12 @@ class MountedDisk:
 
     def mount(self):
         if self.kind == "ntfs":
-            self.program = subprocess.Popen(["ntfs-3g", "-o", "no_detach", str(self.image), str(self.place)])
+            # A block device, as a stick is: a file behind a driver would count as a disk that others may write to.
+            device = subprocess.run(["losetup", "--find", "--show", str(self.image)], check=True, capture_output=True,
+                                    text=True).stdout.strip()
+            self.program = subprocess.Popen(["ntfs-3g", "-o", "no_detach", device, str(self.place)])
             wait_for(lambda: os.path.ismount(self.place), "the disk to be mounted")
+            subprocess.run(["losetup", "--detach", device], check=True)  # once the driver is done with it
         else:
             subprocess.run(["mount", "-o", "loop", str(self.image), str(self.place)], check=True)
 
