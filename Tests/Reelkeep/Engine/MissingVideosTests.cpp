@@ -36,7 +36,7 @@ Paths missing(const VideoList& source, const VideoList& reviewed)
     return paths;
 }
 
-TEST(MatchKey, isTheLowerCaseNameAndTheSize)
+TEST(MissingVideosMatchKey, isTheLowerCaseNameAndTheSize)
 {
     EXPECT_EQ(VideoSyncService::matchKey(video("MVI_0001.MOV", 1048576)), "mvi_0001.mov::1048576");
     EXPECT_EQ(VideoSyncService::matchKey(video("DCIM/X.MOV", 0)), "x.mov::0");

@@ -15,7 +15,7 @@
 namespace reelkeep {
 namespace {
 
-TEST(InParallel, doesTheWorkOfEachIndexOnce)
+TEST(Parallel, doesTheWorkOfEachIndexOnce)
 {
     for (const std::size_t count : {0U, 1U, 2U, 9U}) {
         std::vector<int> done(count);
@@ -24,13 +24,13 @@ TEST(InParallel, doesTheWorkOfEachIndexOnce)
     }
 }
 
-TEST(InParallel, doesTheWorkAtTheSameTime)
+TEST(Parallel, doesTheWorkAtTheSameTime)
 {
     std::barrier together(3);
     inParallel(3, [&](std::size_t) { together.arrive_and_wait(); });
 }
 
-TEST(InParallel, throwsTheFirstExceptionWhenAllHaveEnded)
+TEST(Parallel, throwsTheFirstExceptionWhenAllHaveEnded)
 {
     std::vector<int> done(4);
     const auto work = [&](std::size_t index) {
@@ -61,7 +61,7 @@ std::string workWithoutThreads()
     return std::to_string(done) + " done";
 }
 
-TEST(InParallel, doesAllWorkOnTheCallingThreadIfThereIsNoOther)
+TEST(Parallel, doesAllWorkOnTheCallingThreadIfThereIsNoOther)
 {
     EXPECT_EQ(runUnprivileged(workWithoutThreads), "3 done");
 }

@@ -30,14 +30,14 @@ std::vector<VideoFile> clipsWithOneFieldChanged()
     return changed;
 }
 
-TEST(VideoFile, isEqualOnlyWhenAllSixFieldsAre)
+TEST(VideoSyncModelsVideoFile, isEqualOnlyWhenAllSixFieldsAre)
 {
     EXPECT_EQ(clip(), clip());
     for (const VideoFile& other : clipsWithOneFieldChanged())
         EXPECT_NE(clip(), other);
 }
 
-TEST(VideoFile, hashesEveryFieldAndAgreesWithEquality)
+TEST(VideoSyncModelsVideoFile, hashesEveryFieldAndAgreesWithEquality)
 {
     const std::hash<VideoFile> hash;
     EXPECT_EQ(hash(clip()), hash(clip()));
@@ -45,7 +45,7 @@ TEST(VideoFile, hashesEveryFieldAndAgreesWithEquality)
         EXPECT_NE(hash(clip()), hash(other));
 }
 
-TEST(VideoFile, withoutADateDiffersFromTheSameWithOne)
+TEST(VideoSyncModelsVideoFile, withoutADateDiffersFromTheSameWithOne)
 {
     VideoFile undated = clip();
     undated.createdAt.reset();
@@ -56,14 +56,14 @@ TEST(VideoFile, withoutADateDiffersFromTheSameWithOne)
     EXPECT_NE(std::hash<VideoFile>{}(undated), std::hash<VideoFile>{}(atTheEpoch));
 }
 
-TEST(VideoFile, countsLetterCaseOfItsName)
+TEST(VideoSyncModelsVideoFile, countsLetterCaseOfItsName)
 {
     VideoFile lower = clip();
     lower.fileName = "clip.mov";
     EXPECT_NE(clip(), lower);
 }
 
-TEST(VideoList, comparesItsRecords)
+TEST(VideoSyncModelsVideoList, comparesItsRecords)
 {
     EXPECT_EQ(VideoList(), VideoList(std::vector<VideoFile>()));
     EXPECT_EQ(VideoList({clip()}), VideoList({clip()}));
@@ -71,14 +71,14 @@ TEST(VideoList, comparesItsRecords)
     EXPECT_NE(VideoList({clip()}), VideoList({clip(), clip()}));
 }
 
-TEST(VideoList, sharesItsRecordsWithItsCopies)
+TEST(VideoSyncModelsVideoList, sharesItsRecordsWithItsCopies)
 {
     const VideoList list = {clip()};
     const VideoList copy = list;
     EXPECT_EQ(&*list.begin(), &*copy.begin());
 }
 
-TEST(VideoSyncError, hasOneTextPerCase)
+TEST(VideoSyncModelsVideoSyncError, hasOneTextPerCase)
 {
     EXPECT_EQ(errorDescription(VideoSyncError::sourceFolderMissing), "Selecciona primero la carpeta de origen.");
     EXPECT_EQ(errorDescription(VideoSyncError::destinationFolderMissing),
@@ -87,7 +87,7 @@ TEST(VideoSyncError, hasOneTextPerCase)
               "Selecciona al menos una ubicacion para revisar.");
 }
 
-TEST(VideoSyncError, keepsTheOrderOfItsCasesAndIsHashable)
+TEST(VideoSyncModelsVideoSyncError, keepsTheOrderOfItsCasesAndIsHashable)
 {
     EXPECT_LT(VideoSyncError::sourceFolderMissing, VideoSyncError::destinationFolderMissing);
     EXPECT_LT(VideoSyncError::destinationFolderMissing, VideoSyncError::destinationReviewFoldersMissing);

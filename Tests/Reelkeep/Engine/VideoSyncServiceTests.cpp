@@ -67,14 +67,14 @@ std::vector<std::string> relativePaths(const VideoList& videos)
 
 using Paths = std::vector<std::string>;
 
-TEST(ScanVideoFiles, knowsTwelveExtensions)
+TEST(VideoSyncServiceScanVideoFiles, knowsTwelveExtensions)
 {
     const std::set<std::string, std::less<>> twelve = {"avi",  "braw", "m4v", "mkv", "mov", "mp4",
                                                        "mpeg", "mpg",  "mts", "mxf", "r3d", "wmv"};
     EXPECT_EQ(VideoSyncService::supportedExtensions(), twelve);
 }
 
-TEST(ScanVideoFiles, buildsItsExtensionsOnceForAllThreads)
+TEST(VideoSyncServiceScanVideoFiles, buildsItsExtensionsOnceForAllThreads)
 {
     const auto ask = [] { return &VideoSyncService::supportedExtensions(); };
     auto one = std::async(std::launch::async, ask);
@@ -82,7 +82,7 @@ TEST(ScanVideoFiles, buildsItsExtensionsOnceForAllThreads)
     EXPECT_EQ(one.get(), other.get());
 }
 
-TEST(ScanVideoFiles, findsEveryExtensionInAnyLetterCase)
+TEST(VideoSyncServiceScanVideoFiles, findsEveryExtensionInAnyLetterCase)
 {
     ListedFiles files;
     Paths expected;
@@ -98,7 +98,7 @@ TEST(ScanVideoFiles, findsEveryExtensionInAnyLetterCase)
     EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/card"), files)), expected);
 }
 
-TEST(ScanVideoFiles, passesOverEverythingElse)
+TEST(VideoSyncServiceScanVideoFiles, passesOverEverythingElse)
 {
     ListedFiles files;
     for (const char* name :
@@ -107,7 +107,7 @@ TEST(ScanVideoFiles, passesOverEverythingElse)
     EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/card"), files)), Paths{});
 }
 
-TEST(ScanVideoFiles, fillsEveryFieldOfTheRecord)
+TEST(VideoSyncServiceScanVideoFiles, fillsEveryFieldOfTheRecord)
 {
     const Date modified(std::chrono::nanoseconds(1'700'000'000'123'456'789));
     ListedFiles files;
@@ -122,7 +122,7 @@ TEST(ScanVideoFiles, fillsEveryFieldOfTheRecord)
     EXPECT_EQ(VideoSyncService::scanVideoFiles(Location("/card"), files), expected);
 }
 
-TEST(ScanVideoFiles, leavesSizeZeroAndDateAbsentWhereNoneIsReported)
+TEST(VideoSyncServiceScanVideoFiles, leavesSizeZeroAndDateAbsentWhereNoneIsReported)
 {
     ListedFiles files;
     files.below["/card"] = {{.url = Location("/card/x.mov"), .size = 0, .contentModificationDate = std::nullopt}};
@@ -132,7 +132,7 @@ TEST(ScanVideoFiles, leavesSizeZeroAndDateAbsentWhereNoneIsReported)
     EXPECT_EQ(found[0].createdAt, std::nullopt);
 }
 
-TEST(ScanVideoFiles, keepsTheOrderOfTheWalk)
+TEST(VideoSyncServiceScanVideoFiles, keepsTheOrderOfTheWalk)
 {
     ListedFiles files;
     files.below["/card"] = {file("/card/z.mov"), file("/card/b/a.mov"), file("/card/a.mov")};
@@ -140,7 +140,7 @@ TEST(ScanVideoFiles, keepsTheOrderOfTheWalk)
               (Paths{"z.mov", "b/a.mov", "a.mov"}));
 }
 
-TEST(ScanVideoFiles, removesEveryOccurrenceOfTheRoot)
+TEST(VideoSyncServiceScanVideoFiles, removesEveryOccurrenceOfTheRoot)
 {
     ListedFiles files;
     files.below["/Volumes/A"] = {file("/Volumes/A/x/Volumes/A/y.mov"), file("/Volumes/A/Volumes/A/y.mov"),
@@ -152,14 +152,14 @@ TEST(ScanVideoFiles, removesEveryOccurrenceOfTheRoot)
     EXPECT_EQ(found[0].url.path(), "/Volumes/A/x/Volumes/A/y.mov");
 }
 
-TEST(ScanVideoFiles, doesNotLookForTheRootInWhatARemovalJoined)
+TEST(VideoSyncServiceScanVideoFiles, doesNotLookForTheRootInWhatARemovalJoined)
 {
     ListedFiles files;
     files.below["/a"] = {file("/a/x/a/a/y.mov"), file("/a/x//a/a/y.mov")};
     EXPECT_EQ(relativePaths(VideoSyncService::scanVideoFiles(Location("/a"), files)), (Paths{"xa/y.mov", "x/a/y.mov"}));
 }
 
-TEST(ScanVideoFiles, keepsTheWholePathBelowTheRootOfTheSystem)
+TEST(VideoSyncServiceScanVideoFiles, keepsTheWholePathBelowTheRootOfTheSystem)
 {
     ListedFiles files;
     files.below["/"] = {file("/x.mov"), file("/media/card/y.mov")};
@@ -167,19 +167,19 @@ TEST(ScanVideoFiles, keepsTheWholePathBelowTheRootOfTheSystem)
               (Paths{"/x.mov", "/media/card/y.mov"}));
 }
 
-TEST(ScanVideoFiles, keepsNamesThatAreNotUtf8)
+TEST(VideoSyncServiceScanVideoFiles, keepsNamesThatAreNotUtf8)
 {
     ListedFiles files;
     files.below["/card"] = {file("/card/clip\xFF.MOV")};
     EXPECT_EQ(VideoSyncService::scanVideoFiles(Location("/card"), files)[0].fileName, "clip\xFF.MOV");
 }
 
-TEST(ScanVideoFiles, findsNothingBelowARootThatIsMissing)
+TEST(VideoSyncServiceScanVideoFiles, findsNothingBelowARootThatIsMissing)
 {
     EXPECT_TRUE(VideoSyncService::scanVideoFiles(Location("/missing"), ListedFiles()).empty());
 }
 
-TEST(ScanVideoFiles, joinsItsRootsInTheirOrder)
+TEST(VideoSyncServiceScanVideoFiles, joinsItsRootsInTheirOrder)
 {
     ListedFiles files;
     files.below["/B"] = {file("/B/b.mov")};
@@ -189,7 +189,7 @@ TEST(ScanVideoFiles, joinsItsRootsInTheirOrder)
     EXPECT_TRUE(VideoSyncService::scanVideoFiles(std::vector<Location>{}, files).empty());
 }
 
-TEST(ScanVideoFiles, listsAFileTwiceThatTwoRootsReach)
+TEST(VideoSyncServiceScanVideoFiles, listsAFileTwiceThatTwoRootsReach)
 {
     ListedFiles files;
     files.below["/A"] = {file("/A/x/a.mov")};
@@ -198,7 +198,7 @@ TEST(ScanVideoFiles, listsAFileTwiceThatTwoRootsReach)
               (Paths{"x/a.mov", "a.mov"}));
 }
 
-TEST(ScanVideoFiles, failsWithTheFirstErrorOfAnyRoot)
+TEST(VideoSyncServiceScanVideoFiles, failsWithTheFirstErrorOfAnyRoot)
 {
     ListedFiles files;
     files.below["/A"] = {file("/A/a.mov")};
@@ -212,7 +212,7 @@ TEST(ScanVideoFiles, failsWithTheFirstErrorOfAnyRoot)
     }
 }
 
-TEST(ScanVideoFiles, waitsForNoRootAfterTheOneThatFailed)
+TEST(VideoSyncServiceScanVideoFiles, waitsForNoRootAfterTheOneThatFailed)
 {
     ListedFiles files;
     files.below["/B"] = {unreadable()};
@@ -225,7 +225,7 @@ TEST(ScanVideoFiles, waitsForNoRootAfterTheOneThatFailed)
     }
 }
 
-TEST(Analyse, scansAllDisksAtOnceAndComparesThem)
+TEST(VideoSyncServiceAnalyse, scansAllDisksAtOnceAndComparesThem)
 {
     ListedFiles files;
     files.below["/card"] = {file("/card/DCIM/1.mov"), file("/card/DCIM/2.mov"), file("/card/DCIM/3.mov")};
@@ -239,7 +239,7 @@ TEST(Analyse, scansAllDisksAtOnceAndComparesThem)
     EXPECT_EQ(found.scannedDestinationRoots, reviewed);
 }
 
-TEST(Analyse, scansEverythingOfOneDiskOneAfterTheOther)
+TEST(VideoSyncServiceAnalyse, scansEverythingOfOneDiskOneAfterTheOther)
 {
     RecordingFileManager files;
     const TemporaryFolder disk;
@@ -249,14 +249,14 @@ TEST(Analyse, scansEverythingOfOneDiskOneAfterTheOther)
                                     "regularFiles " + (disk / "a").path()}));
 }
 
-TEST(ScanVideoFiles, endsWhenItIsToldToStop)
+TEST(VideoSyncServiceScanVideoFiles, endsWhenItIsToldToStop)
 {
     std::stop_source source;
     source.request_stop();
     EXPECT_THROW(VideoSyncService::scanVideoFiles(Location("/A"), ListedFiles(), source.get_token()), Stopped);
 }
 
-TEST(ScanVideoFiles, findsOnADiskWhatIsNeitherHiddenNorInsideAPackage)
+TEST(VideoSyncServiceScanVideoFiles, findsOnADiskWhatIsNeitherHiddenNorInsideAPackage)
 {
     const TemporaryFolder disk;
     disk.file("DCIM/100CANON/CLIP.MOV", "12345");

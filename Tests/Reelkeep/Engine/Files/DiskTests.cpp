@@ -30,9 +30,9 @@ TEST(Disk, isReadBySeveralWhereNothingTurns)
 }
 
 /// A place, and a system whose disk of this name holds it.
-class KnownDisk : public testing::Test {
+class DiskKnown : public testing::Test {
 protected:
-    KnownDisk()
+    DiskKnown()
     {
         struct stat status = {};
         EXPECT_EQ(::stat(system.location().path().c_str(), &status), 0);
@@ -51,7 +51,7 @@ protected:
     std::string place;
 };
 
-TEST_F(KnownDisk, isReadByOneWhereItTurns)
+TEST_F(DiskKnown, isReadByOneWhereItTurns)
 {
     system.file("sda/queue/rotational", "1\n");
     system.file("sdb/queue/rotational", "0\n");
@@ -63,7 +63,7 @@ TEST_F(KnownDisk, isReadByOneWhereItTurns)
     EXPECT_EQ(diskOf("sdc").walkers, 8U) << "does not tell";
 }
 
-TEST_F(KnownDisk, isTheWholeOneBelowPartitionsAndVolumes)
+TEST_F(DiskKnown, isTheWholeOneBelowPartitionsAndVolumes)
 {
     system.file("sda/queue/rotational", "1\n");
     system.file("sda/sda1/partition", "1\n");

@@ -44,7 +44,7 @@ Outcome scan(const Location& card, std::size_t complete = videosOnTheCard)
     }
 }
 
-class ScanOfAFailingDisk : public testing::TestWithParam<const char*> {
+class FailingDiskScan : public testing::TestWithParam<const char*> {
 protected:
     static constexpr int mebibytes = 320; // xfs makes none smaller than 300
 
@@ -55,7 +55,7 @@ protected:
     }
 };
 
-TEST_P(ScanOfAFailingDisk, givesTheWholeListOrAnErrorFromAnyReadOn)
+TEST_P(FailingDiskScan, givesTheWholeListOrAnErrorFromAnyReadOn)
 {
     FaultDisk below(mebibytes);
     MountedDisk card(GetParam(), below);
@@ -87,7 +87,7 @@ TEST_P(ScanOfAFailingDisk, givesTheWholeListOrAnErrorFromAnyReadOn)
 }
 
 /// A program may open only so many files; a walk keeps folders open that lie above those it reads.
-TEST(ScanWithFewDescriptors, givesTheWholeListOrAnError)
+TEST(FailingDiskFewDescriptors, givesTheWholeListOrAnError)
 {
     constexpr int depth = 40;
     const TemporaryFolder card;
@@ -119,7 +119,7 @@ TEST(ScanWithFewDescriptors, givesTheWholeListOrAnError)
     EXPECT_GT(errors, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(OnA, ScanOfAFailingDisk, testing::Values("ext4", "exfat", "ntfs", "xfs", "btrfs"),
+INSTANTIATE_TEST_SUITE_P(OnA, FailingDiskScan, testing::Values("ext4", "exfat", "ntfs", "xfs", "btrfs"),
                          [](const auto& tested) { return std::string(tested.param); });
 
 } // namespace

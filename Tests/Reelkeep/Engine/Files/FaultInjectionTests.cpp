@@ -48,9 +48,9 @@ const std::vector<Situation> situations = {
      {{".x.mov.reelkeep-lista", "whole"}, {"x.mov", ""}}},
 };
 
-class CopyFaultTest : public testing::TestWithParam<Situation> {
+class FaultInjection : public testing::TestWithParam<Situation> {
 protected:
-    CopyFaultTest() : memory("/dev/shm"), content(GetParam().size, '\0')
+    FaultInjection() : memory("/dev/shm"), content(GetParam().size, '\0')
     {
         for (std::size_t i = 0; i < content.size(); i += 4096)
             content[i] = static_cast<char>(i / 4096);
@@ -136,7 +136,7 @@ protected:
     fs::file_time_type modified;
 };
 
-TEST_P(CopyFaultTest, neverHurtsAVideoWhateverFails)
+TEST_P(FaultInjection, neverHurtsAVideoWhateverFails)
 {
     prepareDisk();
     faults::arm({.refusals = GetParam().refusals});
@@ -171,10 +171,10 @@ TEST_P(CopyFaultTest, neverHurtsAVideoWhateverFails)
                 survived);
 }
 
-INSTANTIATE_TEST_SUITE_P(Situations, CopyFaultTest, testing::ValuesIn(situations),
+INSTANTIATE_TEST_SUITE_P(Situations, FaultInjection, testing::ValuesIn(situations),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
-TEST(ReadAhead, neverFailsWhateverFails)
+TEST(FaultInjectionReadAhead, neverFailsWhateverFails)
 {
     const TemporaryFolder memory("/dev/shm");
     const Location video = memory.file("x.mov", std::string(300'000, 'x'));
@@ -195,7 +195,7 @@ TEST(ReadAhead, neverFailsWhateverFails)
 }
 
 /// No FAT32 driver is at hand where this is tested, so a disk in memory says it is one.
-TEST(Fat32, refusesAtOnceAFileOfFourGigabytes)
+TEST(FaultInjectionFat32, refusesAtOnceAFileOfFourGigabytes)
 {
     const TemporaryFolder memory("/dev/shm");
     const Location source = memory.file("card/x.mov", "");

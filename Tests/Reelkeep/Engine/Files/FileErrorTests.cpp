@@ -103,7 +103,7 @@ TEST(FileError, keepsThePathsBytes)
     EXPECT_STREQ(FileError("/\xff\n%2", ENOENT).what(), "/\xff\n%2: no se encuentra.");
 }
 
-class CreationErrorTest : public testing::Test {
+class FileErrorCreation : public testing::Test {
 protected:
     std::string textFor(int errorNumber)
     {
@@ -117,20 +117,20 @@ protected:
     bool removesFolder = false;
 };
 
-TEST_F(CreationErrorTest, blamesTheNameAsLongAsTheFolderIsThere)
+TEST_F(FileErrorCreation, blamesTheNameAsLongAsTheFolderIsThere)
 {
     for (const int errorNumber : {ENOENT, EINVAL, EILSEQ})
         EXPECT_EQ(textFor(errorNumber), "/disk/A:B.MOV: este disco no admite ese nombre.");
     EXPECT_EQ(textFor(ENOSPC), "/disk/A:B.MOV: no queda espacio en el disco.");
 }
 
-TEST_F(CreationErrorTest, saysNotFoundOnceTheFolderHasGone)
+TEST_F(FileErrorCreation, saysNotFoundOnceTheFolderHasGone)
 {
     removesFolder = true;
     EXPECT_EQ(textFor(ENOENT), "/disk/A:B.MOV: no se encuentra.");
 }
 
-TEST(ReadError, tellsADamagedDiskFromOneThatWasPulledOut)
+TEST(FileErrorReading, tellsADamagedDiskFromOneThatWasPulledOut)
 {
     const dev_t network = makedev(0, 42);
     const dev_t gone = makedev(254, 1'000'000); // no such disk
@@ -140,7 +140,7 @@ TEST(ReadError, tellsADamagedDiskFromOneThatWasPulledOut)
     EXPECT_STREQ(readError("/card/x.mov", ENOTCONN, network).what(), "/card/x.mov: el disco se ha desconectado.");
 }
 
-TEST(WriteError, tellsADamagedDiskFromOneThatWasPulledOut)
+TEST(FileErrorWriting, tellsADamagedDiskFromOneThatWasPulledOut)
 {
     const dev_t gone = makedev(254, 1'000'000);
     EXPECT_STREQ(writeError("/disk/x.mov", EIO, 0).what(),

@@ -299,7 +299,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, Interference,
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 /// A power cut in between must not leave an empty file that no later run recognises.
-TEST(Reservation, isMadeOnlyOnceTheSealedNameIsOnTheDisk)
+TEST(InterferenceReservation, isMadeOnlyOnceTheSealedNameIsOnTheDisk)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk");
@@ -312,7 +312,7 @@ TEST(Reservation, isMadeOnlyOnceTheSealedNameIsOnTheDisk)
 }
 
 /// Between the first look and the second nobody can be in the middle of changing the folder.
-TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
+TEST(InterferenceReservation, isLookedAtOnceMoreBeforeItIsReplaced)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk");
@@ -326,7 +326,7 @@ TEST(Reservation, isLookedAtOnceMoreBeforeItIsReplaced)
 }
 
 /// Without a right to keep its time of access a file is opened once more, and no less carefully.
-TEST(SourceLink, isNeverFollowed)
+TEST(InterferenceSourceLink, isNeverFollowed)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk");

@@ -94,9 +94,9 @@ TEST_P(PulledDiskTest, isAnErrorWhenTheCardGoesInMidCopy)
 INSTANTIATE_TEST_SUITE_P(OnA, PulledDiskTest, testing::Values("ntfs", "exfat"),
                          [](const auto& tested) { return std::string(tested.param); });
 
-class DetachedDiskTest : public PulledDiskTest {};
+class PulledDiskDetached : public PulledDiskTest {};
 
-TEST_P(DetachedDiskTest, isReadToItsEndOrAnErrorInMidScan)
+TEST_P(PulledDiskDetached, isReadToItsEndOrAnErrorInMidScan)
 {
     const TemporaryFolder original;
     std::string deep;
@@ -125,7 +125,7 @@ TEST_P(DetachedDiskTest, isReadToItsEndOrAnErrorInMidScan)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(OnA, DetachedDiskTest, testing::Values("ext4", "ntfs", "exfat"),
+INSTANTIATE_TEST_SUITE_P(OnA, PulledDiskDetached, testing::Values("ext4", "ntfs", "exfat"),
                          [](const auto& tested) { return std::string(tested.param); });
 
 } // namespace

@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class DiskTest : public testing::Test {
+class RealFileSystemsDisk : public testing::Test {
 protected:
     void SetUp() override
     {
@@ -37,7 +37,7 @@ protected:
     }
 };
 
-class FileSystemTest : public testing::TestWithParam<const char*> {
+class RealFileSystems : public testing::TestWithParam<const char*> {
 protected:
     void SetUp() override
     {
@@ -46,7 +46,7 @@ protected:
     }
 };
 
-TEST_F(DiskTest, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
+TEST_F(RealFileSystemsDisk, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
 {
     for (const char* kind : {"ext4", "xfs", "btrfs"}) {
         const MountedDisk disk(kind);
@@ -62,7 +62,7 @@ TEST_F(DiskTest, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
 }
 
 /// Processes that vanish while "/" is scanned are no reason to fail.
-TEST_F(DiskTest, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
+TEST_F(RealFileSystemsDisk, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
 {
     const TemporaryFolder place;
     place.file("disk/x.mov");
@@ -88,7 +88,7 @@ TEST_F(DiskTest, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
         << "a chosen root is walked whatever it is";
 }
 
-TEST_P(FileSystemTest, reachesTheEmptyListAndKeepsEveryByte)
+TEST_P(RealFileSystems, reachesTheEmptyListAndKeepsEveryByte)
 {
     const TemporaryFolder card;
     fillCard(card);
@@ -111,7 +111,7 @@ TEST_P(FileSystemTest, reachesTheEmptyListAndKeepsEveryByte)
     EXPECT_EQ(everythingBelow(card.location()), onCard);
 }
 
-TEST_P(FileSystemTest, writesNothingTheSecondTime)
+TEST_P(RealFileSystems, writesNothingTheSecondTime)
 {
     const TemporaryFolder card;
     fillCard(card);
@@ -134,7 +134,7 @@ TEST_P(FileSystemTest, writesNothingTheSecondTime)
     EXPECT_EQ(snapshot(), before);
 }
 
-TEST_P(FileSystemTest, convergesAfterAnInterruption)
+TEST_P(RealFileSystems, convergesAfterAnInterruption)
 {
     const TemporaryFolder card;
     fillCard(card);
@@ -155,7 +155,7 @@ TEST_P(FileSystemTest, convergesAfterAnInterruption)
     expectOnlyWholeVideos(card.location(), disk.location());
 }
 
-TEST_P(FileSystemTest, isACardAsWell)
+TEST_P(RealFileSystems, isACardAsWell)
 {
     const TemporaryFolder original;
     fillCard(original);
@@ -167,7 +167,7 @@ TEST_P(FileSystemTest, isACardAsWell)
     expectOnlyWholeVideos(original.location(), disk.location());
 }
 
-TEST_P(FileSystemTest, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
+TEST_P(RealFileSystems, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
 {
     const TemporaryFolder card("/dev/shm");
     const Location large = card.file("large.mov", "");
@@ -182,10 +182,10 @@ TEST_P(FileSystemTest, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
     expectOnlyWholeVideos(card.location(), disk.location());
 }
 
-INSTANTIATE_TEST_SUITE_P(OnA, FileSystemTest, testing::Values("ext4", "btrfs", "xfs", "ntfs", "exfat", "tmpfs"),
+INSTANTIATE_TEST_SUITE_P(OnA, RealFileSystems, testing::Values("ext4", "btrfs", "xfs", "ntfs", "exfat", "tmpfs"),
                          [](const auto& tested) { return std::string(tested.param); });
 
-TEST_F(DiskTest, saysThatExfatAdmitsNoSuchName)
+TEST_F(RealFileSystemsDisk, saysThatExfatAdmitsNoSuchName)
 {
     const MountedDisk disk("exfat");
     for (const char* name : {"a:b.mov", "what?.mov", "\xff\xfe.mov"}) {
@@ -201,7 +201,7 @@ TEST_F(DiskTest, saysThatExfatAdmitsNoSuchName)
     EXPECT_TRUE(everythingBelow(disk.location()).empty());
 }
 
-TEST_F(DiskTest, saysSoBeforeACopyOfManyMinutes)
+TEST_F(RealFileSystemsDisk, saysSoBeforeACopyOfManyMinutes)
 {
     const MountedDisk disk("exfat");
     const TemporaryFolder card("/dev/shm");
@@ -211,7 +211,7 @@ TEST_F(DiskTest, saysSoBeforeACopyOfManyMinutes)
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(200));
 }
 
-TEST_F(DiskTest, leavesAVideoThatDiffersInLetterCaseOnlyAloneOnExfat)
+TEST_F(RealFileSystemsDisk, leavesAVideoThatDiffersInLetterCaseOnlyAloneOnExfat)
 {
     const MountedDisk disk("exfat");
     const TemporaryFolder card;
@@ -221,7 +221,7 @@ TEST_F(DiskTest, leavesAVideoThatDiffersInLetterCaseOnlyAloneOnExfat)
     EXPECT_EQ(contentOf(disk.location().appending("clip.mov")), "theirs");
 }
 
-TEST_F(DiskTest, keepsWholeVideosOnADiskThatFillsUp)
+TEST_F(RealFileSystemsDisk, keepsWholeVideosOnADiskThatFillsUp)
 {
     const TemporaryFolder card("/dev/shm");
     for (const char* name : {"1.mov", "2.mov", "3.mov", "4.mov"})
@@ -233,7 +233,7 @@ TEST_F(DiskTest, keepsWholeVideosOnADiskThatFillsUp)
     expectOnlyWholeVideos(card.location(), disk.location());
 }
 
-TEST_F(DiskTest, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
+TEST_F(RealFileSystemsDisk, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
 {
     const TemporaryFolder card("/dev/shm");
     card.file("x.mov", contentOfLength(64U << 20U, 7));
@@ -254,7 +254,7 @@ TEST_F(DiskTest, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
     EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"filler"});
 }
 
-TEST_F(DiskTest, saysThatADiskIsReadOnly)
+TEST_F(RealFileSystemsDisk, saysThatADiskIsReadOnly)
 {
     const TemporaryFolder card;
     card.file("x.mov");
@@ -265,7 +265,7 @@ TEST_F(DiskTest, saysThatADiskIsReadOnly)
     EXPECT_NE(failure.find(": el disco es de solo lectura."), std::string::npos) << failure;
 }
 
-TEST_F(DiskTest, copiesFromAReadOnlyCard)
+TEST_F(RealFileSystemsDisk, copiesFromAReadOnlyCard)
 {
     const TemporaryFolder original;
     fillCard(original);
@@ -276,7 +276,7 @@ TEST_F(DiskTest, copiesFromAReadOnlyCard)
     EXPECT_EQ(copyMissing(card.location(), disk.location()).copiedCount, 10);
 }
 
-TEST_F(DiskTest, sharesTheBlocksWithinOneDisk)
+TEST_F(RealFileSystemsDisk, sharesTheBlocksWithinOneDisk)
 {
     for (const char* kind : {"btrfs", "xfs"}) {
         const MountedDisk disk(kind);

@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 /// A healthy disk behind a driver's program or the kernel's own file system, but slow: kind and megabytes a second.
-class CopyToASlowDisk : public testing::TestWithParam<std::tuple<const char*, int>> {
+class SlowDisk : public testing::TestWithParam<std::tuple<const char*, int>> {
 protected:
     void SetUp() override
     {
@@ -34,7 +34,7 @@ protected:
 };
 
 /// The window gives its workers half a second before it ends the program under them.
-TEST_P(CopyToASlowDisk, stopsSoonAndLeavesNothingHidden)
+TEST_P(SlowDisk, stopsSoonAndLeavesNothingHidden)
 {
     constexpr milliseconds patience(500);
     FaultDisk below(400);
@@ -71,9 +71,9 @@ std::string nameOf(const testing::TestParamInfo<std::tuple<const char*, int>>& t
     return std::string(std::get<0>(tested.param)) + "At" + std::to_string(std::get<1>(tested.param)) + "MBs";
 }
 
-INSTANTIATE_TEST_SUITE_P(ThroughADriver, CopyToASlowDisk,
+INSTANTIATE_TEST_SUITE_P(ThroughADriver, SlowDisk,
                          testing::Combine(testing::Values("exfat", "ntfs"), testing::Values(5, 20, 50)), nameOf);
-INSTANTIATE_TEST_SUITE_P(OfTheKernel, CopyToASlowDisk,
+INSTANTIATE_TEST_SUITE_P(OfTheKernel, SlowDisk,
                          testing::Combine(testing::Values("ext4", "xfs", "btrfs"), testing::Values(5)), nameOf);
 
 } // namespace

@@ -5,8 +5,8 @@
 #include "Fixtures/TemporaryFolder.h"
 
 #include <array>
-#include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -24,31 +24,16 @@ class LeaseHolder {
 public:
     LeaseHolder(const Location& file, bool givesUp)
     {
-        std::array<int, 2> ready = {};
-        EXPECT_EQ(::pipe2(ready.data(), O_CLOEXEC), 0);
+        std::array<int, 2> ends = {};
+        EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+        const FileDescriptor writing(ends[1]);
+        reading = FileDescriptor(ends[0]);
         process = ::fork();
         if (process == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            sigset_t asked;
-            ::sigemptyset(&asked);
-            ::sigaddset(&asked, SIGIO);
-            ::sigprocmask(SIG_BLOCK, &asked, nullptr);
-            const int held = ::open(file.path().c_str(), O_RDWR | O_CLOEXEC);
-            const char isHeld = ::fcntl(held, F_SETLEASE, F_WRLCK) == 0 ? 'y' : 'n';
-            if (::write(ready[1], &isHeld, 1) != 1)
-                ::_exit(1);
-            int signal = 0;
-            ::sigwait(&asked, &signal);
-            while (!givesUp)
-                ::pause();
-            ::fcntl(held, F_SETLEASE, F_UNLCK);
-            ::_exit(0);
+            hold(file, givesUp, writing.get());
         }
-        ::close(ready[1]);
-        char isHeld = 'n';
-        EXPECT_EQ(::read(ready[0], &isHeld, 1), 1);
-        ::close(ready[0]);
-        holds = isHeld == 'y';
+        holds = nextWord() == 'y';
     }
     LeaseHolder(const LeaseHolder&) = delete;
     LeaseHolder& operator=(const LeaseHolder&) = delete;
@@ -58,9 +43,36 @@ public:
         ::waitpid(process, nullptr, 0);
     }
 
+    /// Returns once another program has tried to open the file.
+    void waitUntilAsked() const { EXPECT_EQ(nextWord(), 'a'); }
+
     bool holds = false;
 
 private:
+    [[noreturn]] static void hold(const Location& file, bool givesUp, int words)
+    {
+        sigset_t asked;
+        ::sigemptyset(&asked);
+        ::sigaddset(&asked, SIGIO);
+        ::sigprocmask(SIG_BLOCK, &asked, nullptr);
+        const int held = ::open(file.path().c_str(), O_RDWR | O_CLOEXEC);
+        const bool isHeld = ::fcntl(held, F_SETLEASE, F_WRLCK) == 0;
+        int signal = 0;
+        if (::write(words, isHeld ? "y" : "n", 1) != 1 || ::sigwait(&asked, &signal) != 0 ||
+            ::write(words, "a", 1) != 1)
+            ::_exit(EXIT_FAILURE);
+        while (!givesUp)
+            ::pause();
+        ::fcntl(held, F_SETLEASE, F_UNLCK);
+        ::_exit(EXIT_SUCCESS);
+    }
+    char nextWord() const
+    {
+        char word = '-';
+        return ::read(reading.get(), &word, 1) == 1 ? word : '-';
+    }
+
+    FileDescriptor reading;
     pid_t process = -1;
 };
 
@@ -83,14 +95,11 @@ TEST(SourceFile, underALeaseThatIsKeptIsGivenUpOnceStopped)
     if (!holder.holds)
         GTEST_SKIP() << "SKIPPED: this file system has no leases";
     std::stop_source stop;
-    const auto before = std::chrono::steady_clock::now();
     std::jthread stopper([&] {
-        std::this_thread::sleep_for(
-            std::chrono::milliseconds(100)); // in the middle of the wait, or before: both must end
+        holder.waitUntilAsked();
         stop.request_stop();
     });
     EXPECT_THROW(copyFile(video, folder / "copy.mov", stop.get_token()), Stopped);
-    EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
     EXPECT_EQ(everythingBelow(folder.location()), std::vector<std::string>{"x.mov"});
 }
 

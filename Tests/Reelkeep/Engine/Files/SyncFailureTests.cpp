@@ -65,7 +65,7 @@ TEST(SyncFailure, isNoneWhereFoldersCannotBeSyncedAlone)
     }
 }
 
-TEST(Publishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
+TEST(SyncFailurePublishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.file("card/new/x.mov", "video");
@@ -83,7 +83,7 @@ TEST(Publishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
         EXPECT_EQ(linksAfter(known), 0) << known;
 }
 
-TEST(NewFolders, areMadeWhereThereAreNone)
+TEST(SyncFailureNewFolders, areMadeWhereThereAreNone)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk/a");

@@ -51,9 +51,9 @@ TEST(WalkInterference, failsIfAFolderBecomesALinkBeforeItIsRead)
 
 /// What takes the place of a folder in the middle of a walk: another folder or, to open which would wait for ever, a
 /// pipe.
-class WalkReplacement : public testing::TestWithParam<bool> {
+class WalkInterferenceReplacement : public testing::TestWithParam<bool> {
 protected:
-    WalkReplacement()
+    WalkInterferenceReplacement()
     {
         // So far below, folders are closed while others are read, and found again by their path.
         for (int depth = 0; depth < 40; ++depth) {
@@ -104,7 +104,7 @@ protected:
     std::size_t calls = 0;
 };
 
-TEST_P(WalkReplacement, isNeverTakenForTheFolderThatWasThere)
+TEST_P(WalkInterferenceReplacement, isNeverTakenForTheFolderThatWasThere)
 {
     prepare();
     walk(0);
@@ -119,7 +119,7 @@ TEST_P(WalkReplacement, isNeverTakenForTheFolderThatWasThere)
     EXPECT_GT(failures, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(By, WalkReplacement, testing::Bool(),
+INSTANTIATE_TEST_SUITE_P(By, WalkInterferenceReplacement, testing::Bool(),
                          [](const auto& tested) { return std::string(tested.param ? "aPipe" : "aFolder"); });
 
 } // namespace

@@ -179,7 +179,7 @@ RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsItDoesAndThenMissesWhatItOmitted, ())
 
 /// Found by the property above: what is copied into a linked folder of the disk is there, but no analysis follows
 /// links.
-TEST(LinkedFolder, takesACopyThatAnAnalysisStillMisses)
+TEST(EngineModelLinkedFolder, takesACopyThatAnAnalysisStillMisses)
 {
     const TemporaryFolder place;
     place.file("card/DCIM/x.mov", "video");

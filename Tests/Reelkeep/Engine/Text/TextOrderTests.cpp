@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(Lowercased, foldsAsciiLettersAndNothingElse)
+TEST(TextOrderLowercased, foldsAsciiLettersAndNothingElse)
 {
     EXPECT_EQ(lowercased("MVI_0001.Mov"), "mvi_0001.mov");
     EXPECT_EQ(lowercased("@[`{"), "@[`{");
@@ -21,7 +21,7 @@ TEST(Lowercased, foldsAsciiLettersAndNothingElse)
     EXPECT_EQ(lowercased(""), "");
 }
 
-TEST(Lowercased, foldsLettersOfEveryScript)
+TEST(TextOrderLowercased, foldsLettersOfEveryScript)
 {
     EXPECT_EQ(lowercased("CAMIÓN"), "camión");
     EXPECT_EQ(lowercased("ВИДЕО"), "видео");
@@ -29,17 +29,17 @@ TEST(Lowercased, foldsLettersOfEveryScript)
     EXPECT_EQ(lowercased("\u212A"), "k"); // The Kelvin sign.
 }
 
-TEST(Lowercased, doesNotLookAtThePlaceInTheWord)
+TEST(TextOrderLowercased, doesNotLookAtThePlaceInTheWord)
 {
     EXPECT_EQ(lowercased("ΟΔΟΣ"), "οδοσ");
 }
 
-TEST(Lowercased, keepsTheDotOfACapitalIWithOne)
+TEST(TextOrderLowercased, keepsTheDotOfACapitalIWithOne)
 {
     EXPECT_EQ(lowercased("\u0130"), "i\u0307");
 }
 
-TEST(Lowercased, doesNotKnowTheTurkishLocale)
+TEST(TextOrderLowercased, doesNotKnowTheTurkishLocale)
 {
     setenv("LC_ALL", "tr_TR.UTF-8", 1);
     EXPECT_EQ(lowercased("AVI"), "avi");
@@ -47,25 +47,25 @@ TEST(Lowercased, doesNotKnowTheTurkishLocale)
     unsetenv("LC_ALL");
 }
 
-TEST(Lowercased, keepsSharpSApart)
+TEST(TextOrderLowercased, keepsSharpSApart)
 {
     EXPECT_EQ(lowercased("\u1E9E"), "ß");
     EXPECT_NE(foldedName("straße"), foldedName("strasse"));
 }
 
-TEST(FoldedName, makesOneNameOfItsComposedAndDecomposedForm)
+TEST(TextOrderFoldedName, makesOneNameOfItsComposedAndDecomposedForm)
 {
     EXPECT_EQ(foldedName("Nin\u0303o.MOV"), "niño.mov");
     EXPECT_EQ(foldedName("NI\u00D1O.mov"), "niño.mov");
     EXPECT_EQ(foldedName("\u1112\u1161\u11AB"), "\uD55C");
 }
 
-TEST(FoldedName, ordersMarksAsTheComposedFormDoes)
+TEST(TextOrderFoldedName, ordersMarksAsTheComposedFormDoes)
 {
     EXPECT_EQ(foldedName("q\u0307\u0323"), foldedName("Q\u0323\u0307"));
 }
 
-TEST(FoldedName, knowsLettersThatAreComposedInOneCaseOnly)
+TEST(TextOrderFoldedName, knowsLettersThatAreComposedInOneCaseOnly)
 {
     EXPECT_EQ(foldedName("J\u030C"), "\u01F0");
     EXPECT_EQ(foldedName("\u01F0"), "\u01F0");
@@ -73,12 +73,12 @@ TEST(FoldedName, knowsLettersThatAreComposedInOneCaseOnly)
     EXPECT_NE(foldedName("\u0130"), foldedName("i"));
 }
 
-TEST(FoldedName, keepsCompatibleButDifferentLettersApart)
+TEST(TextOrderFoldedName, keepsCompatibleButDifferentLettersApart)
 {
     EXPECT_NE(foldedName("\uFB01lm.mov"), foldedName("film.mov")); // The ligature fi.
 }
 
-TEST(FoldedName, keepsBytesThatAreNotUtf8)
+TEST(TextOrderFoldedName, keepsBytesThatAreNotUtf8)
 {
     EXPECT_EQ(foldedName("CLIP\xFF.MOV"), "clip\xFF.mov");
     EXPECT_NE(foldedName("CLIP\xFF.MOV"), foldedName("CLIP\xFE.MOV"));
@@ -87,7 +87,7 @@ TEST(FoldedName, keepsBytesThatAreNotUtf8)
     EXPECT_EQ(foldedName("\xC0\x81\xED\xA0\x80"), "\xC0\x81\xED\xA0\x80"); // Overlong; half of a surrogate pair.
 }
 
-TEST(FoldedName, foldsTheValidTextAroundBytesThatAreNotUtf8)
+TEST(TextOrderFoldedName, foldsTheValidTextAroundBytesThatAreNotUtf8)
 {
     EXPECT_EQ(foldedName("NIN\u0303O\xFFN\u0303"), "niño\xFFñ");
 }
@@ -97,7 +97,7 @@ RC_GTEST_PROP(FoldedName, isItsOwnFoldedName, (const std::string& bytes))
     RC_ASSERT(foldedName(foldedName(bytes)) == foldedName(bytes));
 }
 
-TEST(FoldedName, isItsOwnFoldedNameForEveryLetter)
+TEST(TextOrderFoldedName, isItsOwnFoldedNameForEveryLetter)
 {
     for (char32_t letter = 0x80; letter < 0x20000; ++letter) {
         if (letter >= 0xD800 && letter < 0xE000)
@@ -118,7 +118,7 @@ TEST(FoldedName, isItsOwnFoldedNameForEveryLetter)
     }
 }
 
-TEST(CollationLocale, isTheFirstThatIsSet)
+TEST(TextOrderCollationLocale, isTheFirstThatIsSet)
 {
     unsetenv("LC_ALL");
     unsetenv("LC_COLLATE");
@@ -148,23 +148,23 @@ std::vector<std::string> sorted(const char* locale, std::vector<std::string> nam
 
 using Names = std::vector<std::string>;
 
-class FileBrowserOrderIn : public testing::TestWithParam<const char*> {};
+class TextOrderFileBrowserOrderIn : public testing::TestWithParam<const char*> {};
 
-TEST_P(FileBrowserOrderIn, comparesRunsOfDigitsByValue)
+TEST_P(TextOrderFileBrowserOrderIn, comparesRunsOfDigitsByValue)
 {
     EXPECT_EQ(sorted(GetParam(), {"C10.MP4", "C2.MP4", "C1.MP4"}), (Names{"C1.MP4", "C2.MP4", "C10.MP4"}));
     EXPECT_EQ(sorted(GetParam(), {"100CANON/B", "99CANON/A"}), (Names{"99CANON/A", "100CANON/B"}));
     EXPECT_EQ(sorted(GetParam(), {"x20231231235959999", "x3"}), (Names{"x3", "x20231231235959999"}));
 }
 
-TEST_P(FileBrowserOrderIn, looksAtLetterCaseLast)
+TEST_P(TextOrderFileBrowserOrderIn, looksAtLetterCaseLast)
 {
     EXPECT_EQ(sorted(GetParam(), {"b.mov", "C.mov", "A.mov"}), (Names{"A.mov", "b.mov", "C.mov"}));
     EXPECT_EQ(sorted(GetParam(), {"CLIP2.mov", "clip10.mov", "clip1.mov"}),
               (Names{"clip1.mov", "CLIP2.mov", "clip10.mov"}));
 }
 
-TEST_P(FileBrowserOrderIn, letsTheBytesDecideBetweenNamesThatCollateAsEqual)
+TEST_P(TextOrderFileBrowserOrderIn, letsTheBytesDecideBetweenNamesThatCollateAsEqual)
 {
     EXPECT_EQ(sorted(GetParam(), {"C1.MP4", "C01.MP4", "C001.MP4"}), (Names{"C001.MP4", "C01.MP4", "C1.MP4"}));
     EXPECT_EQ(sorted(GetParam(), {"\u00F1", "n\u0303"}), (Names{"n\u0303", "\u00F1"}));
@@ -172,11 +172,11 @@ TEST_P(FileBrowserOrderIn, letsTheBytesDecideBetweenNamesThatCollateAsEqual)
     EXPECT_EQ(sorted(GetParam(), {"a\xFF", "a\xFE"}), (Names{"a\xFE", "a\xFF"}));
 }
 
-INSTANTIATE_TEST_SUITE_P(everyLocale, FileBrowserOrderIn,
+INSTANTIATE_TEST_SUITE_P(everyLocale, TextOrderFileBrowserOrderIn,
                          testing::Values("", "C", "POSIX", "C.UTF-8", "es_ES.UTF-8", "en_US", "de_DE@euro",
                                          "ja_JP.UTF-8", "no such locale"));
 
-TEST(FileBrowserOrder, followsTheLanguage)
+TEST(TextOrderFileBrowserOrder, followsTheLanguage)
 {
     EXPECT_EQ(sorted("es_ES.UTF-8", {"ña", "nz", "o"}), (Names{"nz", "ña", "o"}));
     EXPECT_EQ(sorted("C", {"nz", "ña", "o"}), (Names{"ña", "nz", "o"}));
@@ -184,7 +184,7 @@ TEST(FileBrowserOrder, followsTheLanguage)
     EXPECT_EQ(sorted("de_DE.UTF-8", {"z", "ö"}), (Names{"ö", "z"}));
 }
 
-TEST(FileBrowserOrder, hasAKeyForNamesOfAnyLength)
+TEST(TextOrderFileBrowserOrder, hasAKeyForNamesOfAnyLength)
 {
     const FileBrowserOrder order("C");
     const std::string longName(4000, 'x');
@@ -212,7 +212,7 @@ RC_GTEST_PROP(FileBrowserOrder, followsTheNumber, ())
     RC_ASSERT((key(a) < key(b)) == (a < b));
 }
 
-TEST(FileBrowserOrder, hasKeysForNumbersOfAnyLength)
+TEST(TextOrderFileBrowserOrder, hasKeysForNumbersOfAnyLength)
 {
     const FileBrowserOrder order("C");
     for (const std::size_t digits : {1U, 253U, 254U, 255U, 600U}) {
@@ -223,7 +223,7 @@ TEST(FileBrowserOrder, hasKeysForNumbersOfAnyLength)
     }
 }
 
-TEST(FoldedName, isOneForBothCasesOfEveryAsciiLetter)
+TEST(TextOrderFoldedName, isOneForBothCasesOfEveryAsciiLetter)
 {
     for (const char* letters : {"ABCDEFGHIJKLMNOPQRSTUVWXYZ", "aBcDeFgHiJkLmNoPqRsTuVwXyZ"}) {
         EXPECT_EQ(foldedName(letters), "abcdefghijklmnopqrstuvwxyz");
@@ -232,7 +232,7 @@ TEST(FoldedName, isOneForBothCasesOfEveryAsciiLetter)
     }
 }
 
-TEST(FoldedName, canBeOfAsciiThoughTheNameIsNot)
+TEST(TextOrderFoldedName, canBeOfAsciiThoughTheNameIsNot)
 {
     EXPECT_EQ(foldedName("\u212Aino.MOV"), "kino.mov"); // the sign for kelvin
     EXPECT_TRUE(isSameName("\u212Aino.MOV", "kino.mov"));

@@ -42,7 +42,7 @@ std::string sealed(std::string_view name)
     return sealedName(name, {});
 }
 
-class CopyTest : public testing::Test {
+class LinuxFileManagerCopy : public testing::Test {
 protected:
     std::string failureOfCopy(const Location& source, const Location& target) const
     {
@@ -59,7 +59,7 @@ protected:
     TemporaryFolder disk;
 };
 
-TEST_F(CopyTest, copiesEveryByteWhateverTheSize)
+TEST_F(LinuxFileManagerCopy, copiesEveryByteWhateverTheSize)
 {
     std::string content;
     for (std::size_t i = 0; content.size() < 20'000'001; ++i)
@@ -75,13 +75,13 @@ TEST_F(CopyTest, copiesEveryByteWhateverTheSize)
     }
 }
 
-TEST_F(CopyTest, copiesAnEmptyFile)
+TEST_F(LinuxFileManagerCopy, copiesAnEmptyFile)
 {
     copyFile(card.file("x.mov", ""), disk / "x.mov");
     EXPECT_EQ(contentOf(disk / "x.mov"), "");
 }
 
-TEST_F(CopyTest, keepsTheModificationTime)
+TEST_F(LinuxFileManagerCopy, keepsTheModificationTime)
 {
     const Location source = card.file("x.mov");
     const struct timespec times[] = {{1'000'000'000, 0}, {1'600'000'000, 123'456'789}};
@@ -91,7 +91,7 @@ TEST_F(CopyTest, keepsTheModificationTime)
     EXPECT_EQ(attributesOf(disk / "x.mov").st_mtim.tv_nsec, 123'456'789);
 }
 
-TEST_F(CopyTest, keepsTheRightsToReadAndWriteOnly)
+TEST_F(LinuxFileManagerCopy, keepsTheRightsToReadAndWriteOnly)
 {
     for (const mode_t mode : {06755U, 0444U, 0600U, 0666U, 0111U}) {
         const Location source = card.file("x.mov");
@@ -103,7 +103,7 @@ TEST_F(CopyTest, keepsTheRightsToReadAndWriteOnly)
     }
 }
 
-TEST_F(CopyTest, leavesTheSourcesAccessTimeAlone)
+TEST_F(LinuxFileManagerCopy, leavesTheSourcesAccessTimeAlone)
 {
     const Location source = card.file("x.mov");
     const struct timespec old[] = {{1'000'000'000, 0}, {1'100'000'000, 0}}; // older than modified: due for an update
@@ -112,7 +112,7 @@ TEST_F(CopyTest, leavesTheSourcesAccessTimeAlone)
     EXPECT_EQ(attributesOf(source).st_atim.tv_sec, 1'000'000'000);
 }
 
-TEST_F(CopyTest, readsFilesOfOtherOwners)
+TEST_F(LinuxFileManagerCopy, readsFilesOfOtherOwners)
 {
     const Location source = card.file("x.mov");
     fs::permissions(disk.location().path(), fs::perms(0777));
@@ -120,7 +120,7 @@ TEST_F(CopyTest, readsFilesOfOtherOwners)
     EXPECT_EQ(contentOf(disk / "x.mov"), "x");
 }
 
-TEST_F(CopyTest, worksInAFolderThatCannotBeListed)
+TEST_F(LinuxFileManagerCopy, worksInAFolderThatCannotBeListed)
 {
     const Location source = card.file("x.mov");
     fs::permissions(disk.location().path(), fs::perms(0733));
@@ -128,14 +128,14 @@ TEST_F(CopyTest, worksInAFolderThatCannotBeListed)
     EXPECT_EQ(contentOf(disk / "x.mov"), "x");
 }
 
-TEST_F(CopyTest, copiesNamesOfTheGreatestLength)
+TEST_F(LinuxFileManagerCopy, copiesNamesOfTheGreatestLength)
 {
     const std::string name(255, 'n');
     copyFile(card.file(name), disk / name);
     EXPECT_EQ(onDisk(), std::vector<std::string>{name});
 }
 
-TEST_F(CopyTest, copiesBeyondTheLongestPath)
+TEST_F(LinuxFileManagerCopy, copiesBeyondTheLongestPath)
 {
     LinuxFileManager files;
     Location source = card.location();
@@ -153,7 +153,7 @@ TEST_F(CopyTest, copiesBeyondTheLongestPath)
     EXPECT_EQ(entriesBelow(disk.location(), [](std::string_view) { return true; })[0].size, 4);
 }
 
-TEST_F(CopyTest, neverReplacesWhatStandsAtTheTarget)
+TEST_F(LinuxFileManagerCopy, neverReplacesWhatStandsAtTheTarget)
 {
     const Location source = card.file("x.mov", "new");
     disk.file("file.mov", "old");
@@ -168,13 +168,13 @@ TEST_F(CopyTest, neverReplacesWhatStandsAtTheTarget)
     EXPECT_EQ(onDisk(), before);
 }
 
-TEST_F(CopyTest, failsWithoutASource)
+TEST_F(LinuxFileManagerCopy, failsWithoutASource)
 {
     EXPECT_EQ(failureOfCopy(card / "x.mov", disk / "x.mov"), (card / "x.mov").path() + ": no se encuentra.");
     EXPECT_TRUE(onDisk().empty());
 }
 
-TEST_F(CopyTest, copiesRegularFilesOnly)
+TEST_F(LinuxFileManagerCopy, copiesRegularFilesOnly)
 {
     card.folder("folder.mov");
     card.file("real.mov");
@@ -188,7 +188,7 @@ TEST_F(CopyTest, copiesRegularFilesOnly)
     EXPECT_TRUE(onDisk().empty());
 }
 
-TEST_F(CopyTest, refusesAFileThatHasMoreOrFewerBytesThanItSays)
+TEST_F(LinuxFileManagerCopy, refusesAFileThatHasMoreOrFewerBytesThanItSays)
 {
     const Location saysNone("/proc/version");
     const Location saysAPage("/sys/kernel/mm/transparent_hugepage/enabled");
@@ -198,7 +198,7 @@ TEST_F(CopyTest, refusesAFileThatHasMoreOrFewerBytesThanItSays)
     EXPECT_TRUE(onDisk().empty());
 }
 
-TEST_F(CopyTest, refusesAFileThatChangesMeanwhile)
+TEST_F(LinuxFileManagerCopy, refusesAFileThatChangesMeanwhile)
 {
     const Location source = card.file("x.mov", std::string(std::size_t(4) << 20, 'x'));
     std::jthread other([&](const std::stop_token& stop) {
@@ -216,20 +216,20 @@ TEST_F(CopyTest, refusesAFileThatChangesMeanwhile)
     EXPECT_TRUE(onDisk().empty());
 }
 
-TEST_F(CopyTest, failsWithoutATargetFolder)
+TEST_F(LinuxFileManagerCopy, failsWithoutATargetFolder)
 {
     EXPECT_EQ(failureOfCopy(card.file("x.mov"), disk / "missing/x.mov"),
               (disk / "missing").path() + ": no se encuentra.");
 }
 
-TEST_F(CopyTest, failsWithoutPermission)
+TEST_F(LinuxFileManagerCopy, failsWithoutPermission)
 {
     const Location source = card.file("x.mov");
     EXPECT_EQ(runUnprivileged([&] { return failureOfCopy(source, disk / "x.mov"); }),
               (disk / "x.mov").path() + ": no tienes permiso.");
 }
 
-TEST_F(CopyTest, refusesEarlyAFileAboveTheProcessLimit)
+TEST_F(LinuxFileManagerCopy, refusesEarlyAFileAboveTheProcessLimit)
 {
     const Location source = card.file("x.mov", std::string(8192, 'x'));
     const auto outcomeWithin = [&](rlim_t bytes) {
@@ -246,13 +246,13 @@ TEST_F(CopyTest, refusesEarlyAFileAboveTheProcessLimit)
     EXPECT_EQ(outcomeWithin(8192), "none");
 }
 
-TEST(LargestFile, isFourGigabytesLessAByteOnFat32)
+TEST(LinuxFileManagerCopyLargestFile, isFourGigabytesLessAByteOnFat32)
 {
     EXPECT_EQ(largestFile(MSDOS_SUPER_MAGIC), 4'294'967'295);
     EXPECT_EQ(largestFile(EXT4_SUPER_MAGIC), std::nullopt);
 }
 
-TEST_F(CopyTest, leavesNothingBehindWhenStopped)
+TEST_F(LinuxFileManagerCopy, leavesNothingBehindWhenStopped)
 {
     std::stop_source stop;
     stop.request_stop();
@@ -260,7 +260,7 @@ TEST_F(CopyTest, leavesNothingBehindWhenStopped)
     EXPECT_TRUE(onDisk().empty());
 }
 
-TEST_F(CopyTest, replacesWhatAKilledRunLeftBehind)
+TEST_F(LinuxFileManagerCopy, replacesWhatAKilledRunLeftBehind)
 {
     disk.file(growing("x.mov"), "half a vid");
     disk.file(sealed("x.mov"), "whole but not named");
@@ -269,7 +269,7 @@ TEST_F(CopyTest, replacesWhatAKilledRunLeftBehind)
     EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
 }
 
-TEST_F(CopyTest, leavesAloneTheSecondNameOfAFinishedVideo)
+TEST_F(LinuxFileManagerCopy, leavesAloneTheSecondNameOfAFinishedVideo)
 {
     const Location finished = disk.file("moved.mov", "finished");
     fs::create_hard_link(finished.path(), (disk / growing("x.mov")).path());
@@ -278,7 +278,7 @@ TEST_F(CopyTest, leavesAloneTheSecondNameOfAFinishedVideo)
     EXPECT_EQ(onDisk(), std::vector<std::string>({"moved.mov", "x.mov"}));
 }
 
-TEST_F(CopyTest, leavesAloneWhatALivingRunIsWriting)
+TEST_F(LinuxFileManagerCopy, leavesAloneWhatALivingRunIsWriting)
 {
     const Location theirs = disk.file(growing("x.mov"), "half");
     const int living = ::open(theirs.path().c_str(), O_RDWR | O_CLOEXEC);
@@ -289,7 +289,7 @@ TEST_F(CopyTest, leavesAloneWhatALivingRunIsWriting)
     ::close(living);
 }
 
-TEST_F(CopyTest, takesItsOwnAbandonedReservationForNothing)
+TEST_F(LinuxFileManagerCopy, takesItsOwnAbandonedReservationForNothing)
 {
     disk.file("x.mov", "");
     EXPECT_TRUE(LinuxFileManager().fileExists(disk / "x.mov"));
@@ -300,7 +300,7 @@ TEST_F(CopyTest, takesItsOwnAbandonedReservationForNothing)
     EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
 }
 
-TEST_F(CopyTest, takesNoFileWithContentForAReservation)
+TEST_F(LinuxFileManagerCopy, takesNoFileWithContentForAReservation)
 {
     disk.file("x.mov", "theirs");
     disk.file(sealed("x.mov"), "whole");
@@ -324,7 +324,7 @@ TEST(TemporaryNames, fitTheFileSystemAndKeepCharactersWhole)
     EXPECT_EQ(sealedName("x.mov", fileSystem), ".x.mov.reelkeep-lista");
 }
 
-TEST_F(CopyTest, leavesNothingOpen)
+TEST_F(LinuxFileManagerCopy, leavesNothingOpen)
 {
     const auto openFiles = [] {
         return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());

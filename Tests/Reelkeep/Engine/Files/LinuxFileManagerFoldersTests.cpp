@@ -31,14 +31,14 @@ Location longPathBelow(const TemporaryFolder& root)
     return path;
 }
 
-TEST(CreateDirectory, makesEveryMissingFolder)
+TEST(LinuxFileManagerFoldersCreateDirectory, makesEveryMissingFolder)
 {
     const TemporaryFolder root;
     LinuxFileManager().createDirectory(root / "a/b/c");
     EXPECT_TRUE(fs::is_directory((root / "a/b/c").path()));
 }
 
-TEST(CreateDirectory, acceptsWhatExists)
+TEST(LinuxFileManagerFoldersCreateDirectory, acceptsWhatExists)
 {
     const TemporaryFolder root;
     root.folder("a");
@@ -50,7 +50,7 @@ TEST(CreateDirectory, acceptsWhatExists)
     EXPECT_EQ(createDirectoryFailure(Location("/")), "none");
 }
 
-TEST(CreateDirectory, worksBeyondTheLongestPath)
+TEST(LinuxFileManagerFoldersCreateDirectory, worksBeyondTheLongestPath)
 {
     const TemporaryFolder root;
     const Location deep = longPathBelow(root);
@@ -59,7 +59,7 @@ TEST(CreateDirectory, worksBeyondTheLongestPath)
     EXPECT_EQ(createDirectoryFailure(deep), "none");
 }
 
-TEST(CreateDirectory, saysWhatIsInTheWay)
+TEST(LinuxFileManagerFoldersCreateDirectory, saysWhatIsInTheWay)
 {
     const TemporaryFolder root;
     root.file("file");
@@ -72,21 +72,21 @@ TEST(CreateDirectory, saysWhatIsInTheWay)
               (root / "link").path() + ": hay un enlace roto donde hace falta una carpeta.");
 }
 
-TEST(CreateDirectory, saysThatANameIsTooLong)
+TEST(LinuxFileManagerFoldersCreateDirectory, saysThatANameIsTooLong)
 {
     const TemporaryFolder root;
     const Location folder = root / std::string(256, 'n');
     EXPECT_EQ(createDirectoryFailure(folder), folder.path() + ": el nombre es demasiado largo.");
 }
 
-TEST(CreateDirectory, saysThatItIsNotAllowed)
+TEST(LinuxFileManagerFoldersCreateDirectory, saysThatItIsNotAllowed)
 {
     const TemporaryFolder root;
     EXPECT_EQ(runUnprivileged([&] { return createDirectoryFailure(root / "a"); }),
               (root / "a").path() + ": no tienes permiso.");
 }
 
-TEST(FileExists, seesEveryKindOfEntry)
+TEST(LinuxFileManagerFoldersFileExists, seesEveryKindOfEntry)
 {
     const TemporaryFolder root;
     fs::create_symlink("nowhere", (root / "link").path());
@@ -97,7 +97,7 @@ TEST(FileExists, seesEveryKindOfEntry)
     EXPECT_TRUE(LinuxFileManager().fileExists(Location("/")));
 }
 
-TEST(FileExists, isFalseWhereNothingCanStand)
+TEST(LinuxFileManagerFoldersFileExists, isFalseWhereNothingCanStand)
 {
     const TemporaryFolder root;
     root.file("file");
@@ -108,7 +108,7 @@ TEST(FileExists, isFalseWhereNothingCanStand)
     EXPECT_FALSE(LinuxFileManager().fileExists((root / "file").appending(longPathBelow(root).path())));
 }
 
-TEST(FileExists, failsWhereItCannotBeTold)
+TEST(LinuxFileManagerFoldersFileExists, failsWhereItCannotBeTold)
 {
     const TemporaryFolder root;
     EXPECT_THROW(LinuxFileManager().fileExists(root / std::string(256, 'n')), FileError);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
@@ -38,7 +39,7 @@ std::vector<std::string> pathsBelow(const Location& root)
     return paths;
 }
 
-class WalkTest : public testing::Test {
+class LinuxFileManagerWalk : public testing::Test {
 protected:
     std::vector<std::string> found() const
     {
@@ -65,7 +66,7 @@ protected:
     TemporaryFolder root;
 };
 
-TEST_F(WalkTest, findsWantedFilesAtEveryDepth)
+TEST_F(LinuxFileManagerWalk, findsWantedFilesAtEveryDepth)
 {
     root.file("x.mov");
     root.file("a/y.mov");
@@ -74,7 +75,7 @@ TEST_F(WalkTest, findsWantedFilesAtEveryDepth)
     EXPECT_EQ(found(), std::vector<std::string>({"a/b/z.mov", "a/y.mov", "x.mov"}));
 }
 
-TEST_F(WalkTest, reportsSizeAndModificationDate)
+TEST_F(LinuxFileManagerWalk, reportsSizeAndModificationDate)
 {
     const Location file = root.file("x.mov", "12345");
     const struct timespec times[] = {{1'000'000'000, 0}, {1'700'000'000, 5}};
@@ -87,7 +88,7 @@ TEST_F(WalkTest, reportsSizeAndModificationDate)
               Date(std::chrono::seconds(1'700'000'000) + std::chrono::nanoseconds(5)));
 }
 
-TEST_F(WalkTest, goesDepthFirstInTheOrderOfTheFileSystem)
+TEST_F(LinuxFileManagerWalk, goesDepthFirstInTheOrderOfTheFileSystem)
 {
     for (int i = 0; i < 40; ++i) {
         root.file("f" + std::to_string(i) + ".mov");
@@ -101,7 +102,7 @@ TEST_F(WalkTest, goesDepthFirstInTheOrderOfTheFileSystem)
     EXPECT_EQ(pathsBelow(root.location()), expected);
 }
 
-TEST_F(WalkTest, leavesOutHiddenEntriesAndTrash)
+TEST_F(LinuxFileManagerWalk, leavesOutHiddenEntriesAndTrash)
 {
     root.file(".x.mov");
     root.file(".hidden/x.mov");
@@ -113,7 +114,7 @@ TEST_F(WalkTest, leavesOutHiddenEntriesAndTrash)
     EXPECT_EQ(found(), std::vector<std::string>{"a/x.mov"});
 }
 
-TEST_F(WalkTest, leavesOutPackages)
+TEST_F(LinuxFileManagerWalk, leavesOutPackages)
 {
     for (const char* extension :
          {"app", "bundle", "framework", "plugin", "kext", "photoslibrary", "aplibrary", "imovielibrary", "fcpbundle",
@@ -122,21 +123,21 @@ TEST_F(WalkTest, leavesOutPackages)
     EXPECT_TRUE(found().empty());
 }
 
-TEST_F(WalkTest, goesIntoTheStructuresOfCameras)
+TEST_F(LinuxFileManagerWalk, goesIntoTheStructuresOfCameras)
 {
     root.file("AVCHD/BDMV/STREAM/x.mov");
     root.file("A001.RDM/A001_C001.RDC/x.mov");
     EXPECT_EQ(found().size(), 2U);
 }
 
-TEST_F(WalkTest, takesAFileForNoPackage)
+TEST_F(LinuxFileManagerWalk, takesAFileForNoPackage)
 {
     EXPECT_TRUE(entriesBelow(root.location(), isMovie).empty());
     root.file("x.app");
     EXPECT_EQ(entriesBelow(root.location(), [](std::string_view) { return true; }).size(), 1U);
 }
 
-TEST_F(WalkTest, appliesNeitherRuleToTheChosenRoot)
+TEST_F(LinuxFileManagerWalk, appliesNeitherRuleToTheChosenRoot)
 {
     root.file(".hidden/x.mov");
     root.file("Film.fcpbundle/x.mov");
@@ -145,7 +146,7 @@ TEST_F(WalkTest, appliesNeitherRuleToTheChosenRoot)
         EXPECT_EQ(pathsBelow(root / chosen).size(), 1U);
 }
 
-TEST_F(WalkTest, followsNoLinks)
+TEST_F(LinuxFileManagerWalk, followsNoLinks)
 {
     TemporaryFolder elsewhere;
     elsewhere.file("x.mov");
@@ -155,7 +156,7 @@ TEST_F(WalkTest, followsNoLinks)
     EXPECT_TRUE(found().empty());
 }
 
-TEST_F(WalkTest, walksARootThatIsALink)
+TEST_F(LinuxFileManagerWalk, walksARootThatIsALink)
 {
     TemporaryFolder elsewhere;
     elsewhere.file("x.mov");
@@ -163,14 +164,14 @@ TEST_F(WalkTest, walksARootThatIsALink)
     EXPECT_EQ(pathsBelow(root / "link"), std::vector<std::string>{(root / "link/x.mov").path()});
 }
 
-TEST_F(WalkTest, takesRegularFilesOnly)
+TEST_F(LinuxFileManagerWalk, takesRegularFilesOnly)
 {
     root.folder("folder.mov");
     ASSERT_EQ(::mkfifo((root / "pipe.mov").path().c_str(), 0600), 0);
     EXPECT_TRUE(found().empty());
 }
 
-TEST_F(WalkTest, findsNothingBelowARootThatIsMissingOrNoFolder)
+TEST_F(LinuxFileManagerWalk, findsNothingBelowARootThatIsMissingOrNoFolder)
 {
     EXPECT_TRUE(pathsBelow(root / "missing").empty());
     ASSERT_EQ(::mkfifo((root / "pipe").path().c_str(), 0600), 0); // to open it would wait for somebody who writes
@@ -181,7 +182,7 @@ TEST_F(WalkTest, findsNothingBelowARootThatIsMissingOrNoFolder)
     EXPECT_TRUE(pathsBelow(root / "loop/below").empty());
 }
 
-TEST_F(WalkTest, failsAtARootThatCannotBeOpenedForAnyOtherReason)
+TEST_F(LinuxFileManagerWalk, failsAtARootThatCannotBeOpenedForAnyOtherReason)
 {
     const Location tooLong = root / std::string(300, 'n');
     try {
@@ -192,14 +193,14 @@ TEST_F(WalkTest, failsAtARootThatCannotBeOpenedForAnyOtherReason)
     }
 }
 
-TEST_F(WalkTest, findsNothingBelowARootThatCannotBeListed)
+TEST_F(LinuxFileManagerWalk, findsNothingBelowARootThatCannotBeListed)
 {
     root.file("x.mov");
     restrict("", 0311);
     EXPECT_EQ(outcomeUnprivileged(), "");
 }
 
-TEST_F(WalkTest, passesOverAFolderThatCannotBeOpened)
+TEST_F(LinuxFileManagerWalk, passesOverAFolderThatCannotBeOpened)
 {
     root.file("a.mov");
     root.file("lost+found/x.mov");
@@ -208,7 +209,7 @@ TEST_F(WalkTest, passesOverAFolderThatCannotBeOpened)
     EXPECT_EQ(outcomeUnprivileged(), "a.mov z.mov ");
 }
 
-TEST_F(WalkTest, failsInAFolderThatMayBeListedButNotEntered)
+TEST_F(LinuxFileManagerWalk, failsInAFolderThatMayBeListedButNotEntered)
 {
     for (const char* held : {"x.mov", "x.txt", "folder/x.txt", "Film.fcpbundle/x.mov"}) {
         const std::string name = std::string("locked") + std::to_string(std::string_view(held).size());
@@ -219,7 +220,7 @@ TEST_F(WalkTest, failsInAFolderThatMayBeListedButNotEntered)
     }
 }
 
-TEST_F(WalkTest, failsAtARootThatMayBeListedButNotEntered)
+TEST_F(LinuxFileManagerWalk, failsAtARootThatMayBeListedButNotEntered)
 {
     root.file("in/x.txt");
     restrict("in", 0744);
@@ -227,7 +228,7 @@ TEST_F(WalkTest, failsAtARootThatMayBeListedButNotEntered)
     EXPECT_NE(outcome.find(": no tienes permiso."), std::string::npos);
 }
 
-TEST_F(WalkTest, passesOverAFolderThatMayNotBeEnteredAndHoldsHiddenEntriesOnly)
+TEST_F(LinuxFileManagerWalk, passesOverAFolderThatMayNotBeEnteredAndHoldsHiddenEntriesOnly)
 {
     root.file("locked/.hidden.mov");
     root.file("x.mov");
@@ -235,7 +236,7 @@ TEST_F(WalkTest, passesOverAFolderThatMayNotBeEnteredAndHoldsHiddenEntriesOnly)
     EXPECT_EQ(outcomeUnprivileged(), "x.mov ");
 }
 
-TEST_F(WalkTest, keepsNamesThatAreNoText)
+TEST_F(LinuxFileManagerWalk, keepsNamesThatAreNoText)
 {
     root.file("\xff\xfe.mov");
     root.file("line\nbreak.mov");
@@ -243,25 +244,27 @@ TEST_F(WalkTest, keepsNamesThatAreNoText)
     EXPECT_EQ(found(), std::vector<std::string>({"-rf.mov", "line\nbreak.mov", "\xff\xfe.mov"}));
 }
 
-TEST_F(WalkTest, readsWithAsManyThreadsAsAreAskedFor)
+TEST_F(LinuxFileManagerWalk, readsWithAsManyThreadsAsAreAskedFor)
 {
     for (int i = 0; i < 200; ++i)
         root.file(std::to_string(i) + "/x.mov");
     for (const unsigned walkers : {1U, 2U, 4U}) {
         std::mutex mutex;
+        std::condition_variable arrived;
         std::set<std::thread::id> readers;
-        const auto note = [&](std::string_view) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1)); // while the others find something to do
-            const std::lock_guard lock(mutex);
+        const auto waitForTheOthers = [&](std::string_view) {
+            std::unique_lock lock(mutex);
             readers.insert(std::this_thread::get_id());
+            arrived.notify_all();
+            arrived.wait_for(lock, std::chrono::seconds(20), [&] { return readers.size() >= walkers; });
             return true;
         };
-        EXPECT_EQ(entriesBelow(root.location(), note, FixedWalkers(walkers)).size(), 200U);
+        EXPECT_EQ(entriesBelow(root.location(), waitForTheOthers, FixedWalkers(walkers)).size(), 200U);
         EXPECT_EQ(readers.size(), walkers);
     }
 }
 
-TEST_F(WalkTest, leavesOutADateThatCannotBeTold)
+TEST_F(LinuxFileManagerWalk, leavesOutADateThatCannotBeTold)
 {
     const TemporaryFolder memory("/dev/shm");
     const Location file = memory.file("x.mov");
@@ -281,7 +284,7 @@ TEST_F(WalkTest, leavesOutADateThatCannotBeTold)
 }
 
 /// A chain of folders with a file in each, made and removed step by step: paths become longer than calls take.
-class DeepWalkTest : public WalkTest {
+class LinuxFileManagerWalkDeep : public LinuxFileManagerWalk {
 protected:
     static constexpr int depth = 2500;
 
@@ -316,7 +319,7 @@ protected:
     }
 };
 
-TEST_F(DeepWalkTest, findsFilesBeyondTheLongestPath)
+TEST_F(LinuxFileManagerWalkDeep, findsFilesBeyondTheLongestPath)
 {
     const auto paths = pathsBelow(root.location());
     EXPECT_EQ(paths.size(), std::size_t(depth));
@@ -325,7 +328,7 @@ TEST_F(DeepWalkTest, findsFilesBeyondTheLongestPath)
     EXPECT_GT(deepest->size(), std::size_t(PATH_MAX));
 }
 
-TEST_F(DeepWalkTest, needsFewOpenFiles)
+TEST_F(LinuxFileManagerWalkDeep, needsFewOpenFiles)
 {
     struct rlimit before = {};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
@@ -336,7 +339,7 @@ TEST_F(DeepWalkTest, needsFewOpenFiles)
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
 }
 
-TEST_F(WalkTest, stopsWhenAsked)
+TEST_F(LinuxFileManagerWalk, stopsWhenAsked)
 {
     root.file("a/x.mov");
     std::stop_source stop;
@@ -348,7 +351,7 @@ TEST_F(WalkTest, stopsWhenAsked)
     EXPECT_THROW(entriesBelow(root.location(), stopAtTheFirst, LinuxFileManager(), stop.get_token()), Stopped);
 }
 
-TEST_F(WalkTest, leavesNothingOpen)
+TEST_F(LinuxFileManagerWalk, leavesNothingOpen)
 {
     root.file("a/b/x.mov");
     const auto openFiles = [] {
@@ -359,7 +362,7 @@ TEST_F(WalkTest, leavesNothingOpen)
     EXPECT_EQ(openFiles(), before);
 }
 
-TEST_F(WalkTest, leavesAccessTimesOfOwnFoldersAlone)
+TEST_F(LinuxFileManagerWalk, leavesAccessTimesOfOwnFoldersAlone)
 {
     const std::string folder = root.folder("a").path();
     const struct timespec old[] = {{1'000'000'000, 0}, {1'100'000'000, 0}}; // older than modified: due for an update
