@@ -10,8 +10,9 @@ namespace reelkeep {
 
 namespace {
 
-/// Long enough for a job to reach its next check of the stop token, short enough for someone who closes a window.
-constexpr std::chrono::milliseconds patience{500};
+/// Long enough for a copy to a slow disk to come back from its system call and remove its hidden file, short enough for
+/// the program to end within a second.
+constexpr std::chrono::milliseconds patience{750};
 
 } // namespace
 

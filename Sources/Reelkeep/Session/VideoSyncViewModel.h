@@ -68,7 +68,7 @@ public:
     void scanFolders();
     void copyMissingVideos();
 
-    /// Only for the end of the program: tells the workers to stop and waits for them, half a second at most. On a disk
+    /// Only for the end of the program: tells the workers to stop and waits for them, but not for long. On a disk
     /// that answers no partial file stays behind. No operation may follow.
     void stopWorkers();
 

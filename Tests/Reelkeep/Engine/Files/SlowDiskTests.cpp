@@ -33,10 +33,10 @@ protected:
     TemporaryFolder card{"/dev/shm"};
 };
 
-/// The window gives its workers half a second before it ends the program under them.
+/// The window gives its workers three quarters of a second before it ends the program under them.
 TEST_P(SlowDisk, stopsSoonAndLeavesNothingHidden)
 {
-    constexpr milliseconds patience(500);
+    constexpr milliseconds patience(750);
     FaultDisk below(400);
     MountedDisk disk(std::get<0>(GetParam()), below);
     std::mt19937 random(20240501);
