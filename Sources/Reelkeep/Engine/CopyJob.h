@@ -17,9 +17,9 @@ struct CopyJob {
 
     using ProgressSink = std::function<void(const CopyProgress&)>;
 
-    /// Copies what does not stand at its target yet. `progress` is called on this thread: before each file and once at
-    /// the end, n + 1 reports for n records. Throws FileError at the first failure, with no summary and no last report;
-    /// what was copied before stays. Throws Stopped.
+    /// Copies each video that does not stand at its target yet. `progress` is called on this thread: before each file
+    /// and once at the end, n + 1 reports for n records. Throws FileError at the first failure, with no summary and no
+    /// last report; what was copied before stays. Throws Stopped.
     CopySummary run(FileManager& fileManager, const ProgressSink& progress, const std::stop_token& stop = {}) const;
 };
 

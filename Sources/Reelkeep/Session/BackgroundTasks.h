@@ -23,7 +23,8 @@ public:
     /// be started.
     void run(Job job);
 
-    /// Tells the running jobs, and any that start later, to stop. Returns once all have ended, or after three quarters of a second.
+    /// Tells the running jobs, and any that start later, to stop. Returns once all have ended, or after three quarters
+    /// of a second.
     void stop();
 
 private:

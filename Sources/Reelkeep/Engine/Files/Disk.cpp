@@ -18,8 +18,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Cold disks and those behind other programs take 0.4 and 0.1 of the time that one thread takes, folders in memory
-/// 0.6. Sixteen gain nothing more; docs/performance.md has the figures.
+/// Compared with one thread, cold disks take 0.4 of the time, FUSE disks 0.1, folders in memory 0.6. Sixteen gain
+/// nothing more; docs/performance.md has the figures.
 constexpr unsigned manyWalkers = 8;
 
 std::string numbersOf(unsigned majorNumber, unsigned minorNumber)

@@ -27,7 +27,7 @@ public:
     int get() const { return number; }
     explicit operator bool() const { return number >= 0; }
 
-    /// What it held is synced before where it matters, so that the result of closing says nothing new.
+    /// Errors of close() are ignored: data that matters was synced before.
     void close()
     {
         if (number >= 0)

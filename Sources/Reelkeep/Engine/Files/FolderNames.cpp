@@ -12,7 +12,7 @@ char lowered(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/// Letter case of ASCII aside; `lowerCase` has none.
+/// ASCII case-insensitive; `lowerCase` must be lower case already.
 bool isEqual(std::string_view name, std::string_view lowerCase)
 {
     return std::equal(name.begin(), name.end(), lowerCase.begin(), lowerCase.end(),

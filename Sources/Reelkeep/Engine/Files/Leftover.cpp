@@ -16,8 +16,7 @@ namespace {
 
 FileDescriptor openHidden(int folder, const std::string& name, int access)
 {
-    return FileDescriptor(
-        uninterrupted([&] { return ::openat(folder, name.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC); }));
+    return openAt(folder, name.c_str(), access | O_NOFOLLOW | O_NONBLOCK);
 }
 
 bool isBefore(const struct timespec& one, const struct timespec& other)

@@ -17,15 +17,15 @@ namespace {
 
 FileDescriptor openPlace(int folder, const char* path)
 {
-    return FileDescriptor(uninterrupted([&] { return ::openat(folder, path, O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    return openAt(folder, path, O_PATH | O_DIRECTORY);
 }
 
-/// Makes one folder and puts its entry on the disk: syncing a file later syncs the folder that holds it, but not the
+/// Makes one folder and puts its entry on the disk: publishing a file later syncs the folder that holds it, but not the
 /// folders above. `path` is for the error.
 FileDescriptor makeFolder(int above, const std::string& name, const std::string& path)
 {
     const bool isNew = ::mkdirat(above, name.c_str(), 0777) == 0;
-    if (!isNew && errno != EEXIST) // meanwhile another may have made it: all the better
+    if (!isNew && errno != EEXIST) // another program may have made it meanwhile
         throw creationError(above, path, errno);
     FileDescriptor made = openPlace(above, name.c_str());
     if (!made && errno == ENOENT)

@@ -13,7 +13,7 @@ namespace {
 struct Level {
     WalkedFolder& folder;
     std::size_t pathLength;    ///< Of the walk's path, up to and with this folder's "/".
-    std::size_t nextItem = 0;  ///< At which the walk goes on.
+    std::size_t nextItem = 0;  ///< Where the walk continues.
     std::size_t nextChild = 0; ///< The next folder to go into.
 };
 

@@ -23,10 +23,10 @@ public:
     const SharedText& sharedPath() const { return text; }
     /// The name after the last separator; empty for the root "/".
     std::string_view lastPathComponent() const;
-    /// What the user calls it: its last component, or its whole path where that is empty.
+    /// What the user calls it: its last component, or its whole path if that is empty.
     std::string_view name() const;
     Location deletingLastPathComponent() const;
-    /// `relative` put below this location, also where it begins with a separator: it never replaces this path.
+    /// `relative` put below this location, even if it begins with a separator: it never replaces this path.
     Location appending(std::string_view relative) const;
 
     bool operator==(const Location&) const = default;

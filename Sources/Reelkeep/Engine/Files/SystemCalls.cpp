@@ -6,12 +6,15 @@
 
 namespace reelkeep {
 
+FileDescriptor openAt(int folder, const char* path, int flags, mode_t mode)
+{
+    return FileDescriptor(uninterrupted([&] { return ::openat(folder, path, flags | O_CLOEXEC, mode); }));
+}
+
 FileDescriptor openQuietly(int folder, const char* path, int flags)
 {
-    FileDescriptor opened(uninterrupted([&] { return ::openat(folder, path, flags | O_CLOEXEC | O_NOATIME); }));
-    if (!opened && errno == EPERM)
-        opened = FileDescriptor(uninterrupted([&] { return ::openat(folder, path, flags | O_CLOEXEC); }));
-    return opened;
+    FileDescriptor opened = openAt(folder, path, flags | O_NOATIME);
+    return opened || errno != EPERM ? std::move(opened) : openAt(folder, path, flags);
 }
 
 ReachablePath::ReachablePath(const std::string& path) : start(AT_FDCWD), remainder(path)
@@ -19,12 +22,11 @@ ReachablePath::ReachablePath(const std::string& path) : start(AT_FDCWD), remaind
     while (remainder.size() >= PATH_MAX) {
         const auto separator = remainder.rfind('/', PATH_MAX - sizeof "/.");
         if (separator == std::string::npos || separator == 0)
-            return; // one name of that length: no call takes it, and the failing one says so
+            return; // one name of that length: no call takes it, and the one that fails says so
         const std::string chunk = remainder.substr(0, separator);
-        FileDescriptor next(
-            uninterrupted([&] { return ::openat(folder(), chunk.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+        FileDescriptor next = openAt(folder(), chunk.c_str(), O_PATH | O_DIRECTORY);
         if (!next) {
-            remainder = chunk + "/."; // not a folder, or not reachable: whatever is done with this fails likewise
+            remainder = chunk + "/."; // not a folder, or not reachable: every call with this fails likewise
             return;
         }
         nearest = std::move(next);

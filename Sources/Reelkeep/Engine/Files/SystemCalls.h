@@ -18,14 +18,17 @@ auto uninterrupted(Call call)
     return result;
 }
 
-/// Opens for reading without leaving a new access time behind, where the file system lets us: it does for the owner's
-/// files only. `flags` are those of `openat`; `errno` tells a failure.
+/// Opens a path below an open folder, closed in programs that this one starts. None on failure, with `errno`.
+FileDescriptor openAt(int folder, const char* path, int flags, mode_t mode = 0);
+
+/// The same for reading, without leaving a new access time behind if the file system allows that: it does for the
+/// owner's files only.
 FileDescriptor openQuietly(int folder, const char* path, int flags);
 
 /// A path as system calls take it: they refuse paths of PATH_MAX bytes and more, which this one may have.
 class ReachablePath {
 public:
-    /// Opens what lies between where the path is too long. Where that fails, the calls below fail with its error.
+    /// Opens folders in between if the path is too long. If that fails, the calls below fail with its error.
     explicit ReachablePath(const std::string& path);
 
     /// The folder to give to the `...at` calls together with `rest`.
@@ -38,8 +41,9 @@ private:
     std::string remainder;
 };
 
-/// Makes what was done to the entries of `folder` last. Where a folder cannot be synced by itself, or is open without
-/// the right to read it, the file system that holds the open file `inside` is synced as a whole. 0, or -1 and `errno`.
+/// Puts on the disk what was done to the entries of `folder`. If a folder cannot be synced by itself, or is open
+/// without the right to read it, the file system that holds the open file `inside` is synced as a whole. 0, or -1 and
+/// `errno`.
 int syncFolder(int folder, int inside);
 
 } // namespace reelkeep

@@ -39,9 +39,7 @@ void TemporaryFile::create()
 bool TemporaryFile::createAs(const std::string& name)
 {
     constexpr mode_t onlyUs = 0600;
-    file = FileDescriptor(uninterrupted([&] {
-        return ::openat(folder.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, onlyUs);
-    }));
+    file = openAt(folder.get(), name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, onlyUs);
     if (!file && errno == EEXIST)
         return false;
     if (!file)

@@ -164,8 +164,7 @@ bool isAbandonedReservation(const Location& place, const struct stat& status)
         return false;
     const Location folder = place.deletingLastPathComponent();
     const ReachablePath path(folder.path());
-    const FileDescriptor opened(
-        uninterrupted([&] { return ::openat(path.folder(), path.rest(), O_PATH | O_DIRECTORY | O_CLOEXEC); }));
+    const FileDescriptor opened = openAt(path.folder(), path.rest(), O_PATH | O_DIRECTORY);
     struct statfs fileSystem = {};
     if (!opened || ::fstatfs(opened.get(), &fileSystem) != 0)
         throw FileError(place.path(), errno);

@@ -28,7 +28,7 @@ constexpr std::chrono::milliseconds flushingTime(100);
 constexpr std::int64_t syncedAtOnce = std::int64_t(32) << 20;
 constexpr std::chrono::milliseconds syncingTime(120);
 
-/// The file system does not know the operation, or does not allow it to anybody.
+/// The file system does not know the operation, or does not allow it at all.
 bool isRefusedHere(int errorNumber)
 {
     return errorNumber == EPERM || errorNumber == ENOSYS || errorNumber == ENOTSUP || errorNumber == EINVAL ||
@@ -38,13 +38,9 @@ bool isRefusedHere(int errorNumber)
 FileDescriptor openTargetFolder(const Location& folder)
 {
     const ReachablePath path(folder.path());
-    const auto open = [&](int access) {
-        return FileDescriptor(
-            uninterrupted([&] { return ::openat(path.folder(), path.rest(), access | O_DIRECTORY | O_CLOEXEC); }));
-    };
-    FileDescriptor opened = open(O_RDONLY);
+    FileDescriptor opened = openAt(path.folder(), path.rest(), O_RDONLY | O_DIRECTORY);
     if (!opened && errno == EACCES) // one may be allowed to put files into a folder that one cannot list
-        opened = open(O_PATH);
+        opened = openAt(path.folder(), path.rest(), O_PATH | O_DIRECTORY);
     if (!opened)
         throw FileError(folder.path(), errno);
     return opened;
@@ -77,7 +73,7 @@ bool TemporaryFile::hasRoom() const
 {
     struct statvfs disk = {};
     if (::fstatvfs(file.get(), &disk) != 0 || disk.f_blocks == 0)
-        return true; // it does not tell
+        return true; // it does not report it
     return static_cast<std::uint64_t>(size) <= std::uint64_t(disk.f_bavail) * disk.f_frsize;
 }
 
@@ -88,7 +84,7 @@ void TemporaryFile::refuseWithoutRoom()
         if (!hasRoom())
             throw failure(ENOSPC);
     }
-    // Two to four times as fast as through the kernel's memory. What is small is faster written by its sync, at one go;
+    // Two to four times as fast as through the kernel's memory. A small video is faster written by its sync, at one go;
     // a FUSE disk has a program's memory before it in any case.
     if (size > flushedAtOnce && !isFuse())
         writeDirectly(true);
@@ -122,7 +118,7 @@ void TemporaryFile::write(std::span<const std::byte> bytes)
 
 void TemporaryFile::writeDirectly(bool directly)
 {
-    // Not on opening: where that is refused, some file systems have already made the file.
+    // Not on opening: some file systems that refuse it have then already made the file.
     const bool isDone = ::fcntl(file.get(), F_SETFL, directly ? O_DIRECT : 0) == 0;
     if (!isDone && !(directly && isRefusedHere(errno)))
         throw failure(errno);
@@ -163,7 +159,7 @@ int TemporaryFile::writeOutPortion()
 
 void TemporaryFile::finish(const struct stat& source)
 {
-    // Disks without these notions refuse them; the video is none the worse.
+    // Disks without permissions or times refuse them, and the video is as good without.
     constexpr mode_t readAndWrite = 0666;
     if (::fchmod(file.get(), source.st_mode & readAndWrite) != 0 && !isRefusedHere(errno))
         throw failure(errno);
