@@ -11,13 +11,14 @@ namespace reelkeep {
 
 namespace {
 
-/// Refreshes follow each other no faster than a screen shows them, however fast reports arrive.
+/// Milliseconds between refreshes: a screen shows no more, however fast reports arrive.
 constexpr int frame = 16;
 
 } // namespace
 
-ContentView::ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager,
-                         QWidget* parent)
+ContentView::ContentView(
+    FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager, QWidget* parent
+)
     : QWidget(parent), session(std::move(makeFolderDialog), std::move(fileManager))
 {
     installAccessibility();
@@ -33,8 +34,8 @@ ContentView::ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<F
     refresh();
 }
 
-/// The announcement comes before the value, so the window re-reads in a later turn of the event loop: several writes in
-/// a row make one refresh that sees the newest values.
+/// The signal is emitted before the value is stored, so the window reads it in a later turn of the event loop: several
+/// writes in a row cause one refresh, which sees the newest values.
 void ContentView::scheduleRefresh()
 {
     if (!refreshTimer.isActive())
@@ -50,24 +51,26 @@ void ContentView::refresh()
 
 View ContentView::body()
 {
-    return VStack({.spacing = 20, .padding = Padding::all(24), .maximumContentWidth = 1100}, {
-                                                                                                 header(),
-                                                                                                 folderSelectors(),
-                                                                                                 actionArea(),
-                                                                                                 summaryCards(),
-                                                                                                 missingFilesList(),
-                                                                                                 footer(),
-                                                                                             });
+    return VStack(
+        {.spacing = 20, .padding = measure::windowPadding, .maximumContentWidth = measure::contentWidth},
+        header(),
+        folderSelectors(),
+        actionArea(),
+        summaryCards(),
+        missingFilesList(),
+        footer()
+    );
 }
 
 View ContentView::header()
 {
-    return VStack({.spacing = 8}, {
-                                      Text(tr("Reelkeep")).font(28, 34, QFont::Bold),
-                                      Text(tr("Controla que tu material de camara ya este archivado en uno o varios "
-                                              "discos y copia solo lo que falta al destino principal."))
-                                          .secondary(),
-                                  });
+    return VStack(
+        {.spacing = 8},
+        Text(tr("Reelkeep")).style(type::windowTitle),
+        Text(tr("Controla que tu material de camara ya este archivado en uno o varios discos y copia solo lo que falta "
+                "al destino principal."))
+            .secondary()
+    );
 }
 
 } // namespace reelkeep

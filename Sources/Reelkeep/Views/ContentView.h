@@ -13,15 +13,17 @@
 
 namespace reelkeep {
 
-/// The content of the one window. It creates the session and keeps it for the window's whole life; every section is
-/// computed from the session and holds no state of its own. Interface thread only.
+/// The content of the one window. It owns the session; every section is computed from the session and holds no state of
+/// its own. Interface thread only.
 class ContentView : public QWidget {
     Q_OBJECT
 
 public:
     /// `fileManager` stands in for the real one in tests.
-    explicit ContentView(FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager = nullptr,
-                         QWidget* parent = nullptr);
+    explicit ContentView(
+        FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager = nullptr,
+        QWidget* parent = nullptr
+    );
 
     VideoSyncViewModel& viewModel() { return session; }
     /// False from a change of the session to the refresh that shows it.
@@ -41,8 +43,7 @@ private:
         QString subtitle;
         FolderSource path;
         QString buttonTitle;
-        const char* iconName;
-        double iconWidth;
+        Glyph glyph;
         QColor accent;
         Action action;
     };
@@ -65,6 +66,7 @@ private:
     View setupOverview();
     View setupPill(const SetupPill& pill);
     View selectionCard(const SelectionCard& card);
+    View pathBox(const FolderSource& path, const QColor& accent);
     View selectionStateBadge(const Condition& isSelected, const QColor& accent);
     View destinationReviewFoldersSection();
     View reviewSummaryPanel();
@@ -72,10 +74,11 @@ private:
     View reviewRow(const ReviewRow& row);
 
     View actionArea();
-    View panelHeader(const char* symbol, const QColor& accent, const QString& title, const QString& subtitle);
+    View panelHeader(const Glyph& glyph, const QColor& accent, const QString& title, const QString& subtitle);
     View analysisPanel();
     View copyPanel();
     View destinationChooser();
+    View destinationBox();
 
     View summaryCards();
     View summaryCard(const SummaryCard& card);

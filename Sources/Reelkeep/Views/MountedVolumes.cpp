@@ -49,7 +49,7 @@ bool isMountedByPeople(const mntent& mount)
     const bool isDisk = std::string_view(mount.mnt_fsname).starts_with("/dev/");
     const bool isRemote = kind.starts_with("fuse") || kind.starts_with("nfs") || kind == "cifs";
     return (isDisk || isRemote) &&
-           (place.starts_with("/media/") || place.starts_with("/run/media/") || place.starts_with("/mnt"));
+        (place.starts_with("/media/") || place.starts_with("/run/media/") || place.starts_with("/mnt"));
 }
 
 /// Out of the kernel's table, which asks no disk.

@@ -61,7 +61,7 @@ QColor Appearance::primary() const
 
 QColor Appearance::secondary() const
 {
-    // The strongest tints that texts stand on are two of the plates on each other.
+    // The strongest tint below a text comes from two plates on top of each other.
     const auto tinted = [this](const QColor& accent) { return over(withOpacity(accent, 0.19), windowColor); };
     return readableInk(highContrast ? 0.9 : 0.58,
                        {windowColor, baseColor, tinted(accent::copyGreen), tinted(accent::reviewOrange)});
@@ -122,7 +122,7 @@ QColor Appearance::disabledEdge() const
 
 QColor Appearance::focusRing() const
 {
-    // The desktop's own highlight, unless it would drown in the window.
+    // The desktop's own highlight, unless it hardly shows on the window.
     return contrast(highlightColor, windowColor) >= 3.0 ? highlightColor : primary();
 }
 
@@ -218,7 +218,7 @@ double textScale()
     return std::max(1.0, QFontInfo(QApplication::font()).pixelSize() / bodySize);
 }
 
-int besideText(double points)
+int scaledWithFont(double points)
 {
     return int(std::lround(points * textScale()));
 }
@@ -235,7 +235,7 @@ double TypeStyle::height() const
 {
     const double designed = std::round(lineHeight * textScale());
     const double natural = std::floor(QFontMetricsF(font()).height());
-    // Rounding inside font engines makes any family a little taller; only a family that really is counts.
+    // Font engines round every family up a little; only a family that is really taller counts.
     return natural > designed * 1.08 ? natural : designed;
 }
 

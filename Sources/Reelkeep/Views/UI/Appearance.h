@@ -22,11 +22,11 @@ inline const QColor darkReviewOrange = QColor::fromRgbF(0.73F, 0.37F, 0.10F);
 } // namespace accent
 
 /// The colours of the window, all derived from a palette, so that a change of the desktop's theme is a change of one
-/// value. Light or dark is decided from the palette itself: not every desktop tells.
+/// value. Light or dark is decided from the palette itself: not every desktop reports it.
 class Appearance {
 public:
     explicit Appearance(const QPalette& palette);
-    /// That of a widget's present palette.
+    /// From a widget's current palette.
     static Appearance of(const QWidget* widget);
 
     bool isDark() const { return dark; }
@@ -36,12 +36,12 @@ public:
     QColor focusRing() const;
 
     QColor primary() const;
-    /// As faint as designed, where the palette leaves that readable (4.5:1) on every ground it is used on.
+    /// As faint as designed, if that is readable (4.5:1) in this palette on everything it is drawn on.
     QColor secondary() const;
     QColor tertiary() const;
     QColor disabledText() const;
 
-    /// Strokes and grey fills: the secondary colour at a further opacity. It is weaker than secondary text, which was
+    /// Strokes and grey fills: the secondary colour at a further opacity. It is weaker than secondary text, which is
     /// strengthened for contrast.
     QColor secondaryFill(double opacity) const;
     QColor primaryFill(double opacity) const;
@@ -55,12 +55,12 @@ public:
 
     /// Contrast ratio of two opaque colours, 1 to 21.
     static double contrast(const QColor& one, const QColor& other);
-    /// What the eye sees of a translucent colour on an opaque ground.
+    /// A translucent colour as it looks on an opaque one.
     static QColor over(const QColor& color, const QColor& ground);
 
 private:
     QColor ink(double opacity) const;
-    /// The faintest ink from `opacity` on that reaches 4.5:1 on all these grounds.
+    /// The faintest ink, at least at `opacity`, that reaches 4.5:1 on all these grounds.
     QColor readableInk(double opacity, std::initializer_list<QColor> grounds) const;
 
     QColor windowColor;
@@ -76,7 +76,8 @@ class Tint {
 public:
     static Tint none() { return {Role::fixed, QColor(0, 0, 0, 0)}; }
     static Tint white(double opacity) { return {Role::fixed, QColor::fromRgbF(1.F, 1.F, 1.F, float(opacity))}; }
-    static Tint of(QColor color, double opacity = 1.0);
+    static Tint of(const QColor& color) { return {Role::fixed, color}; }
+    static Tint of(QColor color, double opacity);
     static Tint primary(double opacity) { return {Role::primary, QColor(), opacity}; }
     static Tint secondary(double opacity) { return {Role::secondary, QColor(), opacity}; }
     static Tint window() { return {Role::window, QColor()}; }
@@ -98,10 +99,10 @@ private:
     double opacity;
 };
 
-/// The ground of a box: a rounded shape with a flat or diagonal fill and a hairline inside its edge.
+/// What is painted behind a box: a rounded shape with a flat or diagonal fill and a hairline inside its edge.
 struct Background {
     Tint fill = Tint::none();
-    Tint fillEnd = fill; ///< Where it differs from `fill`, the fill runs from the top leading to the bottom corner.
+    Tint fillEnd = fill; ///< If it differs from `fill`, the fill runs from the top leading to the bottom corner.
     Tint stroke = Tint::none();
     double radius = 0; ///< Design points; a radius above half the height makes a capsule.
 
@@ -109,10 +110,39 @@ struct Background {
 };
 void paint(QPainter& painter, const QRectF& rect, const Background& background, const Appearance& appearance);
 
-/// The outline of a rectangle whose edges were moved to whole pixels of the screen, so that hairlines stay sharp at
+struct Padding {
+    int leading = 0;
+    int top = 0;
+    int trailing = 0;
+    int bottom = 0;
+
+    static constexpr Padding all(int points) { return {points, points, points, points}; }
+    static constexpr Padding symmetric(int horizontal, int vertical)
+    {
+        return {horizontal, vertical, horizontal, vertical};
+    }
+    bool operator==(const Padding&) const = default;
+};
+
+/// A background and the distance that content keeps from its edges.
+struct Plate {
+    Background background;
+    Padding padding = {};
+
+    bool operator==(const Plate&) const = default;
+};
+
+/// A symbol of Symbols.qrc. `frame` is the width kept for it if that is more than its own. Design points.
+struct Glyph {
+    const char* name;
+    double width;
+    int frame = 0;
+};
+
+/// The outline of a rectangle whose edges are moved to whole pixels of the screen, so that hairlines stay sharp at
 /// every scale. `inset` is in device-independent pixels.
 QPainterPath roundedOutline(QPainter& painter, const QRectF& rect, double radius, double inset = 0);
-/// The width of the thinnest line that covers whole pixels and is at least one design point.
+/// The width of the thinnest line that covers whole pixels and is at least one design point wide.
 double hairline(const QPainter& painter);
 
 /// A type size of the design, at the user's font.
@@ -124,22 +154,14 @@ struct TypeStyle {
 
     /// The user's family (or the fixed-width one), scaled from the design size to the user's size.
     QFont font() const;
-    /// In device-independent pixels: the design's, or the font's own where that is taller.
+    /// In device-independent pixels: the design's, or the font's own if that is taller.
     double height() const;
 };
 
-/// How much larger than designed texts are drawn: the user's font size to the design's body size, never below 1.
+/// How much larger than designed texts are drawn: the user's font size over the design's body size, at least 1.
 double textScale();
 
-/// A measure of the design that grows with the texts it stands beside. Device-independent pixels.
-int besideText(double points);
-
-namespace type {
-inline constexpr TypeStyle body{};
-inline constexpr TypeStyle headline{.weight = QFont::DemiBold};
-inline constexpr TypeStyle title3{.size = 15, .lineHeight = 20, .weight = QFont::DemiBold};
-inline constexpr TypeStyle caption{.size = 10, .lineHeight = 13};
-inline constexpr TypeStyle monospacedCaption{.size = 10, .lineHeight = 13, .monospaced = true};
-} // namespace type
+/// A measure of the design, scaled like the texts it stands beside. Device-independent pixels.
+int scaledWithFont(double points);
 
 } // namespace reelkeep

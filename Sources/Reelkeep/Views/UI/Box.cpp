@@ -1,23 +1,26 @@
 #include "UI/Box.h"
 
+#include <QLayout>
 #include <QPainter>
 
 namespace reelkeep {
 
-void Box::setBackground(const Background& ground)
+void Box::setPlate(const Plate& newPlate)
 {
-    if (ground == background)
+    if (newPlate == plate)
         return;
-    background = ground;
+    plate = newPlate;
+    const Padding& padding = plate.padding;
+    layout()->setContentsMargins(padding.leading, padding.top, padding.trailing, padding.bottom);
     update();
 }
 
 void Box::paintEvent(QPaintEvent*)
 {
-    if (background == Background{})
+    if (plate.background == Background{})
         return;
     QPainter painter(this);
-    paint(painter, rect(), background, Appearance::of(this));
+    paint(painter, rect(), plate.background, Appearance::of(this));
 }
 
 } // namespace reelkeep

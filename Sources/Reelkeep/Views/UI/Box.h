@@ -6,20 +6,18 @@
 
 namespace reelkeep {
 
-/// A container with a drawn ground.
+/// A container on a plate.
 class Box : public QWidget {
     Q_OBJECT
 
 public:
-    explicit Box(QWidget* parent = nullptr) : QWidget(parent) {}
-
-    void setBackground(const Background& ground);
+    void setPlate(const Plate& newPlate);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    Background background;
+    Plate plate;
 };
 
 } // namespace reelkeep

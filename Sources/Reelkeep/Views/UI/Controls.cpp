@@ -17,21 +17,17 @@ namespace reelkeep {
 namespace {
 
 constexpr int controlHeight = 28;
-constexpr int controlRadius = 6;
+constexpr double controlRadius = 6;
+constexpr double largeRadius = 8;
 constexpr int gap = 8;
 constexpr int barSteps = 10'000;
 
 /// Texts of controls break between words; `&` is a letter like any other.
 constexpr int wrapped = Qt::TextWordWrap | Qt::AlignCenter;
 
-int largeSymbolWidth()
-{
-    return besideText(17);
-}
-
 QSize switchSize()
 {
-    return {besideText(38), besideText(22)};
+    return {scaledWithFont(38), scaledWithFont(22)};
 }
 
 QSizePolicy huggingPolicy()
@@ -49,20 +45,25 @@ int widestWord(const QFontMetrics& metrics, const QString& text)
     return widest + 2;
 }
 
-/// Around the control, inside its own bounds: nothing may cut it off.
-void paintFocusRing(QPainter& painter, const QWidget* widget, double radius)
+void paintSwitch(QPainter& painter, const QRectF& track, bool on, const Appearance& appearance)
 {
-    if (!widget->hasFocus())
-        return;
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(Appearance::of(widget).focusRing(), 2));
-    painter.drawPath(roundedOutline(painter, widget->rect(), radius, 1));
+    const Tint off = Tint::of(appearance.primary(), appearance.isDark() ? 0.18 : 0.14);
+    paint(painter, track,
+          {.fill = on ? Tint::of(accent::analysisBlue) : off,
+           .stroke = appearance.isHighContrast() ? Tint::primary(1) : Tint::none(),
+           .radius = track.height() / 2},
+          appearance);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(on || !appearance.isDark() ? QColor(Qt::white) : QColor(244, 244, 244));
+    const double knob = track.height() - 4;
+    painter.drawEllipse(QRectF(on ? track.right() - 2 - knob : track.left() + 2, track.top() + 2, knob, knob));
 }
 
 } // namespace
 
-Button::Button(const QString& label, QWidget* parent) : QPushButton(label, parent)
+Button::Button(const QString& label) : QPushButton(label)
 {
+    new FocusRing(this, controlRadius);
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
     setAutoDefault(false);
@@ -74,28 +75,28 @@ void Button::setTint(const QColor& color)
     update();
 }
 
-void Button::setLarge(const QString& symbol)
+void Button::setLarge(const Glyph& symbol)
 {
-    largeSymbol = symbol;
+    glyph = symbol;
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
 }
 
-/// Asked for anew each time, not set on the widget: a font of its own would not hear of a change of the user's.
+/// Made anew each time: a font set on the widget would not follow a change of the user's font.
 QFont Button::labelFont() const
 {
-    return TypeStyle{.weight = largeSymbol.isEmpty() ? QFont::Normal : QFont::Bold}.font();
+    return TypeStyle{.weight = glyph ? QFont::Bold : QFont::Normal}.font();
 }
 
 QMargins Button::margins() const
 {
-    return largeSymbol.isEmpty() ? QMargins(12, 6, 12, 6) : QMargins(16, 16, 16, 16);
+    return glyph ? QMargins(16, 16, 16, 16) : QMargins(12, 6, 12, 6);
 }
 
 int Button::leadingWidth() const
 {
-    return largeSymbol.isEmpty() ? 0 : largeSymbolWidth() + gap;
+    return glyph ? scaledWithFont(glyph->width) + gap : 0;
 }
 
 QRect Button::textRect(int width) const
@@ -123,65 +124,62 @@ QSize Button::minimumSizeHint() const
 int Button::heightForWidth(int width) const
 {
     const QMargins around = margins();
-    // One line counts as the design's, whatever the font engine rounds it to.
+    // A line is as high as designed, whatever the font engine rounds it to.
     const double lines = std::round(double(textRect(width).height()) / QFontMetrics(labelFont()).height());
     const int designed = int(std::max(1.0, lines) * type::body.height()) + around.top() + around.bottom();
     return std::max(designed, controlHeight);
+}
+
+Button::Face Button::face(const Appearance& appearance) const
+{
+    const double radius = glyph ? largeRadius : controlRadius;
+    if (!isEnabled()) {
+        return {{.fill = Tint::of(appearance.disabledFace()),
+                 .stroke = Tint::of(appearance.disabledEdge()),
+                 .radius = radius},
+                appearance.disabledText()};
+    }
+    if (tint) {
+        const QColor color = Appearance::prominentFace(*tint);
+        return {{.fill = Tint::of(isDown() ? color.darker(115) : color), .radius = radius}, Qt::white};
+    }
+    return {{.fill = Tint::of(appearance.buttonFace(isDown())),
+             .stroke = Tint::of(appearance.buttonEdge()),
+             .radius = radius},
+            appearance.primary()};
 }
 
 void Button::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const Appearance appearance = Appearance::of(this);
-    Background ground{.fill = Tint::of(appearance.buttonFace(isDown()), appearance.buttonFace(isDown()).alphaF()),
-                      .stroke = Tint::of(appearance.buttonEdge(), appearance.buttonEdge().alphaF()),
-                      .radius = largeSymbol.isEmpty() ? controlRadius : 8.0};
-    QColor label = appearance.primary();
-    if (!isEnabled()) {
-        ground.fill = Tint::of(appearance.disabledFace(), appearance.disabledFace().alphaF());
-        ground.stroke = Tint::of(appearance.disabledEdge(), appearance.disabledEdge().alphaF());
-        label = appearance.disabledText();
-    } else if (tint) {
-        const QColor face = Appearance::prominentFace(*tint);
-        ground.fill = Tint::of(isDown() ? face.darker(115) : face);
-        ground.stroke = Tint::none();
-        label = Qt::white;
-    }
-    ground.fillEnd = ground.fill;
-    paint(painter, rect(), ground, appearance);
+    const Face shown = face(appearance);
+    paint(painter, rect(), shown.background, appearance);
 
     const int textWidth = textRect(width()).width();
-    int left = (width() - textWidth - leadingWidth()) / 2;
-    if (!largeSymbol.isEmpty()) {
-        const QSizeF size = symbolSize(largeSymbol, largeSymbolWidth());
+    const int left = (width() - textWidth - leadingWidth()) / 2;
+    if (glyph) {
+        const QSizeF size = symbolSize(glyph->name, scaledWithFont(glyph->width));
         painter.drawPixmap(QPointF(left, (height() - size.height()) / 2),
-                           symbolPixmap(largeSymbol, size, label, devicePixelRatioF()));
-        left += leadingWidth();
+                           symbolPixmap(glyph->name, size, shown.label, devicePixelRatioF()));
     }
-    painter.setPen(label);
+    painter.setPen(shown.label);
     painter.setFont(labelFont());
-    painter.drawText(QRect(left, 0, textWidth + 1, height()), wrapped, text());
-    // On a coloured face the ring would drown; white stands out on all of them.
-    if (tint && isEnabled() && hasFocus()) {
-        painter.setPen(QPen(Qt::white, 2));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawPath(roundedOutline(painter, rect(), ground.radius, 3));
-    }
-    paintFocusRing(painter, this, ground.radius);
+    painter.drawText(QRect(left + leadingWidth(), 0, textWidth + 1, height()), wrapped, text());
 }
 
 void Button::keyPressEvent(QKeyEvent* event)
 {
-    // Outside a dialog the toolkit leaves Enter alone; a person expects it to press what has the focus.
+    // Outside a dialog the toolkit ignores Enter; people expect it to press the focused button.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
         click();
     else
         QPushButton::keyPressEvent(event);
 }
 
-Switch::Switch(const QString& label, QWidget* parent) : QCheckBox(label, parent)
+Switch::Switch(const QString& label) : QCheckBox(label)
 {
-    new FocusRing(this);
+    new FocusRing(this, 4);
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -219,26 +217,15 @@ void Switch::paintEvent(QPaintEvent*)
 
     const QSize size = switchSize();
     const int top = (height() - size.height()) / 2; // on a whole pixel
-    const QRectF track(words.width() + gap, top, size.width(), size.height());
-    const bool on = isChecked();
-    const Tint off = Tint::of(appearance.primary(), appearance.isDark() ? 0.18 : 0.14);
-    const Tint fill = on ? Tint::of(accent::analysisBlue) : off;
-    paint(painter, track,
-          {.fill = fill,
-           .stroke = appearance.isHighContrast() ? Tint::primary(1) : Tint::none(),
-           .radius = size.height() / 2.0},
-          appearance);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(on || !appearance.isDark() ? QColor(Qt::white) : QColor(244, 244, 244));
-    const double knob = size.height() - 4;
-    painter.drawEllipse(QRectF(on ? track.right() - 2 - knob : track.left() + 2, track.top() + 2, knob, knob));
+    paintSwitch(painter, QRectF(words.width() + gap, top, size.width(), size.height()), isChecked(), appearance);
 }
 
-PopUp::PopUp(QWidget* parent) : QComboBox(parent)
+PopUp::PopUp()
 {
+    new FocusRing(this, controlRadius);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);
-    // A folder's name may be wider than any window.
+    // The name of a folder may be wider than any window.
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     view()->setTextElideMode(Qt::ElideMiddle);
 }
@@ -249,7 +236,7 @@ QSize PopUp::sizeHint() const
     int widest = 0;
     for (int index = 0; index < count(); ++index)
         widest = std::max(widest, metrics.horizontalAdvance(itemText(index)));
-    return {widest + besideText(40), std::max(controlHeight, int(type::body.height()) + 12)};
+    return {widest + scaledWithFont(40), std::max(controlHeight, int(type::body.height()) + 12)};
 }
 
 QSize PopUp::minimumSizeHint() const
@@ -259,43 +246,40 @@ QSize PopUp::minimumSizeHint() const
 
 int PopUp::readableWidth() const
 {
-    // Longer names are rather cut in their middle than make the label before them wrap.
-    return std::min(sizeHint().width(), besideText(160));
+    // Longer names are cut in the middle before the label in front of them wraps.
+    return std::min(sizeHint().width(), scaledWithFont(160));
 }
 
 void PopUp::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const Appearance appearance = Appearance::of(this);
-    const Tint face = Tint::of(appearance.buttonFace(false), appearance.buttonFace(false).alphaF());
     paint(painter, rect(),
-          {.fill = face,
-           .stroke = Tint::of(appearance.buttonEdge(), appearance.buttonEdge().alphaF()),
+          {.fill = Tint::of(appearance.buttonFace(false)),
+           .stroke = Tint::of(appearance.buttonEdge()),
            .radius = controlRadius},
           appearance);
     painter.setPen(appearance.primary());
     painter.setFont(type::body.font());
-    const double scale = textScale();
-    const QRect words = rect().adjusted(10, 0, -besideText(24), 0);
+    const QRect words = rect().adjusted(10, 0, -scaledWithFont(24), 0);
     painter.drawText(words, Qt::AlignVCenter | Qt::TextSingleLine,
                      painter.fontMetrics().elidedText(currentText(), Qt::ElideMiddle, words.width()));
-    painter.save();
+
+    const double scale = textScale();
     painter.translate(width() - 11.5 * scale, height() / 2.0);
     painter.scale(scale, scale);
     painter.setPen(QPen(appearance.primary(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     for (const double side : {-1.0, 1.0})
         painter.drawPolyline(QPolygonF({{-3, side * 2}, {0, side * 5}, {3, side * 2}}));
-    painter.restore();
-    paintFocusRing(painter, this, controlRadius);
 }
 
 void PopUp::wheelEvent(QWheelEvent* event)
 {
-    // Scrolling past must never change where footage is copied to.
+    // Scrolling past must never change the copy destination.
     event->ignore();
 }
 
-Bar::Bar(QWidget* parent) : QProgressBar(parent)
+Bar::Bar()
 {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setTextVisible(false);
@@ -311,15 +295,15 @@ void Bar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const Appearance appearance = Appearance::of(this);
+    constexpr double radius = 3;
     const Tint track = Tint::of(appearance.primary(), appearance.isDark() ? 0.14 : 0.10);
-    paint(painter, rect(), {.fill = track, .radius = 3}, appearance);
+    paint(painter, rect(), {.fill = track, .radius = radius}, appearance);
     QRectF done = rect();
     done.setWidth(done.width() * value() / barSteps);
     if (done.width() < 1)
         return;
-    painter.setClipPath(roundedOutline(painter, rect(), 3));
-    const Tint filled = Tint::of(accent::analysisBlue);
-    paint(painter, done, {.fill = filled, .radius = 3}, appearance);
+    painter.setClipPath(roundedOutline(painter, rect(), radius));
+    paint(painter, done, {.fill = Tint::of(accent::analysisBlue), .radius = radius}, appearance);
 }
 
 } // namespace reelkeep

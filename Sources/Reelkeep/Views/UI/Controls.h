@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UI/Appearance.h"
+#include "UI/Design.h"
 #include "UI/Readable.h"
 
 #include <QCheckBox>
@@ -12,16 +12,16 @@
 
 namespace reelkeep {
 
-/// A push button; with a tint a prominent one. Its text wraps where the window is too narrow for it.
+/// A push button; with a tint, a prominent one. Its label wraps if the window is too narrow for it.
 class Button : public QPushButton, public Readable {
     Q_OBJECT
 
 public:
-    explicit Button(const QString& label, QWidget* parent = nullptr);
+    explicit Button(const QString& label = {});
 
     void setTint(const QColor& color);
-    /// Tall, as wide as it may be, with a symbol before its bold text.
-    void setLarge(const QString& symbol);
+    /// Makes it tall and as wide as possible, with a symbol before its bold label.
+    void setLarge(const Glyph& symbol);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -34,21 +34,26 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    struct Face {
+        Background background;
+        QColor label;
+    };
+    Face face(const Appearance& appearance) const;
     QFont labelFont() const;
     QMargins margins() const;
     int leadingWidth() const;
     QRect textRect(int width) const;
 
     std::optional<QColor> tint;
-    QString largeSymbol;
+    std::optional<Glyph> glyph; ///< Present in a large button.
 };
 
-/// A check box drawn as its label and a switch after it.
+/// A check box drawn as a label with a switch after it.
 class Switch : public QCheckBox {
     Q_OBJECT
 
 public:
-    explicit Switch(const QString& label, QWidget* parent = nullptr);
+    explicit Switch(const QString& label);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -56,19 +61,19 @@ public:
     int heightForWidth(int width) const override;
 
 protected:
-    bool hitButton(const QPoint& place) const override { return rect().contains(place); }
+    bool hitButton(const QPoint& point) const override { return rect().contains(point); }
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QRect textRect(int width) const;
 };
 
-/// A pop-up menu of choices. With nothing chosen it shows nothing. The wheel scrolls the window, not the choice.
+/// A pop-up menu of choices. It is empty while nothing is chosen. The wheel scrolls the window, not the choice.
 class PopUp : public QComboBox, public Readable {
     Q_OBJECT
 
 public:
-    explicit PopUp(QWidget* parent = nullptr);
+    PopUp();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -84,7 +89,7 @@ class Bar : public QProgressBar {
     Q_OBJECT
 
 public:
-    explicit Bar(QWidget* parent = nullptr);
+    Bar();
 
     /// 0.0 to 1.0.
     void setFraction(double fraction);

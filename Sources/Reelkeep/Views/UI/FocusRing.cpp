@@ -10,41 +10,45 @@ namespace reelkeep {
 
 namespace {
 
-/// Has the frame stand over the widget's surroundings instead of inside its parent, which may end where it does.
+constexpr int distance = 3;
+constexpr int thickness = 2;
+
+/// Makes the frame a sibling of the widget's ancestors instead of the widget: its parent would cut the ring off.
 class AroundStyle : public QCommonStyle {
 public:
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
-                  QStyleHintReturn* answer) const override
+                  QStyleHintReturn* result) const override
     {
-        return hint == SH_FocusFrame_AboveWidget ? 1 : QCommonStyle::styleHint(hint, option, widget, answer);
+        return hint == SH_FocusFrame_AboveWidget ? 1 : QCommonStyle::styleHint(hint, option, widget, result);
     }
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
     {
         const bool isMargin = metric == PM_FocusFrameHMargin || metric == PM_FocusFrameVMargin;
-        return isMargin ? 3 : QCommonStyle::pixelMetric(metric, option, widget);
+        return isMargin ? distance : QCommonStyle::pixelMetric(metric, option, widget);
     }
 };
 
 class Frame : public QFocusFrame {
 public:
-    Frame() { setStyle(&around); }
+    explicit Frame(double frameRadius) : radius(frameRadius) { setStyle(&around); }
 
 protected:
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Appearance::of(this).focusRing(), hairline(painter)));
-        painter.drawPath(roundedOutline(painter, rect(), 4, hairline(painter) / 2));
+        painter.setPen(QPen(Appearance::of(this).focusRing(), thickness));
+        painter.drawPath(roundedOutline(painter, rect(), radius, thickness / 2.0));
     }
 
 private:
+    double radius;
     AroundStyle around;
 };
 
 } // namespace
 
-FocusRing::FocusRing(QWidget* widget) : QObject(widget)
+FocusRing::FocusRing(QWidget* widget, double widgetRadius) : QObject(widget), radius(widgetRadius + distance)
 {
     widget->installEventFilter(this);
 }
@@ -57,7 +61,7 @@ FocusRing::~FocusRing()
 bool FocusRing::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::FocusIn && !frame) {
-        frame = new Frame;
+        frame = new Frame(radius);
         frame->setWidget(static_cast<QWidget*>(watched));
     } else if (event->type() == QEvent::FocusOut) {
         delete frame;

@@ -5,24 +5,25 @@
 
 namespace reelkeep {
 
-/// Draws a ring around a widget while that has the focus. The ring stands outside of its bounds, over its neighbours'
-/// margins: for what has no room for it inside.
+/// A ring around a widget while it has the focus. It is drawn outside of the widget's bounds, over whatever surrounds
+/// it.
 class FocusRing : public QObject {
     Q_OBJECT
 
 public:
-    /// The widget owns its ring.
-    explicit FocusRing(QWidget* widget);
+    /// The widget owns its ring. `widgetRadius` is that of its corners.
+    FocusRing(QWidget* widget, double widgetRadius);
     ~FocusRing() override;
 
-    /// Present while the widget has the focus (tests ask this).
+    /// Present while the widget has the focus (for tests).
     const QFocusFrame* shownFrame() const { return frame.data(); }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    QPointer<QFocusFrame> frame; ///< A child of the window, which may go before the widget does.
+    double radius;
+    QPointer<QFocusFrame> frame; ///< A child of the window, which may be destroyed before the widget.
 };
 
 } // namespace reelkeep

@@ -45,12 +45,12 @@ RowList::RowList(Source rowSource, QWidget* parent)
 
 QSize RowList::sizeHint() const
 {
-    return {minimumListHeight, besideText(minimumListHeight)};
+    return {minimumListHeight, scaledWithFont(minimumListHeight)};
 }
 
 QSize RowList::minimumSizeHint() const
 {
-    return {minimumListHeight / 2, besideText(minimumListHeight)};
+    return {minimumListHeight / 2, scaledWithFont(minimumListHeight)};
 }
 
 int RowList::availableHeight() const
@@ -267,7 +267,7 @@ void RowList::wheelEvent(QWheelEvent* event)
         event->ignore(); // The window around the list scrolls then.
         return;
     }
-    wheelRemainder += angle * QApplication::wheelScrollLines() * (besideText(minimumRowHeight) / 2);
+    wheelRemainder += angle * QApplication::wheelScrollLines() * (scaledWithFont(minimumRowHeight) / 2);
     scrollBy(-wheelRemainder / notch);
     wheelRemainder %= notch;
 }
@@ -303,7 +303,7 @@ void RowList::keyPressEvent(QKeyEvent* event)
         QApplication::clipboard()->setText(source.copiedText(std::size_t(current)));
         return;
     }
-    const int step = besideText(minimumRowHeight);
+    const int step = scaledWithFont(minimumRowHeight);
     switch (event->key()) {
     case Qt::Key_Up:
         return go(current - 1, -step);

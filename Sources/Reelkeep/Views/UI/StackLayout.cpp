@@ -91,7 +91,7 @@ QLayoutItem* StackLayout::takeAt(int index)
     return index >= 0 && index < items.size() ? items.takeAt(index) : nullptr;
 }
 
-/// The children that take part in an arrangement. Room that pushes neighbours apart has no place in a column.
+/// The visible children, without spacers in a column.
 std::vector<QLayoutItem*> StackLayout::shown(const Arrangement& arrangement) const
 {
     std::vector<QLayoutItem*> row;
@@ -103,7 +103,7 @@ std::vector<QLayoutItem*> StackLayout::shown(const Arrangement& arrangement) con
 
 Qt::Orientations StackLayout::expandingDirections() const
 {
-    // Every parent asks again and again, so without a memory the question would run through all generations each time.
+    // Every ancestor queries this repeatedly; uncached, each query would visit the whole subtree.
     if (!expanding) {
         expanding = fillsWidth ? Qt::Horizontal : Qt::Orientations();
         for (QLayoutItem* item : shown(arrangements.front()))
@@ -136,7 +136,7 @@ int StackLayout::readableWidth() const
 
 bool StackLayout::hasRoom(const Arrangement& arrangement, int width) const
 {
-    // What has its ideal width is readable; only in a tight room words need to be measured.
+    // The ideal width is always readable, so words are measured only if that does not fit.
     return idealWidth(arrangement) <= width ||
            (arrangement.room == Arrangement::Room::readable && widthOf(arrangement, readableWidthOf) <= width);
 }
@@ -147,9 +147,9 @@ const Arrangement& StackLayout::arrangement(int width) const
                          [&](const Arrangement& candidate) { return hasRoom(candidate, width); });
 }
 
-/// The widths of a row's children. Children are served from the least to the most flexible, each offered an even share
-/// of what is left, so that nobody shrinks while another holds more than it needs; spacers are served last. No word is
-/// broken while another child can still give way.
+/// The widths of a row's children. Each child, from the least to the most flexible, is offered an even share of what is
+/// left, so that no child shrinks while another has more than it needs; spacers come last. No word is broken while
+/// another child can still shrink.
 std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row,
                                      int available) const
 {
@@ -177,7 +177,8 @@ std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::
         if (isSpacer(item))
             continue;
         int offered = left / unserved;
-        // One that lacks only a little of its ideal gets that from those after it, which give way more easily.
+        // A child that lacks at most a fifth gets its ideal width from the more flexible ones: an early line break
+        // costs more than a few points less elsewhere.
         if (const int wanted = idealWidthOf(item); unserved > 1 && wanted <= offered + offered / 5)
             offered = std::max(offered, wanted);
         const int own = least(item);
@@ -219,7 +220,7 @@ int StackLayout::innerHeight(int width) const
 int StackLayout::heightForWidth(int width) const
 {
     const QMargins margins = contentsMargins();
-    return std::max(innerHeight(innerWidth(width)), besideText(minimumContentHeight)) + margins.top() +
+    return std::max(innerHeight(innerWidth(width)), scaledWithFont(minimumContentHeight)) + margins.top() +
            margins.bottom();
 }
 
@@ -261,7 +262,7 @@ void StackLayout::setGeometry(const QRect& rect)
     QRect inner = rect.marginsRemoved(contentsMargins());
     inner.setWidth(std::min(inner.width(), maximumContentWidth));
     const Arrangement& chosen = arrangement(inner.width());
-    // Children that are centred are centred on each other, not in room that the stack does not need.
+    // Centred children are centred on each other, not in width that the stack does not need.
     if (!expandingDirections().testFlag(Qt::Horizontal))
         inner.setWidth(std::min(inner.width(), idealWidth(chosen)));
     if (chosen.axis == Qt::Horizontal)
@@ -279,7 +280,7 @@ void StackLayout::placeRow(const Arrangement& chosen, const QRect& rect)
         const int width = widthsOfRow[index];
         const int height =
             expands(row[index], Qt::Vertical) ? rect.height() : std::min(heightAt(row[index], width), rect.height());
-        // The odd point goes above: the middle of the letters is below that of their line.
+        // An odd point goes above: the middle of letters is below the middle of their line.
         const int y = chosen.alignment == Qt::AlignCenter ? (rect.height() - height + 1) / 2 : 0;
         row[index]->setGeometry(QRect(x, rect.top() + y, width, height));
         x += width + chosen.spacing;

@@ -11,35 +11,35 @@
 
 namespace reelkeep {
 
-/// How a stack puts its children: one after the other along an axis.
+/// How a stack places its children along an axis.
 struct Arrangement {
     Qt::Orientation axis = Qt::Vertical;
     int spacing = 8;
     /// Across the axis: leading (left, top) or center.
     Qt::AlignmentFlag alignment = Qt::AlignLeading;
-    /// The room it must have to be taken: so much that nothing wraps, or just so much that all stays readable.
+    /// The width it needs to be chosen: enough that nothing wraps, or just enough that everything stays readable.
     enum class Room { ideal, readable } room = Room::ideal;
 };
 
-/// A row or a column in which every child has its ideal width where there is room, as with texts that nobody wraps
-/// without need. Room that is left goes to the children that expand, and to spacers only after them; where room lacks,
-/// the children that can shrink share it evenly, but for a little that lets one keep its ideal width, and for what
-/// keeps all of them readable. Heights follow from widths.
+/// A row or a column that gives every child its ideal width if there is room. Spare width goes to children that expand,
+/// then to spacers. If width is short, the children that can shrink share it evenly, with two exceptions: a child that
+/// lacks only a little keeps its ideal width, and no child becomes unreadable while another can still shrink. Heights
+/// follow from widths.
 ///
-/// Given several arrangements it takes the first that there is room for.
+/// Of several arrangements it uses the first that fits.
 class StackLayout : public QLayout, public Readable {
 public:
     explicit StackLayout(std::vector<Arrangement> choices);
     ~StackLayout() override;
 
-    /// Room that grows only when nothing else wants it.
+    /// Takes the width that no child wants.
     void addSpacer();
-    /// Takes all the width on offer, even where no child does.
+    /// Takes all the width on offer, even if no child expands.
     void setFillsWidth(bool fills) { fillsWidth = fills; }
     /// Wider than this, the stack stays at the leading edge. Device-independent pixels.
     void setMaximumContentWidth(int width) { maximumContentWidth = width; }
 
-    /// Lower than this, a column keeps the room and stands in its middle. Design points: it grows with the user's font.
+    /// A lower column is centred in this height. Design points, scaled with the user's font.
     void setMinimumContentHeight(int height) { minimumContentHeight = height; }
 
     void addItem(QLayoutItem* item) override;
@@ -55,7 +55,7 @@ public:
     void setGeometry(const QRect& rect) override;
     void invalidate() override;
 
-    /// The arrangement that a width leads to.
+    /// The arrangement used at a width.
     const Arrangement& arrangement(int width) const;
     /// The width at which nothing wraps.
     int idealWidth(const Arrangement& arrangement) const;
@@ -63,12 +63,12 @@ public:
 
 private:
     std::vector<QLayoutItem*> shown(const Arrangement& arrangement) const;
-    /// What its children need together, each measured in the same way.
+    /// The width of all children together, each measured by `measure`.
     int widthOf(const Arrangement& arrangement, int (*measure)(QLayoutItem*)) const;
     bool hasRoom(const Arrangement& arrangement, int width) const;
     std::vector<int> widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row, int available) const;
     int innerWidth(int width) const;
-    /// What the children need at a width, without margins.
+    /// The height of the children at a width, without margins.
     int innerHeight(int width) const;
     void placeRow(const Arrangement& arrangement, const QRect& rect);
     void placeColumn(const Arrangement& arrangement, const QRect& rect);

@@ -5,10 +5,10 @@
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
+#include <algorithm>
 #include <cmath>
-#include <utility>
 
-/// Resources of a static library are not registered by themselves. Outside of any namespace, as the macro demands.
+/// The resources of a static library must be registered by hand. The macro works only outside of any namespace.
 static void registerSymbols()
 {
     Q_INIT_RESOURCE(Symbols);
@@ -18,28 +18,28 @@ namespace reelkeep {
 
 namespace {
 
-QString pathOf(const QString& name)
+QString pathOf(const char* name)
 {
     static const bool registered = (registerSymbols(), true);
     Q_UNUSED(registered)
-    return QStringLiteral(":/symbols/") + name;
+    return QStringLiteral(":/symbols/") + QLatin1String(name);
 }
 
 } // namespace
 
-QSizeF symbolSize(const QString& name, double width)
+QSizeF symbolSize(const char* name, double width)
 {
     const QSizeF drawn = QSvgRenderer(pathOf(name)).viewBoxF().size();
     return {width, width * drawn.height() / drawn.width()};
 }
 
-QPixmap symbolPixmap(const QString& name, QSizeF size, const QColor& color, double devicePixelRatio)
+QPixmap symbolPixmap(const char* name, QSizeF size, const QColor& color, double devicePixelRatio)
 {
     const QSize pixels(int(std::ceil(size.width() * devicePixelRatio)),
                        int(std::ceil(size.height() * devicePixelRatio)));
-    const QString key =
-        QStringLiteral("%1/%2x%3/%4")
-            .arg(name, QString::number(pixels.width()), QString::number(pixels.height()), color.name(QColor::HexArgb));
+    const QString key = QStringLiteral("%1/%2x%3/%4")
+                            .arg(QLatin1String(name), QString::number(pixels.width()), QString::number(pixels.height()),
+                                 color.name(QColor::HexArgb));
     QPixmap pixmap;
     if (QPixmapCache::find(key, &pixmap) && pixmap.devicePixelRatio() == devicePixelRatio)
         return pixmap;
@@ -56,40 +56,26 @@ QPixmap symbolPixmap(const QString& name, QSizeF size, const QColor& color, doub
     return pixmap;
 }
 
-SymbolWidget::SymbolWidget(QString symbolName, double width, const TextColor& tint, QWidget* parent)
-    : QWidget(parent), name(std::move(symbolName)), symbolWidth(width), color(tint)
+SymbolWidget::SymbolWidget(const Glyph& shownGlyph) : glyph(shownGlyph)
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
-void SymbolWidget::setSymbol(const QString& symbolName)
+void SymbolWidget::setColor(const TextColor& newColor)
 {
-    name = symbolName;
-    updateGeometry();
+    color = newColor;
     update();
-}
-
-void SymbolWidget::setColor(const TextColor& tint)
-{
-    color = tint;
-    update();
-}
-
-void SymbolWidget::setFrameWidth(int width)
-{
-    frameWidth = width;
-    updateGeometry();
 }
 
 QSizeF SymbolWidget::drawnSize() const
 {
-    return symbolSize(name, besideText(symbolWidth));
+    return symbolSize(glyph.name, scaledWithFont(glyph.width));
 }
 
 QSize SymbolWidget::sizeHint() const
 {
     const QSizeF size = drawnSize();
-    return {std::max(besideText(frameWidth), int(std::ceil(size.width()))), int(std::ceil(size.height()))};
+    return {std::max(scaledWithFont(glyph.frame), int(std::ceil(size.width()))), int(std::ceil(size.height()))};
 }
 
 void SymbolWidget::paintEvent(QPaintEvent*)
@@ -97,11 +83,12 @@ void SymbolWidget::paintEvent(QPaintEvent*)
     QPainter painter(this);
     const QSizeF size = drawnSize();
     const QPointF corner((width() - size.width()) / 2, (height() - size.height()) / 2);
-    painter.drawPixmap(corner, symbolPixmap(name, size, color.resolved(Appearance::of(this)), devicePixelRatioF()));
+    const QColor ink = color.resolved(Appearance::of(this));
+    painter.drawPixmap(corner, symbolPixmap(glyph.name, size, ink, devicePixelRatioF()));
 }
 
-IconTile::IconTile(QString symbolName, double width, const Background& ground, QWidget* parent)
-    : QWidget(parent), name(std::move(symbolName)), symbolWidth(width), background(ground)
+IconTile::IconTile(const Glyph& shownGlyph, const Background& tileBackground)
+    : glyph(shownGlyph), background(tileBackground)
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -110,11 +97,14 @@ void IconTile::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     paint(painter, rect(), background, Appearance::of(this));
-    const QSizeF size = symbolSize(name, symbolWidth);
+    const QSizeF size = symbolSize(glyph.name, glyph.width);
     const QPointF corner((width() - size.width()) / 2, (height() - size.height()) / 2);
+    const auto draw = [&](QPointF place, const QColor& color) {
+        painter.drawPixmap(place, symbolPixmap(glyph.name, size, color, devicePixelRatioF()));
+    };
     // A soft shadow keeps the white glyph readable on the tile's light end.
-    painter.drawPixmap(corner + QPointF(0, 1), symbolPixmap(name, size, QColor(0, 0, 0, 46), devicePixelRatioF()));
-    painter.drawPixmap(corner, symbolPixmap(name, size, Qt::white, devicePixelRatioF()));
+    draw(corner + QPointF(0, 1), QColor(0, 0, 0, 46));
+    draw(corner, Qt::white);
 }
 
 } // namespace reelkeep

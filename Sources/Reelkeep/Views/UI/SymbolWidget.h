@@ -8,24 +8,21 @@
 
 namespace reelkeep {
 
-/// A symbol in one colour at a scale of the screen. `name` is an alias in Symbols.qrc, `size` in design points.
-QPixmap symbolPixmap(const QString& name, QSizeF size, const QColor& color, double devicePixelRatio);
+/// A symbol in one colour. `name` is an alias in Symbols.qrc; `size` is in device-independent pixels.
+QPixmap symbolPixmap(const char* name, QSizeF size, const QColor& color, double devicePixelRatio);
 
-/// The size of a symbol of that width, in design points.
-QSizeF symbolSize(const QString& name, double width);
+/// The size of a symbol of that width.
+QSizeF symbolSize(const char* name, double width);
 
-/// A symbol drawn in a colour of the palette or an accent, which grows with the texts beside it. It is decoration:
-/// screen readers pass over it.
+/// A symbol in a colour of the palette or an accent, scaled with the texts beside it. It is decoration: screen readers
+/// skip it.
 class SymbolWidget : public QWidget {
     Q_OBJECT
 
 public:
-    SymbolWidget(QString symbolName, double width, const TextColor& tint, QWidget* parent = nullptr);
+    explicit SymbolWidget(const Glyph& shownGlyph);
 
-    void setSymbol(const QString& symbolName);
-    void setColor(const TextColor& tint);
-    /// The width kept for it, where that is more than its own.
-    void setFrameWidth(int width);
+    void setColor(const TextColor& newColor);
 
     QSize sizeHint() const override;
 
@@ -35,10 +32,8 @@ protected:
 private:
     QSizeF drawnSize() const;
 
-    QString name;
-    double symbolWidth;
+    Glyph glyph;
     TextColor color;
-    int frameWidth = 0;
 };
 
 /// A white symbol on a rounded tile that runs from one colour to another.
@@ -46,7 +41,7 @@ class IconTile : public QWidget {
     Q_OBJECT
 
 public:
-    IconTile(QString symbolName, double width, const Background& ground, QWidget* parent = nullptr);
+    IconTile(const Glyph& shownGlyph, const Background& tileBackground);
 
     QSize sizeHint() const override { return {58, 58}; }
 
@@ -54,8 +49,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QString name;
-    double symbolWidth;
+    Glyph glyph;
     Background background;
 };
 

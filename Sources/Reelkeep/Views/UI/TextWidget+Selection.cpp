@@ -20,7 +20,7 @@ void TextWidget::setSelectable(bool nowSelectable)
         return;
     selectable = nowSelectable;
     if (selectable && !focusRing)
-        focusRing = new FocusRing(this);
+        focusRing = new FocusRing(this, 1);
     setFocusPolicy(selectable ? Qt::StrongFocus : Qt::NoFocus);
     setCursor(selectable ? Qt::IBeamCursor : Qt::ArrowCursor);
     if (!selectable)

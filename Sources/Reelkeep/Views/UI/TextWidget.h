@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UI/Appearance.h"
+#include "UI/Design.h"
 #include "UI/Readable.h"
 
 #include <QWidget>
@@ -15,7 +15,7 @@ class FocusRing;
 /// The colour of a text: one of the three levels of the palette, or an accent.
 struct TextColor {
     enum class Level { primary, secondary, tertiary, accent } level = Level::primary;
-    QColor accent;
+    QColor accent = {};
 
     QColor resolved(const Appearance& appearance) const;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// The two elements that follow collections; included by View.h alone.
+// The templates of the vocabulary; included by View.h alone.
 
 #include "UI/View.h"
 
@@ -9,6 +9,39 @@
 #include <optional>
 
 namespace reelkeep {
+
+template <std::convertible_to<View>... Children>
+std::vector<View> inOrder(Children&&... children)
+{
+    std::vector<View> views;
+    views.reserve(sizeof...(children));
+    (views.push_back(std::forward<Children>(children)), ...);
+    return views;
+}
+
+template <std::convertible_to<View>... Children>
+View VStack(const Stack& stack, Children&&... children)
+{
+    return VStack(stack, inOrder(std::forward<Children>(children)...));
+}
+
+template <std::convertible_to<View>... Children>
+View HStack(const Stack& stack, Children&&... children)
+{
+    return HStack(stack, inOrder(std::forward<Children>(children)...));
+}
+
+template <std::convertible_to<View>... Children>
+View ViewThatFits(const Stack& sideBySide, const Stack& stacked, Children&&... children)
+{
+    return ViewThatFits(sideBySide, stacked, inOrder(std::forward<Children>(children)...));
+}
+
+template <std::convertible_to<View>... Children>
+View AdaptiveGrid(int minimum, int spacing, Children&&... children)
+{
+    return AdaptiveGrid(minimum, spacing, inOrder(std::forward<Children>(children)...));
+}
 
 template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build)

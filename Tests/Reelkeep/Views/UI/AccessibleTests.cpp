@@ -175,8 +175,7 @@ TEST_F(Accessible, readsHowFarAProgressBarIs)
 
 TEST_F(Accessible, readsANamedBoxAsAGroup)
 {
-    const auto& group =
-        made(VStack({}, {Text("En camara"), Text("27")}).accessibleName(QStringLiteral("En camara: 27")));
+    const auto& group = made(VStack({.name = QStringLiteral("En camara: 27")}, {Text("En camara"), Text("27")}));
     EXPECT_EQ(group.role(), QAccessible::Grouping);
     EXPECT_EQ(group.text(QAccessible::Name), QStringLiteral("En camara: 27"));
     EXPECT_EQ(group.childCount(), 2);
@@ -184,7 +183,7 @@ TEST_F(Accessible, readsANamedBoxAsAGroup)
 
 TEST_F(Accessible, knowsASymbolForDecoration)
 {
-    const auto& symbol = made(Symbol("check", 52, {TextColor::Level::secondary, {}}));
+    const auto& symbol = made(Symbol(glyph::allSaved).secondary());
     EXPECT_EQ(symbol.role(), QAccessible::Graphic);
     EXPECT_EQ(symbol.text(QAccessible::Name), QString());
 }

@@ -1,5 +1,5 @@
 #include "Fixtures/Desktops.h"
-#include "UI/Appearance.h"
+#include "UI/Design.h"
 
 #include <QPainter>
 

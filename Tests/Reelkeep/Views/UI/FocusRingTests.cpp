@@ -38,7 +38,7 @@ protected:
     QWidget* content = new QWidget;
     QWidget* parent = new QWidget(content);
     QWidget* inner = new QWidget(parent);
-    FocusRing* ring = new FocusRing(inner);
+    FocusRing* ring = new FocusRing(inner, 4);
 };
 
 TEST_F(FocusRingTest, isThereWhileTheWidgetHasTheFocus)

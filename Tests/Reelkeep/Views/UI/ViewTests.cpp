@@ -207,7 +207,8 @@ protected:
         EXPECT_TRUE(circle.rect().contains(number->geometry()));
     }
 
-    Shown shown{VStack({}, {Circle(28, Background{.fill = Tint::of(Qt::red)}, {Text("1").headline()})})};
+    Shown shown{
+        VStack({}, {Circle(28, Plate{{.fill = Tint::of(Qt::red), .radius = plate::capsule}}, {Text("1").headline()})})};
 };
 
 TEST_F(ViewCircle, isRoundAroundItsText)
@@ -232,7 +233,7 @@ TEST_F(ViewCircle, growsWithTheUsersFont)
 
 TEST(ViewSymbol, growsWithTheUsersFont)
 {
-    const Shown shown{Symbol("down", 26, {TextColor::Level::primary, {}}, 30)};
+    const Shown shown{Symbol({"down", 26, 30})};
     EXPECT_EQ(shown.widget->sizeHint(), QSize(30, 26));
     const FontChange change(designFont(2));
     EXPECT_EQ(shown.widget->sizeHint(), QSize(60, 52));
