@@ -8,7 +8,6 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QTextLayout>
 
 #include <algorithm>
 
@@ -80,7 +79,7 @@ void TextWidget::mouseReleaseEvent(QMouseEvent* event)
         return;
     }
     selecting = false;
-    // As everywhere on X11, what was selected with the mouse can be pasted with its middle button.
+    // As usual on X11, the middle button pastes what was selected with the mouse.
     if (QClipboard* clipboard = QApplication::clipboard(); clipboard->supportsSelection() && hasSelection())
         clipboard->setText(selectedText(), QClipboard::Selection);
 }
@@ -96,20 +95,16 @@ void TextWidget::mouseDoubleClickEvent(QMouseEvent* event)
 void TextWidget::keyPressEvent(QKeyEvent* event)
 {
     const int end = int(shownText.size());
-    // Steps over whole characters, whatever number of units one takes.
-    const QTextLayout steps(shownText);
-    if (!selectable) {
+    if (!selectable)
         QWidget::keyPressEvent(event);
-        return;
-    }
-    if (event->matches(QKeySequence::Copy))
+    else if (event->matches(QKeySequence::Copy))
         copy();
     else if (event->matches(QKeySequence::SelectAll))
         selectAll();
     else if (event->matches(QKeySequence::SelectNextChar))
-        select(selectionStart, steps.nextCursorPosition(selectionEnd));
+        select(selectionStart, lines.nextCursorPosition(selectionEnd));
     else if (event->matches(QKeySequence::SelectPreviousChar))
-        select(selectionStart, steps.previousCursorPosition(selectionEnd));
+        select(selectionStart, lines.previousCursorPosition(selectionEnd));
     else if (event->matches(QKeySequence::SelectStartOfLine))
         select(selectionStart, 0);
     else if (event->matches(QKeySequence::SelectEndOfLine))

@@ -2,18 +2,20 @@
 
 #include <QEvent>
 #include <QFontMetricsF>
+#include <QGlyphRun>
 #include <QPainter>
-#include <QTextLayout>
+#include <QRawFont>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace reelkeep {
 
 namespace {
 
-/// File names may hold line feeds and other control characters. Each is shown as its symbol, one character for one, so
-/// that positions in the drawn text are positions in the real one.
+/// File names may contain line feeds and other control characters. Each is replaced by one symbol, so that positions in
+/// the drawn text are positions in the real one.
 QString withVisibleControls(QString text)
 {
     for (QChar& character : text) {
@@ -44,11 +46,13 @@ QColor TextColor::resolved(const Appearance& appearance) const
     return accent;
 }
 
-TextWidget::TextWidget(QWidget* parent) : QWidget(parent)
+TextWidget::TextWidget()
 {
     QSizePolicy policy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
+    lines.setCacheEnabled(true);
+    ending.setCacheEnabled(true);
     setStyle({});
 }
 
@@ -57,7 +61,6 @@ void TextWidget::setText(const QString& text)
     if (text == shownText)
         return;
     shownText = text;
-    drawnText = withVisibleControls(text);
     selectionStart = selectionEnd = 0;
     textChanged();
 }
@@ -67,6 +70,7 @@ void TextWidget::setStyle(const TypeStyle& style)
     typeStyle = style;
     typeFont = style.font();
     lineHeight = style.height();
+    leading = (lineHeight - QFontMetricsF(typeFont).height()) / 2;
     textChanged();
 }
 
@@ -79,7 +83,7 @@ void TextWidget::setColor(const TextColor& color)
 void TextWidget::setAlignment(Qt::Alignment newAlignment)
 {
     alignment = newAlignment;
-    update();
+    textChanged();
 }
 
 void TextWidget::setLineLimit(int limit)
@@ -96,56 +100,68 @@ void TextWidget::setMaximumTextWidth(int width)
 
 void TextWidget::textChanged()
 {
+    lines.setText(withVisibleControls(shownText));
+    lines.setFont(typeFont);
+    ending.setFont(typeFont);
     isMeasured = false;
-    linesWidth = -1;
+    layoutWidth = -1;
     updateGeometry();
     update();
 }
 
-std::vector<TextWidget::Line> TextWidget::lines(int width) const
+/// Breaks the text into lines of this width and returns how many there are; an empty text has one.
+int TextWidget::breakLines(QTextOption::WrapMode wrapMode, double width) const
 {
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    QTextLayout layout(drawnText, typeFont);
-    layout.setTextOption(option);
-    layout.beginLayout();
-    std::vector<Line> result;
-    for (QTextLine line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+    QTextOption option(alignment);
+    option.setWrapMode(wrapMode);
+    lines.setTextOption(option);
+    lines.beginLayout();
+    for (QTextLine line = lines.createLine(); line.isValid(); line = lines.createLine()) {
         line.setLineWidth(width);
-        result.push_back({line.textStart(), line.textLength()});
+        line.setPosition({0, lineTop(line.lineNumber()) + leading});
     }
-    layout.endLayout();
-    if (result.empty())
-        result.push_back({0, 0});
-    return result;
+    lines.endLayout();
+    return lines.lineCount();
 }
 
-const std::vector<TextWidget::Line>& TextWidget::linesNow() const
+void TextWidget::layOut(int width) const
 {
-    if (linesWidth != width()) {
-        cachedLines = lines(width());
-        linesWidth = width();
-    }
-    return cachedLines;
+    if (layoutWidth == width)
+        return;
+    layoutWidth = width;
+    endingStart = -1;
+    const int count = breakLines(QTextOption::WrapAtWordBoundaryOrAnywhere, width);
+    if (lineLimit == 0 || count <= lineLimit)
+        return;
+    endingStart = lines.lineAt(lineLimit - 1).textStart();
+    const QString rest = lines.text().mid(endingStart);
+    ending.setText(QFontMetricsF(typeFont).elidedText(rest, Qt::ElideRight, width));
+    ending.beginLayout();
+    QTextLine line = ending.createLine();
+    line.setLineWidth(QWIDGETSIZE_MAX);
+    line.setPosition({0, lineTop(lineLimit - 1) + leading});
+    ending.endLayout();
 }
 
-int TextWidget::shownLineCount(std::size_t lineCount) const
+int TextWidget::shownLineCount() const
 {
-    return lineLimit > 0 ? std::min(lineLimit, int(lineCount)) : int(lineCount);
+    return endingStart >= 0 ? lineLimit : lines.lineCount();
 }
 
-/// Both widths as the layout that breaks the lines has them, so that at these widths it breaks nothing.
+double TextWidget::lineTop(int line) const
+{
+    return line * lineHeight;
+}
+
+/// Measures with the layout that breaks the lines, so that at these widths it breaks nothing.
 void TextWidget::measure() const
 {
     if (isMeasured)
         return;
-    QTextLayout layout(drawnText, typeFont);
-    layout.beginLayout();
-    QTextLine line = layout.createLine();
-    line.setLineWidth(QWIDGETSIZE_MAX);
-    layout.endLayout();
-    idealWidth = int(std::ceil(line.naturalTextWidth()));
-    longestWord = int(std::ceil(layout.minimumWidth()));
+    breakLines(QTextOption::WordWrap, QWIDGETSIZE_MAX);
+    layoutWidth = -1;
+    idealWidth = int(std::ceil(lines.lineAt(0).naturalTextWidth()));
+    longestWord = int(std::ceil(lines.minimumWidth()));
     isMeasured = true;
 }
 
@@ -164,86 +180,52 @@ int TextWidget::readableWidth() const
 
 QSize TextWidget::minimumSizeHint() const
 {
-    // Rather break inside a word than push the window wider, however large the user's font is.
-    constexpr int bearable = 57;
+    // Words are broken before they push the window wider than its minimum, however large the user's font is.
+    constexpr int brokenFrom = 57;
     measure();
-    return {std::min({longestWord, maximumTextWidth, bearable}), int(lineHeight)};
+    return {std::min({longestWord, maximumTextWidth, brokenFrom}), int(lineHeight)};
 }
 
 int TextWidget::heightForWidth(int width) const
 {
     if (isMeasured && width >= idealWidth)
         return int(lineHeight);
-    if (linesWidth != width) {
-        cachedLines = lines(width);
-        linesWidth = width;
-    }
-    return int(shownLineCount(cachedLines.size()) * lineHeight);
-}
-
-void TextWidget::resizeEvent(QResizeEvent*)
-{
-    update();
+    layOut(width);
+    return int(lineTop(shownLineCount()));
 }
 
 bool TextWidget::isCut() const
 {
-    const auto& all = linesNow();
-    return height() < shownLineCount(all.size()) * lineHeight - 0.5 || width() < minimumSizeHint().width();
+    layOut(width());
+    return height() < lineTop(shownLineCount()) - 0.5 || width() < minimumSizeHint().width();
 }
 
-QString TextWidget::visibleText(const Line& line, bool isLastShown) const
+/// What is selected in a part of the text that begins at `start`.
+QList<QTextLayout::FormatRange> TextWidget::selectionIn(const QTextLayout& part, int start) const
 {
-    const bool moreFollows = line.start + line.length < drawnText.size();
-    if (isLastShown && moreFollows)
-        return QFontMetricsF(typeFont).elidedText(drawnText.mid(line.start), Qt::ElideRight, width());
-    return drawnText.mid(line.start, line.length);
-}
-
-double TextWidget::lineLeft(const QString& lineText) const
-{
-    if (alignment == Qt::AlignLeft)
-        return 0;
-    QString trimmed = lineText;
-    while (trimmed.endsWith(u' '))
-        trimmed.chop(1);
-    const double free = width() - QFontMetricsF(typeFont).horizontalAdvance(trimmed);
-    return std::max(0.0, alignment == Qt::AlignRight ? free : free / 2);
-}
-
-void TextWidget::drawLine(QPainter& painter, const Line& line, const QString& lineText, double top) const
-{
-    const QFontMetricsF metrics(typeFont);
-    const QPointF origin(lineLeft(lineText), top + (lineHeight - metrics.height()) / 2);
-    QTextLayout layout(lineText, typeFont);
-    layout.beginLayout();
-    layout.createLine().setLineWidth(QWIDGETSIZE_MAX);
-    layout.endLayout();
-
-    QList<QTextLayout::FormatRange> ranges;
-    const int from = std::clamp(selectionBegin() - line.start, 0, int(lineText.size()));
-    const int to = std::clamp(selectionFinish() - line.start, 0, int(lineText.size()));
-    if (to > from) {
-        QTextLayout::FormatRange range;
-        range.start = from;
-        range.length = to - from;
-        range.format.setBackground(palette().brush(QPalette::Active, QPalette::Highlight));
-        range.format.setForeground(palette().brush(QPalette::Active, QPalette::HighlightedText));
-        ranges.append(range);
-    }
-    layout.draw(&painter, origin, ranges);
+    const int from = std::max(0, selectionBegin() - start);
+    const int to = std::min(selectionFinish() - start, int(part.text().size()));
+    if (to <= from)
+        return {};
+    QTextLayout::FormatRange range;
+    range.start = from;
+    range.length = to - from;
+    range.format.setBackground(palette().brush(QPalette::Active, QPalette::Highlight));
+    range.format.setForeground(palette().brush(QPalette::Active, QPalette::HighlightedText));
+    return {range};
 }
 
 void TextWidget::paintEvent(QPaintEvent*)
 {
+    layOut(width());
     QPainter painter(this);
     painter.setPen(textColor.resolved(Appearance::of(this)));
-    const auto& all = linesNow();
-    const int count = shownLineCount(all.size());
-    for (int index = 0; index < count; ++index) {
-        const Line& line = all[std::size_t(index)];
-        drawLine(painter, line, visibleText(line, index == count - 1), index * lineHeight);
-    }
+    const int whole = endingStart >= 0 ? lineLimit - 1 : lines.lineCount();
+    // Draws the lines that begin inside this rectangle.
+    if (whole > 0)
+        lines.draw(&painter, {}, selectionIn(lines, 0), QRectF(0, 0, width(), lineTop(whole) - lineHeight / 2));
+    if (endingStart >= 0)
+        ending.draw(&painter, {}, selectionIn(ending, endingStart));
 }
 
 void TextWidget::changeEvent(QEvent* event)
@@ -255,39 +237,37 @@ void TextWidget::changeEvent(QEvent* event)
 
 QRectF TextWidget::characterRect(int position) const
 {
-    const auto& all = linesNow();
-    for (std::size_t index = 0; index < all.size(); ++index) {
-        const Line& line = all[index];
-        if (position >= line.start + line.length && index + 1 < all.size())
-            continue;
-        const QFontMetricsF metrics(typeFont);
-        const QString before = drawnText.mid(line.start, position - line.start);
-        const double left = lineLeft(drawnText.mid(line.start, line.length)) + metrics.horizontalAdvance(before);
-        const double advance = metrics.horizontalAdvance(drawnText.mid(position, 1));
-        return {left, double(index) * lineHeight, advance, lineHeight};
+    layOut(width());
+    const bool inEnding = endingStart >= 0 && position >= endingStart;
+    const QTextLine line = inEnding ? ending.lineAt(0) : lines.lineForTextPosition(position);
+    // What the ellipsis hides is where the ellipsis is.
+    const int inLine = inEnding ? std::min(position - endingStart, int(ending.text().size()) - 1) : position;
+    const double top = lineTop(inEnding ? lineLimit - 1 : line.lineNumber());
+    QRectF rect(line.cursorToX(inLine), top, 0, lineHeight);
+    // Taken from the glyphs: between two directions of writing a cursor position belongs to two characters.
+    bool isFirst = true;
+    for (const QGlyphRun& run : line.glyphRuns(inLine, 1)) {
+        const auto positions = run.positions();
+        const auto advances = run.rawFont().advancesForGlyphIndexes(run.glyphIndexes());
+        for (qsizetype glyph = 0; glyph < positions.size(); ++glyph) {
+            const QRectF drawn(positions[glyph].x(), top, advances[glyph].x(), lineHeight);
+            rect = std::exchange(isFirst, false) ? drawn : rect | drawn;
+        }
     }
-    return {};
+    return rect;
 }
 
-int TextWidget::positionAt(QPointF place) const
+int TextWidget::positionAt(QPointF point) const
 {
-    const auto& all = linesNow();
-    const int lastRow = shownLineCount(all.size()) - 1;
-    const int row = std::clamp(int(place.y() / lineHeight), 0, lastRow);
-    const Line& line = all[std::size_t(row)];
-    const QString lineText = drawnText.mid(line.start, line.length);
-    // The ellipsis stands for all that is cut off: who selects as far as can be seen means the whole text.
-    if (row == lastRow && row + 1 < int(all.size())) {
-        const QString beforeEllipsis = visibleText(line, true).chopped(1);
-        if (place.x() >= QFontMetricsF(typeFont).horizontalAdvance(beforeEllipsis))
-            return int(drawnText.size());
-    }
-    QTextLayout layout(lineText, typeFont);
-    layout.beginLayout();
-    QTextLine only = layout.createLine();
-    only.setLineWidth(QWIDGETSIZE_MAX);
-    layout.endLayout();
-    return line.start + only.xToCursor(place.x() - lineLeft(lineText));
+    layOut(width());
+    const int row = std::clamp(int(point.y() / lineHeight), 0, shownLineCount() - 1);
+    if (endingStart < 0 || row < lineLimit - 1)
+        return lines.lineAt(row).xToCursor(point.x());
+    // The ellipsis stands for everything that is cut off: a selection as far as it includes the whole text.
+    const int ellipsis = int(ending.text().size()) - 1;
+    const int inLine = ending.lineAt(0).xToCursor(point.x());
+    return inLine >= ellipsis && point.x() >= ending.lineAt(0).cursorToX(ellipsis) ? int(shownText.size())
+                                                                                   : endingStart + inLine;
 }
 
 } // namespace reelkeep

@@ -3,10 +3,10 @@
 #include "UI/Design.h"
 #include "UI/Readable.h"
 
+#include <QTextLayout>
 #include <QWidget>
 
-#include <optional>
-#include <vector>
+#include <algorithm>
 
 namespace reelkeep {
 
@@ -20,16 +20,16 @@ struct TextColor {
     QColor resolved(const Appearance& appearance) const;
 };
 
-/// Plain text that wraps between words, and inside a word where the word alone is too wide. Its ideal width is that of
-/// the unwrapped text. Control characters are shown as their symbols; the text itself is never changed.
+/// Plain text that wraps between words, and inside a word that is too wide alone. Its ideal width is that of the
+/// unwrapped text. Control characters are drawn as symbols; the text itself is never changed.
 ///
-/// A selectable one can be selected with the mouse and the keyboard and copied, always as the exact characters, also
-/// where the end is cut off on screen.
+/// A selectable one can be selected with mouse and keyboard and copied: always the exact characters, even those that a
+/// line limit hides.
 class TextWidget : public QWidget, public Readable {
     Q_OBJECT
 
 public:
-    explicit TextWidget(QWidget* parent = nullptr);
+    TextWidget();
 
     const QString& text() const { return shownText; }
     void setText(const QString& text);
@@ -38,7 +38,7 @@ public:
     void setColor(const TextColor& color);
     const TextColor& color() const { return textColor; }
     void setAlignment(Qt::Alignment alignment);
-    /// More lines than this are cut off, with an ellipsis at the end of the last. 0 for no limit.
+    /// Further lines are cut off, with an ellipsis at the end of the last. 0 for no limit.
     void setLineLimit(int lines);
     /// Wider than this it wraps. Device-independent pixels.
     void setMaximumTextWidth(int width);
@@ -53,14 +53,14 @@ public:
     void select(int from, int to);
     void selectAll();
     void clearSelection();
-    /// Puts the selection, or the whole text where nothing is selected, on the clipboard.
+    /// Puts the selection, or the whole text if nothing is selected, on the clipboard.
     void copy() const;
 
-    /// Whether the present size cuts anything off (tests ask this).
+    /// Whether the current size cuts anything off (for tests).
     bool isCut() const;
-    /// Where a character stands, and which one stands at a place, in the widget's coordinates.
+    /// The bounds of a character, and the position of the character at a point, in the widget's coordinates.
     QRectF characterRect(int position) const;
-    int positionAt(QPointF place) const;
+    int positionAt(QPointF point) const;
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -71,7 +71,6 @@ public:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -82,24 +81,19 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    struct Line {
-        int start;
-        int length;
-    };
-    std::vector<Line> lines(int width) const;
-    const std::vector<Line>& linesNow() const;
-    QString visibleText(const Line& line, bool isLastShown) const;
-    int shownLineCount(std::size_t lineCount) const;
-    double lineLeft(const QString& lineText) const;
     void textChanged();
     void measure() const;
-    void drawLine(QPainter& painter, const Line& line, const QString& lineText, double top) const;
+    void layOut(int width) const;
+    int breakLines(QTextOption::WrapMode wrapMode, double width) const;
+    int shownLineCount() const;
+    double lineTop(int line) const;
+    QList<QTextLayout::FormatRange> selectionIn(const QTextLayout& part, int start) const;
 
     QString shownText;
-    QString drawnText; ///< `shownText`, control characters replaced one for one by their symbols.
     TypeStyle typeStyle;
     QFont typeFont;
     double lineHeight;
+    double leading; ///< From the top of a line to that of its letters.
     TextColor textColor;
     Qt::Alignment alignment = Qt::AlignLeft;
     int lineLimit = 0;
@@ -112,8 +106,13 @@ private:
     mutable int idealWidth = 0; ///< Of the whole text in one line.
     mutable int longestWord = 0;
     mutable bool isMeasured = false;
-    mutable int linesWidth = -1;
-    mutable std::vector<Line> cachedLines;
+
+    /// The lines at `layoutWidth`. Its text is `shownText` with control characters replaced one for one by symbols.
+    mutable QTextLayout lines;
+    mutable int layoutWidth = -1;
+    /// Drawn instead of the last line if the line limit cuts the text: the rest of the text from `endingStart`, elided.
+    mutable QTextLayout ending;
+    mutable int endingStart = -1; ///< Negative while the text is not cut.
 };
 
 } // namespace reelkeep

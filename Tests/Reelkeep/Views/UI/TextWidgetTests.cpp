@@ -11,6 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace reelkeep {
 namespace {
 
@@ -345,6 +348,49 @@ TEST_F(TextWidgetTest, standAtTheEdgeTheyAreAlignedTo)
     EXPECT_NEAR(text.characterRect(2).right(), 200, 1);
     text.setAlignment(Qt::AlignHCenter);
     EXPECT_NEAR((text.characterRect(0).left() + text.characterRect(2).right()) / 2, 100, 1);
+}
+
+TEST_F(TextWidgetTest, standFromRightToLeftIfWrittenSo)
+{
+    make(QStringLiteral("אבגד"));
+    EXPECT_NEAR(text.characterRect(0).right(), text.width(), 1);
+    for (int position = 1; position < 4; ++position) {
+        EXPECT_GT(text.characterRect(position).width(), 0) << position;
+        EXPECT_NEAR(text.characterRect(position).right(), text.characterRect(position - 1).left(), 0.1) << position;
+    }
+    EXPECT_NEAR(text.characterRect(3).left(), 0, 1);
+}
+
+TEST_F(TextWidgetTest, shareTheirLineInBothDirectionsOfWriting)
+{
+    make(QStringLiteral("/media/אבגד 12/EOS"));
+    std::vector<QRectF> rects;
+    for (int position = 0; position < int(text.text().size()); ++position)
+        rects.push_back(text.characterRect(position));
+    std::sort(rects.begin(), rects.end(), [](const QRectF& a, const QRectF& b) { return a.left() < b.left(); });
+    EXPECT_NEAR(rects.front().left(), 0, 0.1);
+    for (std::size_t index = 1; index < rects.size(); ++index)
+        EXPECT_NEAR(rects[index].left(), rects[index - 1].right(), 0.1) << index;
+}
+
+TEST_F(TextWidgetTest, areHitWhereTheirCharactersAre)
+{
+    for (const QString& content : {QStringLiteral("/media/ana/EOS"), QStringLiteral("/media/אבגד 12/EOS")}) {
+        make(content);
+        for (int position = 0; position < int(content.size()); ++position) {
+            const int hit = text.positionAt(text.characterRect(position).center());
+            EXPECT_TRUE(hit == position || hit == position + 1) << content.toStdString() << position << " " << hit;
+        }
+    }
+}
+
+TEST_F(TextWidgetTest, haveTheirCutOffCharactersAtTheEllipsis)
+{
+    makePath(300);
+    const QRectF last = text.characterRect(int(longPath.size()) - 1);
+    EXPECT_EQ(last.top(), 2 * 13);
+    EXPECT_LE(last.right(), 300);
+    EXPECT_EQ(last, text.characterRect(int(longPath.size()) - 20));
 }
 
 TEST_F(TextWidgetTest, growWithTheUsersFont)
