@@ -22,56 +22,56 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Left to itself where it hangs.
-template <class Question>
-auto ask(Question question)
+/// Runs the query on a detached thread; if it never returns, the thread is abandoned.
+template <class Query>
+auto start(Query query)
 {
-    std::packaged_task<decltype(question())()> task(std::move(question));
-    auto answer = task.get_future();
+    std::packaged_task<decltype(query())()> task(std::move(query));
+    auto result = task.get_future();
     try {
         std::thread(std::move(task)).detach();
-    } catch (const std::system_error&) { // No thread left: there will be no answer.
-        answer = {};
+    } catch (const std::system_error&) { // No thread left: there will be no result.
+        result = {};
     }
-    return answer;
+    return result;
 }
 
-template <class Answer>
-Answer answerUntil(std::future<Answer>& asked, Clock::time_point end)
+template <class Result>
+Result resultBy(Clock::time_point end, std::future<Result>& query)
 {
-    return asked.valid() && asked.wait_until(end) == std::future_status::ready ? asked.get() : Answer();
+    return query.valid() && query.wait_until(end) == std::future_status::ready ? query.get() : Result();
 }
 
 bool isMountedByPeople(const mntent& mount)
 {
-    const std::string_view place(mount.mnt_dir);
+    const std::string_view path(mount.mnt_dir);
     const std::string_view kind(mount.mnt_type);
     const bool isDisk = std::string_view(mount.mnt_fsname).starts_with("/dev/");
     const bool isRemote = kind.starts_with("fuse") || kind.starts_with("nfs") || kind == "cifs";
     return (isDisk || isRemote) &&
-        (place.starts_with("/media/") || place.starts_with("/run/media/") || place.starts_with("/mnt"));
+        (path.starts_with("/media/") || path.starts_with("/run/media/") || path.starts_with("/mnt"));
 }
 
-/// Out of the kernel's table, which asks no disk.
-QStringList placesMountedByPeople()
+/// Read from /proc/self/mounts, which touches no disk.
+QStringList pathsMountedByPeople()
 {
-    QStringList places;
+    QStringList paths;
     const std::unique_ptr<std::FILE, decltype(&endmntent)> table(setmntent("/proc/self/mounts", "r"), endmntent);
     while (const mntent* mount = table ? getmntent(table.get()) : nullptr) {
-        const QString place = QFile::decodeName(mount->mnt_dir);
-        if (isMountedByPeople(*mount) && !places.contains(place))
-            places.append(place);
+        const QString path = QFile::decodeName(mount->mnt_dir);
+        if (isMountedByPeople(*mount) && !paths.contains(path))
+            paths.append(path);
     }
-    return places;
+    return paths;
 }
 
-QList<Volume> volumeAt(const QString& place)
+QList<Volume> volumeAt(const QString& path)
 {
-    const QStorageInfo volume(place);
-    return volume.isValid() && volume.isReady() ? QList<Volume>{{place, volume.name()}} : QList<Volume>{};
+    const QStorageInfo volume(path);
+    return volume.isValid() && volume.isReady() ? QList<Volume>{{path, volume.name()}} : QList<Volume>{};
 }
 
-/// Cameras and phones that speak a protocol instead of being a disk appear as folders here.
+/// Cameras and phones that are connected by a protocol and not as a disk appear as folders here.
 QList<Volume> attachedDevices()
 {
     const QDir mounts(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/gvfs"));
@@ -86,20 +86,20 @@ QList<Volume> attachedDevices()
 QList<Volume> answeringVolumes(std::chrono::milliseconds patience)
 {
     const Clock::time_point end = Clock::now() + patience;
-    std::vector<std::future<QList<Volume>>> questions;
-    for (const QString& place : placesMountedByPeople())
-        questions.push_back(ask([place] { return volumeAt(place); }));
-    questions.push_back(ask(attachedDevices));
-    QList<Volume> answers;
-    for (auto& asked : questions)
-        answers += answerUntil(asked, end);
-    return answers;
+    std::vector<std::future<QList<Volume>>> queries;
+    for (const QString& path : pathsMountedByPeople())
+        queries.push_back(start([path] { return volumeAt(path); }));
+    queries.push_back(start(attachedDevices));
+    QList<Volume> volumes;
+    for (auto& query : queries)
+        volumes += resultBy(end, query);
+    return volumes;
 }
 
 bool isAnsweringFolder(const QString& folder, std::chrono::milliseconds patience)
 {
-    auto asked = ask([folder] { return QFileInfo(folder).isDir(); });
-    return answerUntil(asked, Clock::now() + patience);
+    auto query = start([folder] { return QFileInfo(folder).isDir(); });
+    return resultBy(Clock::now() + patience, query);
 }
 
 } // namespace reelkeep

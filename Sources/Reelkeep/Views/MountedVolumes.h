@@ -7,18 +7,18 @@
 
 namespace reelkeep {
 
-/// A disk, card, share or device in the tree of folders.
+/// A mounted disk, card, share or device.
 struct Volume {
-    QString place;
-    QString label; ///< What its owner calls it; empty where nobody does.
+    QString path;
+    QString label; ///< May be empty.
 };
 
-/// What is mounted where desktops and people put what is no part of the system. Whoever asks a dead share or a hanging
-/// disk anything waits for ever, so each is asked on a thread of its own, and one that has not answered within
-/// `patience` is left out.
+/// Volumes mounted under /media, /run/media or /mnt, and gvfs devices. A query to a dead share or a hanging disk may
+/// block for ever, so each runs on a thread of its own, and a volume that has not answered within `patience` is left
+/// out.
 QList<Volume> answeringVolumes(std::chrono::milliseconds patience);
 
-/// Whether a folder is there and says so within `patience`.
+/// Whether a folder exists and its disk confirms that within `patience`.
 bool isAnsweringFolder(const QString& folder, std::chrono::milliseconds patience);
 
 } // namespace reelkeep

@@ -23,18 +23,18 @@ namespace reelkeep {
 
 namespace {
 
-/// For an answer of any disk: opening a dialog may take this much longer where one hangs.
+/// How long to wait for disks before opening the dialog.
 constexpr std::chrono::milliseconds patience{300};
 
-/// Home and computer as in a bare dialog, then cards and disks under the labels that their owner gave them.
+/// The default entries, home and computer, then cards and disks by their labels.
 void fillSidebar(QFileDialog& dialog)
 {
     QList<QUrl> urls = dialog.sidebarUrls();
     QHash<QString, QString> labels;
     for (const Volume& volume : answeringVolumes(patience)) {
-        urls.append(QUrl::fromLocalFile(volume.place));
+        urls.append(QUrl::fromLocalFile(volume.path));
         if (!volume.label.isEmpty())
-            labels.insert(volume.place, volume.label);
+            labels.insert(volume.path, volume.label);
     }
     dialog.setSidebarUrls(urls);
 
@@ -52,14 +52,15 @@ void fillSidebar(QFileDialog& dialog)
         }
     };
     label();
-    // The dialog writes the folder's name back whenever its file system model reports on the folder.
+    // The dialog restores the folder's name whenever its file system model reports a change of the folder.
     QObject::connect(model, &QAbstractItemModel::dataChanged, &dialog, label);
 }
 
-/// Wide enough for the names of disks, where the screen is; folders have neither a size nor a type worth a column.
-void makeRoom(QFileDialog& dialog)
+/// Makes the dialog wide enough for the names of disks, if the screen is; hides the columns that say nothing of
+/// folders.
+void fitColumns(QFileDialog& dialog)
 {
-    dialog.resize(QSize(860, 540).boundedTo(roomOnScreen(dialog)));
+    dialog.resize(QSize(860, 540).boundedTo(availableSize(dialog)));
     if (auto* splitter = dialog.findChild<QSplitter*>())
         splitter->setSizes({220, 640});
     if (auto* details = dialog.findChild<QTreeView*>(QStringLiteral("treeView"))) {
@@ -72,8 +73,8 @@ void makeRoom(QFileDialog& dialog)
     }
 }
 
-/// Return in the field closes the dialog while the completions below it stay open. As long as they are, the toolkit
-/// overlooks that the window behind has become active, and that would then take no keys.
+/// Return in the field closes the dialog but not the list of completions below it. While that is open, the toolkit does
+/// not notice that the window behind has become active, and the window gets no keys.
 void closeCompletionsWith(QFileDialog& dialog)
 {
     auto* field = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
@@ -85,15 +86,15 @@ class QtFolderDialog : public FolderDialog {
 public:
     Response runModal() override
     {
-        // The dialog would remember itself in a file under the user's configuration. This program leaves no files
-        // behind, so its settings lead to a place where nothing can be written.
+        // The dialog would save its state in a file under the user's configuration. This program leaves no files
+        // behind, so the settings path leads to a place that cannot be written to.
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
 
         auto* shown = new QFileDialog(QApplication::activeWindow(), {}, firstFolder());
         const QPointer<QFileDialog> dialog(shown);
         configure(*shown);
         const int result = shown->exec();
-        // The program may have ended meanwhile, and the dialog with its window.
+        // The program may have ended in the meantime, and destroyed the dialog with its window.
         if (!dialog)
             return Response::cancel;
         if (result == QDialog::Accepted)
@@ -109,13 +110,13 @@ public:
     std::vector<Location> URLs() const override { return chosen; }
 
 private:
-    /// Where any dialog of this program was left.
+    /// The last folder of any dialog of this program.
     static QString& lastFolder()
     {
         static QString folder;
         return folder;
     }
-    /// There, unless its disk would hold the window up.
+    /// The last folder, or home if its disk does not answer in time.
     static QString firstFolder()
     {
         const QString& last = lastFolder();
@@ -129,14 +130,14 @@ private:
         dialog.setOption(QFileDialog::ReadOnly);
         dialog.setOption(QFileDialog::ShowDirsOnly, canChooseDirectories && !canChooseFiles);
         dialog.setFileMode(QFileDialog::Directory);
-        // The mode resets the views to a single choice, so this comes after it.
+        // After the mode, which resets the views to single selection.
         for (const auto* name : {"listView", "treeView"}) {
             auto* view = dialog.findChild<QAbstractItemView*>(QLatin1String(name));
             if (view && allowsMultipleSelection)
                 view->setSelectionMode(QAbstractItemView::ExtendedSelection);
         }
         fillSidebar(dialog);
-        makeRoom(dialog);
+        fitColumns(dialog);
         closeCompletionsWith(dialog);
     }
 

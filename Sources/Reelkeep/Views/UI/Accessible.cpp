@@ -18,7 +18,7 @@ namespace reelkeep {
 
 namespace {
 
-/// A text: its words are its name. A selectable one can be read and selected character by character.
+/// A text, which is its own name. A selectable one can be read and selected character by character.
 class AccessibleText : public QAccessibleWidget, public QAccessibleTextInterface {
 public:
     explicit AccessibleText(TextWidget* text)
@@ -78,7 +78,7 @@ private:
     TextWidget* widget() const { return static_cast<TextWidget*>(QAccessibleWidget::widget()); }
 };
 
-/// One row, whether or not it is in view. It holds no record, only an index, so it can outlive any change of the list.
+/// One row, in view or not. It holds an index instead of a record, so it can outlive any change of the list.
 class AccessibleRow : public QAccessibleInterface {
 public:
     AccessibleRow(RowList* rows, int row) : list(rows), index(row) {}
@@ -123,7 +123,7 @@ private:
     int index;
 };
 
-/// The list with all its rows as children. Rows become objects when somebody asks for them, and not before.
+/// The list with all its rows as children. The object of a row is made when it is first requested.
 class AccessibleRowList : public QAccessibleWidget {
 public:
     explicit AccessibleRowList(RowList* list) : QAccessibleWidget(list, QAccessible::List) {}
@@ -170,8 +170,8 @@ private:
     mutable std::map<int, QAccessible::Id> rows;
 };
 
-/// A pop-up menu that says its label before its choice. The toolkit's own says only the choice, and relies for the
-/// label on a kind of label that this vocabulary does not use.
+/// A pop-up menu whose name is its label and its choice. The toolkit's own takes the name from a QLabel, which this
+/// vocabulary does not use.
 class AccessiblePopUp : public QAccessibleWidget {
 public:
     explicit AccessiblePopUp(PopUp* popUp) : QAccessibleWidget(popUp, QAccessible::ComboBox) {}

@@ -2,7 +2,7 @@
 
 namespace reelkeep {
 
-/// Makes the vocabulary's widgets known to screen readers. Once, before the first widget.
+/// Registers the vocabulary's widgets with screen readers. Call once, before the first widget.
 void installAccessibility();
 
 } // namespace reelkeep

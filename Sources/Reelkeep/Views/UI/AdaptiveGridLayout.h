@@ -25,7 +25,7 @@ public:
     void setGeometry(const QRect& rect) override;
 
 private:
-    /// Puts the items into a width, or only computes where they would end. Returns the height.
+    /// Places the items into a width if `apply` is set. Returns their height in either case.
     int arrange(const QRect& rect, bool apply) const;
 
     int minimumColumn;

@@ -7,8 +7,8 @@ class QWidget;
 
 namespace reelkeep {
 
-/// Tells screen readers of a text that changes by itself: at once when it was quiet, and while the text keeps changing
-/// every few seconds, with the newest words. Nobody can listen to a progress report for every file.
+/// Announces the changes of a text to screen readers: the first one at once, then the newest text every few seconds. A
+/// progress report for every file would be too much to listen to.
 class Announcer : public QObject {
     Q_OBJECT
 
@@ -19,7 +19,7 @@ public:
     void announce(const QString& text);
 
 signals:
-    /// `text` was handed to the screen readers.
+    /// Emitted when `text` was passed to the screen readers.
     void announced(const QString& text);
 
 private:

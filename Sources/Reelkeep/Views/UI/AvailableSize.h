@@ -5,12 +5,12 @@
 
 namespace reelkeep {
 
-/// How large the content of a window may be to stand on its screen with its title bar and borders, of which the desktop
-/// has not told yet how much they take. Device-independent pixels; on the interface thread.
-inline QSize roomOnScreen(const QWidget& window)
+/// The largest content with which a window fits its screen. The size of title bar and borders is not known before the
+/// window is shown, so it is estimated. Device-independent pixels; interface thread only.
+inline QSize availableSize(const QWidget& window)
 {
-    constexpr QSize frame(8, 40);
-    return window.screen()->availableSize() - frame;
+    constexpr QSize estimatedFrame(8, 40);
+    return window.screen()->availableSize() - estimatedFrame;
 }
 
 } // namespace reelkeep

@@ -6,9 +6,8 @@ class QAbstractScrollArea;
 
 namespace reelkeep {
 
-/// A slim vertical scroll bar that lies over the edge of a scroll area instead of beside its content, so that the
-/// content keeps its width whether or not there is something to scroll. It stands in for the area's own, which stays
-/// the keeper of range and value.
+/// A slim vertical scroll bar over the edge of a scroll area instead of beside its content, so that the content keeps
+/// its width whether or not it scrolls. It is shown instead of the area's own bar, which still holds range and value.
 class OverlayScrollBar : public QScrollBar {
     Q_OBJECT
 

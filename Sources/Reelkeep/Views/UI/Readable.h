@@ -2,10 +2,10 @@
 
 namespace reelkeep {
 
-/// What can be made narrower than is good for it.
+/// A widget or layout that can shrink below its readable width.
 class Readable {
 public:
-    /// From this width on no word is broken inside, and nothing that belongs in one line is cut or wrapped.
+    /// The smallest width at which no word is broken, and nothing that belongs in one line is cut or wrapped.
     /// Device-independent pixels.
     virtual int readableWidth() const = 0;
 

@@ -27,7 +27,7 @@ ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(
     area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(content);
     area->verticalScrollBar()->setSingleStep(24);
-    // The window's own ground shows behind the content.
+    // The window's own background shows behind the content.
     content->setAutoFillBackground(false);
     area->viewport()->setAutoFillBackground(false);
     new OverlayScrollBar(area);
@@ -37,16 +37,16 @@ ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(
 
 void ScrollingWindow::openAtFirstSize()
 {
-    const QSize room = roomOnScreen(*this);
-    const int width = std::min(firstWidth, room.width());
-    // Where a point is not a whole number of pixels the desktop may round the height down, and there would be something
-    // to scroll; a point to spare prevents that.
+    const QSize available = availableSize(*this);
+    const int width = std::min(firstWidth, available.width());
+    // If a point is not a whole number of pixels, the desktop may round the height down and the window would scroll; a
+    // spare point prevents that.
     const double ratio = screen()->devicePixelRatio();
     const int spare = ratio == std::floor(ratio) ? 0 : 1;
-    const int height = std::min(area->widget()->heightForWidth(width) + spare, room.height());
+    const int height = std::min(area->widget()->heightForWidth(width) + spare, available.height());
     resize(QSize(width, height).expandedTo(minimumSize()));
     show();
-    // Nothing is pressed by accident, and no ring is drawn, until the user reaches for the Tab key.
+    // No button has the focus, so none is pressed by accident and no ring is drawn, until the user presses Tab.
     area->widget()->setFocus();
 }
 

@@ -5,15 +5,15 @@
 
 namespace reelkeep {
 
-/// A window that shows one tall content. It scrolls vertically when, and only when, the screen is too short, and never
-/// horizontally; what is wider than the content's own limit stays free.
+/// A window around one tall content. It scrolls vertically if, and only if, the screen is too short, and never
+/// horizontally.
 class ScrollingWindow : public QMainWindow {
     Q_OBJECT
 
 public:
     ScrollingWindow(const QString& title, QWidget* content);
 
-    /// As wide as designed, as tall as content and screen allow.
+    /// Shows the window as wide as designed and as tall as content and screen allow.
     void openAtFirstSize();
     QScrollArea* scrollArea() const { return area; }
 
