@@ -31,6 +31,18 @@ QColor withOpacity(QColor color, double opacity)
     return color;
 }
 
+/// From corner to corner, with the other two corners half-way whatever the shape.
+QLinearGradient gradient(const QRectF& rect, const Background& background, const Appearance& appearance)
+{
+    const QPointF direction(rect.height(), rect.width());
+    const QPointF toEnd = direction * (rect.width() * rect.height() / QPointF::dotProduct(direction, direction));
+    const QColor ground = Appearance::over(background.ground.resolved(appearance), appearance.window());
+    QLinearGradient fill(rect.center() - toEnd, rect.center() + toEnd);
+    fill.setColorAt(0, Appearance::over(background.fill.resolved(appearance), ground));
+    fill.setColorAt(1, Appearance::over(background.fillEnd.resolved(appearance), ground));
+    return fill;
+}
+
 } // namespace
 
 Appearance::Appearance(const QPalette& palette)
@@ -197,9 +209,8 @@ QPainterPath roundedOutline(QPainter& painter, const QRectF& rect, double radius
 void paint(QPainter& painter, const QRectF& rect, const Background& background, const Appearance& appearance)
 {
     painter.setRenderHint(QPainter::Antialiasing);
-    QLinearGradient fill(rect.topLeft(), rect.bottomRight());
-    fill.setColorAt(0, background.fill.resolved(appearance));
-    fill.setColorAt(1, background.fillEnd.resolved(appearance));
+    const QBrush fill = background.fillEnd == background.fill ? QBrush(background.fill.resolved(appearance))
+                                                              : QBrush(gradient(rect, background, appearance));
     painter.setPen(Qt::NoPen);
     painter.setBrush(fill);
     painter.drawPath(roundedOutline(painter, rect, background.radius));

@@ -105,6 +105,8 @@ struct Background {
     Tint fillEnd = fill; ///< If it differs from `fill`, the fill runs from the top leading to the bottom corner.
     Tint stroke = Tint::none();
     double radius = 0; ///< Design points; a radius above half the height makes a capsule.
+    /// What lies between a gradient and the window. A gradient is painted opaque: blending would round each pixel.
+    Tint ground = Tint::none();
 
     bool operator==(const Background&) const = default;
 };

@@ -70,7 +70,10 @@ inline const Plate reviewTile{
 
 inline Plate tile(const QColor& accent)
 {
-    return {{.fill = Tint::of(accent, 0.95), .fillEnd = Tint::of(accent, 0.45), .radius = 18}};
+    return {{.fill = Tint::of(accent, 0.95),
+             .fillEnd = Tint::of(accent, 0.45),
+             .radius = 18,
+             .ground = card.background.fill}};
 }
 
 inline Plate pathBox(const QColor& accent)

@@ -248,6 +248,43 @@ TEST(AppearanceBoxGround, runsFromTheTopLeadingToTheBottomCorner)
     EXPECT_NEAR(image.pixelColor(50, 30).red(), 127, 5);
 }
 
+TEST(AppearanceBoxGround, isHalfWayInItsOtherCornersWhateverItsShape)
+{
+    for (const QRectF& rect : {QRectF(0, 0, 100, 60), QRectF(0, 0, 100, 10), QRectF(0, 0, 20, 60)}) {
+        const QImage image = drawn({.fill = Tint::of(Qt::black), .fillEnd = Tint::of(Qt::red)}, rect, 1);
+        EXPECT_NEAR(image.pixelColor(int(rect.right()) - 1, 0).red(), 127, 14) << rect.width();
+        EXPECT_NEAR(image.pixelColor(0, int(rect.bottom()) - 1).red(), 127, 14) << rect.width();
+    }
+}
+
+/// How often a colour channel turns back along the diagonal of a plate on the window.
+int turns(const Plate& plate, const QPalette& palette, int (QColor::*channel)() const)
+{
+    const Appearance appearance(palette);
+    QImage image(1100, 222, QImage::Format_ARGB32_Premultiplied);
+    image.fill(appearance.window());
+    QPainter painter(&image);
+    paint(painter, image.rect(), plate.background, appearance);
+    const auto at = [&](int x) { return (image.pixelColor(x, 20 + x * 180 / 1100).*channel)(); };
+    const bool rises = at(1080) > at(20);
+    int count = 0;
+    for (int x = 21; x <= 1080; ++x)
+        count += rises ? at(x) < at(x - 1) : at(x) > at(x - 1);
+    return count;
+}
+
+TEST(AppearanceBoxGround, onlyRisesOrFallsAlongAGradient)
+{
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        for (const Plate& plate :
+             {plate::card, plate::copyPanel, plate::tile(accent::analysisBlue), plate::reviewTile}) {
+            EXPECT_EQ(turns(plate, palette, &QColor::red), 0);
+            EXPECT_EQ(turns(plate, palette, &QColor::green), 0);
+            EXPECT_EQ(turns(plate, palette, &QColor::blue), 0);
+        }
+    }
+}
+
 TEST(AppearanceBoxGround, isACapsuleWhereItsRadiusIsMoreThanHalfItsHeight)
 {
     const QImage image = drawn({.fill = Tint::of(Qt::black), .radius = 99}, QRectF(0, 0, 100, 60), 1);
