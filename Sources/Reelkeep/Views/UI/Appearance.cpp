@@ -110,11 +110,16 @@ QColor Appearance::primaryFill(double opacity) const
     return ink(0.87 * opacity);
 }
 
-QColor Appearance::buttonFace(bool down) const
+QColor Appearance::buttonFace(Touch touch) const
 {
     if (dark)
-        return QColor::fromRgbF(1.F, 1.F, 1.F, down ? 0.20F : 0.13F);
-    return down ? QColor(225, 225, 225) : QColor(255, 255, 255);
+        return QColor::fromRgbF(1.F, 1.F, 1.F, touch == Touch::none ? 0.13F : touch == Touch::hovered ? 0.18F : 0.07F);
+    return touched(Qt::white, touch);
+}
+
+QColor Appearance::touched(const QColor& face, Touch touch)
+{
+    return touch == Touch::none ? face : face.darker(touch == Touch::hovered ? 106 : 115);
 }
 
 QColor Appearance::buttonEdge() const

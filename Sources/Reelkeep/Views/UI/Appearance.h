@@ -21,6 +21,9 @@ inline const QColor reviewOrange = QColor::fromRgbF(0.93F, 0.53F, 0.15F);
 inline const QColor darkReviewOrange = QColor::fromRgbF(0.73F, 0.37F, 0.10F);
 } // namespace accent
 
+/// What the mouse does to a control.
+enum class Touch { none, hovered, pressed };
+
 /// The colours of the window, all derived from a palette, so that a change of the desktop's theme is a change of one
 /// value. Light or dark is decided from the palette itself: not every desktop reports it.
 class Appearance {
@@ -46,12 +49,14 @@ public:
     QColor secondaryFill(double opacity) const;
     QColor primaryFill(double opacity) const;
 
-    QColor buttonFace(bool down) const;
+    QColor buttonFace(Touch touch) const;
     QColor buttonEdge() const;
     QColor disabledFace() const;
     QColor disabledEdge() const;
     /// The face of a prominent button: the tint, darkened until a white label on it reaches 4.5:1.
     static QColor prominentFace(const QColor& tint);
+    /// A coloured face, darker the more it is touched.
+    static QColor touched(const QColor& face, Touch touch);
 
     /// Contrast ratio of two opaque colours, 1 to 21.
     static double contrast(const QColor& one, const QColor& other);

@@ -45,11 +45,17 @@ int widestWord(const QFontMetrics& metrics, const QString& text)
     return widest + 2;
 }
 
-void paintSwitch(QPainter& painter, const QRectF& track, bool on, const Appearance& appearance)
+Touch touchOf(const QWidget& control, bool isDown)
 {
-    const Tint off = Tint::of(appearance.primary(), appearance.isDark() ? 0.18 : 0.14);
+    return isDown ? Touch::pressed : control.underMouse() ? Touch::hovered : Touch::none;
+}
+
+void paintSwitch(QPainter& painter, const QRectF& track, bool on, Touch touch, const Appearance& appearance)
+{
+    const double strength = touch == Touch::none ? 1 : touch == Touch::hovered ? 1.3 : 1.7;
+    const Tint off = Tint::of(appearance.primary(), strength * (appearance.isDark() ? 0.18 : 0.14));
     paint(painter, track,
-          {.fill = on ? Tint::of(accent::analysisBlue) : off,
+          {.fill = on ? Tint::of(Appearance::touched(accent::analysisBlue, touch)) : off,
            .stroke = appearance.isHighContrast() ? Tint::primary(1) : Tint::none(),
            .radius = track.height() / 2},
           appearance);
@@ -64,6 +70,7 @@ void paintSwitch(QPainter& painter, const QRectF& track, bool on, const Appearan
 Button::Button(const QString& label) : QPushButton(label)
 {
     new FocusRing(this, controlRadius);
+    setAttribute(Qt::WA_Hover);
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
     setAutoDefault(false);
@@ -141,9 +148,9 @@ Button::Face Button::face(const Appearance& appearance) const
     }
     if (tint) {
         const QColor color = Appearance::prominentFace(*tint);
-        return {{.fill = Tint::of(isDown() ? color.darker(115) : color), .radius = radius}, Qt::white};
+        return {{.fill = Tint::of(Appearance::touched(color, touchOf(*this, isDown()))), .radius = radius}, Qt::white};
     }
-    return {{.fill = Tint::of(appearance.buttonFace(isDown())),
+    return {{.fill = Tint::of(appearance.buttonFace(touchOf(*this, isDown()))),
              .stroke = Tint::of(appearance.buttonEdge()),
              .radius = radius},
             appearance.primary()};
@@ -180,6 +187,7 @@ void Button::keyPressEvent(QKeyEvent* event)
 Switch::Switch(const QString& label) : QCheckBox(label)
 {
     new FocusRing(this, 4);
+    setAttribute(Qt::WA_Hover);
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -217,12 +225,14 @@ void Switch::paintEvent(QPaintEvent*)
 
     const QSize size = switchSize();
     const int top = (height() - size.height()) / 2; // on a whole pixel
-    paintSwitch(painter, QRectF(words.width() + gap, top, size.width(), size.height()), isChecked(), appearance);
+    paintSwitch(painter, QRectF(words.width() + gap, top, size.width(), size.height()), isChecked(),
+                touchOf(*this, isDown()), appearance);
 }
 
 PopUp::PopUp()
 {
     new FocusRing(this, controlRadius);
+    setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);
     // The name of a folder may be wider than any window.
@@ -255,7 +265,7 @@ void PopUp::paintEvent(QPaintEvent*)
     QPainter painter(this);
     const Appearance appearance = Appearance::of(this);
     paint(painter, rect(),
-          {.fill = Tint::of(appearance.buttonFace(false)),
+          {.fill = Tint::of(appearance.buttonFace(touchOf(*this, view()->isVisible()))),
            .stroke = Tint::of(appearance.buttonEdge()),
            .radius = controlRadius},
           appearance);

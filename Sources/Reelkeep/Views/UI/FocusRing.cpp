@@ -3,7 +3,7 @@
 #include "UI/Appearance.h"
 
 #include <QCommonStyle>
-#include <QEvent>
+#include <QFocusEvent>
 #include <QPainter>
 
 namespace reelkeep {
@@ -60,7 +60,8 @@ FocusRing::~FocusRing()
 
 bool FocusRing::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::FocusIn && !frame) {
+    const auto isByMouse = [event] { return static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason; };
+    if (event->type() == QEvent::FocusIn && !frame && !isByMouse()) {
         frame = new Frame(radius);
         frame->setWidget(static_cast<QWidget*>(watched));
     } else if (event->type() == QEvent::FocusOut) {

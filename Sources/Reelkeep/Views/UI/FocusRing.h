@@ -15,7 +15,7 @@ public:
     FocusRing(QWidget* widget, double widgetRadius);
     ~FocusRing() override;
 
-    /// Present while the widget has the focus (for tests).
+    /// Present while the ring is shown (for tests).
     const QFocusFrame* shownFrame() const { return frame.data(); }
 
 protected:

@@ -21,6 +21,7 @@ void TextWidget::setSelectable(bool nowSelectable)
     if (selectable && !focusRing)
         focusRing = new FocusRing(this, 1);
     setFocusPolicy(selectable ? Qt::StrongFocus : Qt::NoFocus);
+    setAttribute(Qt::WA_Hover, selectable);
     setCursor(selectable ? Qt::IBeamCursor : Qt::ArrowCursor);
     if (!selectable)
         clearSelection();

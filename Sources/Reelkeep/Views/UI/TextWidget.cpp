@@ -219,7 +219,8 @@ void TextWidget::paintEvent(QPaintEvent*)
 {
     layOut(width());
     QPainter painter(this);
-    painter.setPen(textColor.resolved(Appearance::of(this)));
+    const Appearance appearance = Appearance::of(this);
+    painter.setPen(selectable && underMouse() ? appearance.primary() : textColor.resolved(appearance));
     const int whole = endingStart >= 0 ? lineLimit - 1 : lines.lineCount();
     // Draws the lines that begin inside this rectangle.
     if (whole > 0)

@@ -2,7 +2,9 @@
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
 #include "UI/Controls.h"
+#include "UI/TextWidget.h"
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -174,6 +176,68 @@ TEST(Controls, showThatTheyHaveTheFocus)
         EXPECT_EQ(without.copy(control->geometry()), with.copy(control->geometry())) << "the ring is around it";
         control->hide();
     }
+}
+
+void moveMouseOver(QWidget& widget, bool isOver)
+{
+    QEnterEvent enter(QPointF(3, 3), QPointF(3, 3), QPointF(3, 3));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&widget, isOver ? &enter : &leave);
+}
+
+TEST(Controls, showThatTheMouseIsOverThem)
+{
+    Button plain(QStringLiteral("Quitar"));
+    Button prominent(QStringLiteral("Elegir camara"));
+    prominent.setTint(accent::analysisBlue);
+    Switch off(QStringLiteral("Mantener"));
+    Switch on(QStringLiteral("Mantener"));
+    on.setChecked(true);
+    PopUp popUp;
+    popUp.addItem(QStringLiteral("Disco A"));
+    TextWidget path;
+    path.setText(QStringLiteral("/media/ana"));
+    path.setColor({TextColor::Level::secondary});
+    path.setSelectable(true);
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        for (QWidget* control : std::initializer_list<QWidget*>{&plain, &prominent, &off, &on, &popUp, &path}) {
+            placeAtIdealSize(*control);
+            const QImage before = picture(*control);
+            moveMouseOver(*control, true);
+            EXPECT_NE(picture(*control), before) << control->metaObject()->className();
+            EXPECT_TRUE(control->testAttribute(Qt::WA_Hover)) << "repainted when the mouse comes and goes";
+            moveMouseOver(*control, false);
+            EXPECT_EQ(picture(*control), before) << control->metaObject()->className();
+        }
+    }
+}
+
+TEST(Controls, areDarkerWhilePressed)
+{
+    Button plain(QStringLiteral("Quitar"));
+    Button prominent(QStringLiteral("Elegir camara"));
+    prominent.setTint(accent::analysisBlue);
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        for (Button* button : {&plain, &prominent}) {
+            placeAtIdealSize(*button);
+            const int before = faceOf(*button).lightness();
+            button->setDown(true);
+            EXPECT_LT(faceOf(*button).lightness(), before);
+            button->setDown(false);
+        }
+    }
+}
+
+TEST(ControlsDisabledButton, doesNotShowThatTheMouseIsOverIt)
+{
+    Button button(QStringLiteral("Quitar"));
+    button.setEnabled(false);
+    placeAtIdealSize(button);
+    const QImage before = picture(button);
+    moveMouseOver(button, true);
+    EXPECT_EQ(picture(button), before);
 }
 
 TEST(ControlsSwitch, isTurnedByItsWholeLine)

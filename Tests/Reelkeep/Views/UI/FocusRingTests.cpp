@@ -51,6 +51,18 @@ TEST_F(FocusRingTest, isThereWhileTheWidgetHasTheFocus)
     EXPECT_FALSE(ring->shownFrame());
 }
 
+TEST_F(FocusRingTest, isNotThereAfterAClick)
+{
+    inner->setFocus(Qt::MouseFocusReason);
+    EXPECT_FALSE(ring->shownFrame());
+    inner->clearFocus();
+    for (const Qt::FocusReason reason : {Qt::TabFocusReason, Qt::BacktabFocusReason, Qt::OtherFocusReason}) {
+        inner->setFocus(reason);
+        EXPECT_TRUE(ring->shownFrame()) << reason;
+        inner->clearFocus();
+    }
+}
+
 TEST_F(FocusRingTest, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
 {
     const QImage without = picture(window);
