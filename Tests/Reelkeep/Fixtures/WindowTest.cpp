@@ -1,5 +1,6 @@
 #include "Fixtures/WindowTest.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QLayout>
 #include <QTest>
@@ -148,10 +149,9 @@ void WindowTest::pick(const QString& entry)
     if (!popUp || popUp->findText(entry) < 0)
         throw notShown(entry);
     popUp->setFocus();
-    while (popUp->currentText() != entry) {
-        const bool isAbove = popUp->currentIndex() > popUp->findText(entry);
-        QTest::keyClick(popUp, isAbove ? Qt::Key_Up : Qt::Key_Down);
-    }
+    popUp->showPopup();
+    popUp->view()->setCurrentIndex(popUp->model()->index(popUp->findText(entry), 0));
+    QTest::keyClick(popUp->view(), Qt::Key_Return);
     settle();
 }
 

@@ -274,6 +274,8 @@ TEST_F(ContentViewAction, tellsDisksOfTheSameNameApartByTheirPath)
     EXPECT_EQ(entries(), (QStringList{QStringLiteral("Disco"), QStringLiteral("Disco")}));
     chooser()->setFocus();
     QTest::keyClick(chooser(), Qt::Key_Down);
+    QTest::keyClick(chooser()->view(), Qt::Key_Down);
+    QTest::keyClick(chooser()->view(), Qt::Key_Return);
     settle();
     EXPECT_EQ(session().copyDestinationFolder(), Location("/media/eva/Disco"));
 }

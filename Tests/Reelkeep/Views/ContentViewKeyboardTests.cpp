@@ -1,6 +1,7 @@
 #include "Fixtures/Desktops.h"
 #include "Fixtures/WindowTest.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QApplication>
 #include <QScrollBar>
@@ -197,10 +198,13 @@ TEST_F(ContentViewKeyboard, choosesADiskWithTheArrowKeys)
     addReviewFolders({"/media/b"});
     tabTo(QStringLiteral("HD de copia activo: a"));
     QTest::keyClick(&focused(), Qt::Key_Down);
+    EXPECT_EQ(session().copyDestinationFolder(), Location("/media/a")) << "the key only opens the list";
+    QTest::keyClick(chooser()->view(), Qt::Key_Down);
+    QTest::keyClick(chooser()->view(), Qt::Key_Return);
     settle();
     EXPECT_EQ(session().copyDestinationFolder(), Location("/media/b"));
     EXPECT_EQ(chooser()->currentText(), QStringLiteral("b"));
-    EXPECT_TRUE(chooser()->hasFocus());
+    EXPECT_EQ(window->focusWidget(), chooser());
 }
 
 TEST_F(ContentViewKeyboard, removesARowAndKeepsTheFocusInTheWindow)

@@ -283,6 +283,22 @@ void PopUp::paintEvent(QPaintEvent*)
         painter.drawPolyline(QPolygonF({{-3, side * 2}, {0, side * 5}, {3, side * 2}}));
 }
 
+void PopUp::keyPressEvent(QKeyEvent* event)
+{
+    // A stray key must never change the copy destination.
+    switch (event->key()) {
+    case Qt::Key_Space:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_F4:
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        return showPopup();
+    default:
+        event->ignore();
+    }
+}
+
 void PopUp::wheelEvent(QWheelEvent* event)
 {
     // Scrolling past must never change the copy destination.

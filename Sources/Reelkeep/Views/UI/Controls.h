@@ -68,7 +68,8 @@ private:
     QRect textRect(int width) const;
 };
 
-/// A pop-up menu of choices. It is empty while nothing is chosen. The wheel scrolls the window, not the choice.
+/// A pop-up menu of choices. It is empty while nothing is chosen. Only a choice in the open list changes it: while it
+/// is closed, keys open it or go to the window, as the wheel does.
 class PopUp : public QComboBox, public Readable {
     Q_OBJECT
 
@@ -81,6 +82,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
 };
 

@@ -4,6 +4,7 @@
 #include "UI/Controls.h"
 #include "UI/TextWidget.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
@@ -295,14 +296,49 @@ TEST(ControlsPopUp, showsNothingWhileNothingIsChosen)
     EXPECT_NE(nothing, picture(popUp));
 }
 
-TEST(ControlsPopUp, isChosenFromWithTheArrowKeys)
-{
+class ControlsPopUpKeys : public testing::Test {
+protected:
+    ControlsPopUpKeys()
+    {
+        popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B"), QStringLiteral("Disco C")});
+        popUp.setCurrentIndex(1);
+        changes.clear();
+        showActive(popUp);
+    }
+
     PopUp popUp;
-    popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B")});
-    showActive(popUp);
-    const QSignalSpy choices(&popUp, &QComboBox::activated);
+    QSignalSpy choices{&popUp, &QComboBox::activated};
+    QSignalSpy changes{&popUp, &QComboBox::currentIndexChanged};
+};
+
+TEST_F(ControlsPopUpKeys, openTheList)
+{
+    for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_F4}) {
+        QTest::keyClick(&popUp, key);
+        EXPECT_TRUE(popUp.view()->isVisible()) << key;
+        popUp.hidePopup();
+    }
+    EXPECT_EQ(changes.count() + choices.count(), 0);
+}
+
+TEST_F(ControlsPopUpKeys, goToTheWindowIfTheyDoNotOpenTheList)
+{
+    for (const Qt::Key key : {Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, Qt::Key_D, Qt::Key_Escape}) {
+        QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, key == Qt::Key_D ? QStringLiteral("D") : QString());
+        QApplication::sendEvent(&popUp, &event);
+        EXPECT_FALSE(event.isAccepted()) << key;
+        EXPECT_FALSE(popUp.view()->isVisible()) << key;
+    }
+    EXPECT_EQ(changes.count() + choices.count(), 0);
+}
+
+TEST_F(ControlsPopUpKeys, chooseInTheOpenList)
+{
     QTest::keyClick(&popUp, Qt::Key_Down);
-    EXPECT_EQ(popUp.currentText(), QStringLiteral("Disco B"));
+    QTest::keyClick(popUp.view(), Qt::Key_Down);
+    EXPECT_EQ(changes.count(), 0);
+    QTest::keyClick(popUp.view(), Qt::Key_Return);
+    EXPECT_EQ(popUp.currentText(), QStringLiteral("Disco C"));
     EXPECT_EQ(choices.count(), 1);
 }
 

@@ -5,6 +5,7 @@
 #include "UI/View.h"
 #include "VideoSyncModels.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QProgressBar>
 #include <QPushButton>
@@ -167,7 +168,10 @@ TEST_F(ViewPicker, showsNothingWhereNothingIsSelected)
 
 TEST_F(ViewPicker, writesWhatTheUserPicks)
 {
-    QTest::keyClick(&popUp, Qt::Key_Up);
+    popUp.showPopup();
+    QTest::keyClick(popUp.view(), Qt::Key_Up);
+    EXPECT_TRUE(written.empty());
+    QTest::keyClick(popUp.view(), Qt::Key_Return);
     EXPECT_EQ(written, std::vector<std::string>{"/a"});
 }
 
