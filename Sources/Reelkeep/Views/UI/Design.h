@@ -31,6 +31,7 @@ inline constexpr int badgeDot = 8;
 inline constexpr int summaryCardWidth = 220;
 inline constexpr int listHeight = 220;
 inline constexpr Padding rowPadding = Padding::symmetric(8, 8);
+inline constexpr int rowRadius = 6; ///< Of the ring around the current row.
 inline constexpr int emptyStateTextWidth = 520;
 } // namespace measure
 
@@ -63,6 +64,8 @@ inline const Plate destination{
     Padding::all(14)};
 inline const Plate summaryCard{{.fill = Tint::window(), .stroke = Tint::secondary(0.15), .radius = 14},
                                Padding::all(16)};
+inline const Plate list{{.fill = Tint::listBase(), .stroke = Tint::secondary(0.15), .radius = 8}};
+inline const Plate listSeparator{{.fill = Tint::primary(0.08)}};
 inline const Plate emptyState{{.fill = Tint::white(0.04), .stroke = Tint::secondary(0.12), .radius = 18},
                               Padding::all(24)};
 inline const Plate reviewTile{

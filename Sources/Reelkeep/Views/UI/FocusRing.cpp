@@ -36,9 +36,7 @@ protected:
     void paintEvent(QPaintEvent*) override
     {
         QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(Appearance::of(this).focusRing(), thickness));
-        painter.drawPath(roundedOutline(painter, rect(), radius, thickness / 2.0));
+        paintFocusRing(painter, rect(), radius, Appearance::of(this));
     }
 
 private:
@@ -47,6 +45,14 @@ private:
 };
 
 } // namespace
+
+void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const Appearance& appearance)
+{
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(appearance.focusRing(), thickness));
+    painter.drawPath(roundedOutline(painter, rect, radius, thickness / 2.0));
+}
 
 FocusRing::FocusRing(QWidget* widget, double widgetRadius) : QObject(widget), radius(widgetRadius + distance)
 {

@@ -3,7 +3,14 @@
 #include <QFocusFrame>
 #include <QPointer>
 
+class QPainter;
+
 namespace reelkeep {
+
+class Appearance;
+
+/// Paints the ring inside the edges of `rect`, for a part of a widget, which can have no frame of its own.
+void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const Appearance& appearance);
 
 /// A ring around a widget while it has the focus. It is drawn outside of the widget's bounds, over whatever surrounds
 /// it.

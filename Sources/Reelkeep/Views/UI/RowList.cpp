@@ -1,6 +1,7 @@
 #include "UI/RowList.h"
 
-#include "UI/Appearance.h"
+#include "UI/Design.h"
+#include "UI/FocusRing.h"
 #include "UI/OverlayScrollBar.h"
 
 #include <QAccessible>
@@ -20,7 +21,6 @@ namespace reelkeep {
 namespace {
 
 constexpr int padding = 10;
-constexpr int minimumListHeight = 220;
 /// The height of a row of one line each. Four of them fit into the smallest list.
 constexpr int minimumRowHeight = 49;
 /// The scroll bar's steps for one row: a list of plain rows scrolls by pixels.
@@ -45,12 +45,12 @@ RowList::RowList(Source rowSource, QWidget* parent)
 
 QSize RowList::sizeHint() const
 {
-    return {minimumListHeight, scaledWithFont(minimumListHeight)};
+    return {measure::listHeight, scaledWithFont(measure::listHeight)};
 }
 
 QSize RowList::minimumSizeHint() const
 {
-    return {minimumListHeight / 2, scaledWithFont(minimumListHeight)};
+    return {measure::listHeight / 2, scaledWithFont(measure::listHeight)};
 }
 
 int RowList::availableHeight() const
@@ -206,20 +206,15 @@ void RowList::paintEvent(QPaintEvent*)
 {
     QPainter painter(viewport());
     const Appearance appearance = Appearance::of(this);
-    const Background ground{.fill = Tint::listBase(), .stroke = Tint::secondary(0.15), .radius = 8};
+    const Background& ground = plate::list.background;
     paint(painter, viewport()->rect(), ground, appearance);
-    painter.setClipPath(roundedOutline(painter, viewport()->rect(), 8, hairline(painter)));
-
-    const Background separator{.fill = Tint::primary(0.08)};
+    painter.setClipPath(roundedOutline(painter, viewport()->rect(), ground.radius, hairline(painter)));
     for (int row = std::max(1, firstInView); row < firstInView + int(edges.size()) - 1; ++row) {
         const QRectF line(padding, rowRect(row).top(), availableWidth(), hairline(painter));
-        paint(painter, line, separator, appearance);
+        paint(painter, line, plate::listSeparator.background, appearance);
     }
-    if (current >= 0 && hasFocus()) {
-        painter.setBrush(Qt::NoBrush);
-        painter.setPen(QPen(appearance.focusRing(), 2));
-        painter.drawPath(roundedOutline(painter, rowRect(current), 6, 1));
-    }
+    if (current >= 0 && hasFocus())
+        paintFocusRing(painter, rowRect(current), measure::rowRadius, appearance);
 }
 
 void RowList::setCurrentRow(int row)
