@@ -74,6 +74,12 @@ private:
     };
     enum class Rounding { down, up };
 
+    static constexpr int padding = 10;
+    /// The height of a row of one line each. Four of them fit into the smallest list.
+    static constexpr int minimumRowHeight = 49;
+    /// The scroll bar's steps for one row: a list of plain rows scrolls by pixels.
+    static constexpr int stepsPerRow = minimumRowHeight;
+
     int availableHeight() const;
     int availableWidth() const;
     int heightOf(int row);
