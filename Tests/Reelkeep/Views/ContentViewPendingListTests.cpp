@@ -35,7 +35,7 @@ std::vector<std::string> pathsOfManyScripts()
     };
 }
 
-class PendingList : public WindowTest {
+class ContentViewPendingList : public WindowTest {
 protected:
     void show(const std::vector<std::string>& paths)
     {
@@ -74,7 +74,7 @@ protected:
     }
 };
 
-TEST_F(PendingList, showsTheWholeOfALongPathBesideOneOfMoreBytes)
+TEST_F(ContentViewPendingList, showsTheWholeOfALongPathBesideOneOfMoreBytes)
 {
     const std::string latin = repeated("n", 95) + "/a.MOV";
     const std::string cyrillic = repeated("я", 57) + "/a.MOV";
@@ -87,7 +87,7 @@ TEST_F(PendingList, showsTheWholeOfALongPathBesideOneOfMoreBytes)
     }
 }
 
-TEST_F(PendingList, losesNoLetterOfAnyScriptAtAnyWidth)
+TEST_F(ContentViewPendingList, losesNoLetterOfAnyScriptAtAnyWidth)
 {
     show(pathsOfManyScripts());
     for (const int width : {480, 560, 640, 760, 900, 1024, 1148, 1366, 1600}) {
@@ -97,7 +97,7 @@ TEST_F(PendingList, losesNoLetterOfAnyScriptAtAnyWidth)
     }
 }
 
-TEST_F(PendingList, losesNoLetterWithALargeFont)
+TEST_F(ContentViewPendingList, losesNoLetterWithALargeFont)
 {
     const FontChange change(designFont(2));
     show(pathsOfManyScripts());

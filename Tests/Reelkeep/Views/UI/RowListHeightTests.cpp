@@ -94,7 +94,7 @@ rc::Gen<std::vector<int>> anyHeights()
         {{4, rc::gen::just(49)}, {3, rc::gen::inRange(30, 120)}, {1, rc::gen::inRange(150, 900)}}));
 }
 
-RC_GTEST_PROP(RowHeights, areEachRowsOwnWhereverTheListStands, ())
+RC_GTEST_PROP(RowListHeight, areEachRowsOwnWhereverTheListStands, ())
 {
     Bricks bricks(*anyHeights());
     bricks.check();
@@ -125,7 +125,7 @@ RC_GTEST_PROP(RowHeights, areEachRowsOwnWhereverTheListStands, ())
     }
 }
 
-RC_GTEST_PROP(RowHeights, hideNothingFromTheWheel, ())
+RC_GTEST_PROP(RowListHeight, hideNothingFromTheWheel, ())
 {
     Bricks bricks(*rc::gen::nonEmpty(anyHeights()));
     // The lower edges that were seen: a row has been seen whole when the view has passed over all of it.
@@ -146,7 +146,7 @@ RC_GTEST_PROP(RowHeights, hideNothingFromTheWheel, ())
     RC_ASSERT(seen == bricks.rowCount() - 1);
 }
 
-RC_GTEST_PROP(RowHeights, letTheKeyboardReadEveryRowToItsEnd, ())
+RC_GTEST_PROP(RowListHeight, letTheKeyboardReadEveryRowToItsEnd, ())
 {
     Bricks bricks(*rc::gen::nonEmpty(anyHeights()));
     const Qt::Key key = *rc::gen::element(Qt::Key_Down, Qt::Key_Up);
@@ -185,9 +185,9 @@ RC_GTEST_PROP(RowHeights, letTheKeyboardReadEveryRowToItsEnd, ())
 }
 
 /// Rows whose texts wrap.
-class WrappedRows : public testing::Test {
+class RowListHeightWrapped : public testing::Test {
 protected:
-    WrappedRows()
+    RowListHeightWrapped()
     {
         list.resize(300, 220);
         showActive(list);
@@ -216,7 +216,7 @@ protected:
                   .copiedText = [](std::size_t) { return QString(); }}};
 };
 
-TEST_F(WrappedRows, areHighOnlyIfTheyWrap)
+TEST_F(RowListHeightWrapped, areHighOnlyIfTheyWrap)
 {
     EXPECT_EQ(list.rowRect(0).height(), 49);
     EXPECT_EQ(list.rowRect(2).height(), 49);
@@ -224,7 +224,7 @@ TEST_F(WrappedRows, areHighOnlyIfTheyWrap)
     expectWholeTexts();
 }
 
-TEST_F(WrappedRows, keepTheTopmostRowWhenTheListIsResized)
+TEST_F(RowListHeightWrapped, keepTheTopmostRowWhenTheListIsResized)
 {
     list.verticalScrollBar()->setValue(50 * 49);
     for (const int width : {250, 900, 480, 300}) {
@@ -235,7 +235,7 @@ TEST_F(WrappedRows, keepTheTopmostRowWhenTheListIsResized)
     }
 }
 
-TEST_F(WrappedRows, keepTheTopmostRowWhenTheFontChanges)
+TEST_F(RowListHeightWrapped, keepTheTopmostRowWhenTheFontChanges)
 {
     list.verticalScrollBar()->setValue(51 * 49);
     const int before = list.rowRect(52).height();
@@ -247,7 +247,7 @@ TEST_F(WrappedRows, keepTheTopmostRowWhenTheFontChanges)
     expectWholeTexts();
 }
 
-TEST_F(WrappedRows, stayAtTheEndWhenTheListIsResizedThere)
+TEST_F(RowListHeightWrapped, stayAtTheEndWhenTheListIsResizedThere)
 {
     list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum());
     list.resize(300, 500);

@@ -16,9 +16,9 @@
 namespace reelkeep {
 namespace {
 
-class Rows : public testing::Test {
+class RowListTest : public testing::Test {
 protected:
-    Rows()
+    RowListTest()
     {
         list.resize(600, 220);
         showActive(list);
@@ -54,7 +54,7 @@ protected:
                   .copiedText = [](std::size_t index) { return QStringLiteral("DCIM/") + nameOf(index); }}};
 };
 
-TEST_F(Rows, areBuiltOnlyForWhatIsInView)
+TEST_F(RowListTest, areBuiltOnlyForWhatIsInView)
 {
     list.reload(100'000);
     EXPECT_LE(list.builtRowCount(), 7U);
@@ -63,7 +63,7 @@ TEST_F(Rows, areBuiltOnlyForWhatIsInView)
     EXPECT_EQ(list.rowCount(), 100'000);
 }
 
-TEST_F(Rows, areUsedAgainWhileTheListScrolls)
+TEST_F(RowListTest, areUsedAgainWhileTheListScrolls)
 {
     list.reload(100'000);
     const int before = made;
@@ -74,7 +74,7 @@ TEST_F(Rows, areUsedAgainWhileTheListScrolls)
     EXPECT_TRUE(wordsInView().contains(nameOf(99'999)));
 }
 
-TEST_F(Rows, showTheRecordsAroundTheScrollPosition)
+TEST_F(RowListTest, showTheRecordsAroundTheScrollPosition)
 {
     list.reload(100'000);
     list.verticalScrollBar()->setValue(10 + 50'000 * 49);
@@ -82,7 +82,7 @@ TEST_F(Rows, showTheRecordsAroundTheScrollPosition)
               (QStringList{nameOf(50'000), nameOf(50'001), nameOf(50'002), nameOf(50'003), nameOf(50'004)}));
 }
 
-TEST_F(Rows, areNotShownAnewWhileTheyStayInView)
+TEST_F(RowListTest, areNotShownAnewWhileTheyStayInView)
 {
     list.reload(100);
     shown = 0;
@@ -92,7 +92,7 @@ TEST_F(Rows, areNotShownAnewWhileTheyStayInView)
     EXPECT_EQ(shown, 2) << "one row, measured and shown";
 }
 
-TEST_F(Rows, stand49Apart)
+TEST_F(RowListTest, stand49Apart)
 {
     list.reload(100);
     EXPECT_EQ(list.rowRect(0), QRect(10, 10, list.viewport()->width() - 20, 49));
@@ -100,14 +100,14 @@ TEST_F(Rows, stand49Apart)
     EXPECT_EQ(list.verticalScrollBar()->maximum(), 100 * 49 + 20 - 220);
 }
 
-TEST_F(Rows, needNoScrollingWhileTheyFit)
+TEST_F(RowListTest, needNoScrollingWhileTheyFit)
 {
     list.reload(4);
     EXPECT_EQ(list.verticalScrollBar()->maximum(), 0);
     EXPECT_EQ(wordsInView().size(), 4);
 }
 
-TEST_F(Rows, areGoneWhenTheRecordsAre)
+TEST_F(RowListTest, areGoneWhenTheRecordsAre)
 {
     list.reload(100);
     list.reload(0);
@@ -117,7 +117,7 @@ TEST_F(Rows, areGoneWhenTheRecordsAre)
     EXPECT_EQ(list.currentRow(), -1);
 }
 
-TEST_F(Rows, beginAtTheTopWhenTheRecordsAreOthers)
+TEST_F(RowListTest, beginAtTheTopWhenTheRecordsAreOthers)
 {
     list.reload(100);
     list.setCurrentRow(70);
@@ -127,7 +127,7 @@ TEST_F(Rows, beginAtTheTopWhenTheRecordsAreOthers)
     EXPECT_EQ(list.currentRow(), 0);
 }
 
-TEST_F(Rows, areFoundByTheirPlace)
+TEST_F(RowListTest, areFoundByTheirPlace)
 {
     list.reload(100);
     EXPECT_EQ(list.rowAt({20, 5}), -1);
@@ -137,7 +137,7 @@ TEST_F(Rows, areFoundByTheirPlace)
     EXPECT_EQ(list.rowAt({20, 10}), 10);
 }
 
-TEST_F(Rows, areWalkedWithTheArrowKeys)
+TEST_F(RowListTest, areWalkedWithTheArrowKeys)
 {
     list.reload(100);
     list.setFocus();
@@ -151,7 +151,7 @@ TEST_F(Rows, areWalkedWithTheArrowKeys)
     EXPECT_EQ(list.currentRow(), 0);
 }
 
-TEST_F(Rows, areWalkedByPagesAndToTheEnds)
+TEST_F(RowListTest, areWalkedByPagesAndToTheEnds)
 {
     list.reload(100);
     list.setFocus();
@@ -167,7 +167,7 @@ TEST_F(Rows, areWalkedByPagesAndToTheEnds)
     EXPECT_EQ(scrollPosition(), 0);
 }
 
-TEST_F(Rows, comeIntoViewWhenTheyBecomeCurrent)
+TEST_F(RowListTest, comeIntoViewWhenTheyBecomeCurrent)
 {
     list.reload(100);
     list.setFocus();
@@ -177,14 +177,14 @@ TEST_F(Rows, comeIntoViewWhenTheyBecomeCurrent)
     }
 }
 
-TEST_F(Rows, becomeCurrentByAClick)
+TEST_F(RowListTest, becomeCurrentByAClick)
 {
     list.reload(100);
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, QPoint(500, 10 + 2 * 49 + 5));
     EXPECT_EQ(list.currentRow(), 2);
 }
 
-TEST_F(Rows, areCopiedByTheKeyboard)
+TEST_F(RowListTest, areCopiedByTheKeyboard)
 {
     list.reload(100);
     list.setFocus();
@@ -193,7 +193,7 @@ TEST_F(Rows, areCopiedByTheKeyboard)
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("DCIM/MVI_7.MOV"));
 }
 
-TEST_F(Rows, showWhichOneIsCurrentWhileTheListHasTheFocus)
+TEST_F(RowListTest, showWhichOneIsCurrentWhileTheListHasTheFocus)
 {
     list.reload(4);
     list.clearFocus();
@@ -205,14 +205,14 @@ TEST_F(Rows, showWhichOneIsCurrentWhileTheListHasTheFocus)
     EXPECT_EQ(with.pixelColor(inside), without.pixelColor(inside)) << "a ring, not a filled plate";
 }
 
-TEST_F(Rows, areSeveralInViewWithALargeFontToo)
+TEST_F(RowListTest, areSeveralInViewWithALargeFontToo)
 {
     EXPECT_EQ(list.minimumSizeHint().height(), 220);
     const FontChange change(designFont(2));
     EXPECT_EQ(list.minimumSizeHint().height(), 440);
 }
 
-TEST_F(Rows, areSetApartByLinesOnWholePixels)
+TEST_F(RowListTest, areSetApartByLinesOnWholePixels)
 {
     RowList onUnevenScreen({.makeRow = [this] { return makeRow(); },
                             .description = [](std::size_t) { return QString(); },
@@ -231,7 +231,7 @@ TEST_F(Rows, areSetApartByLinesOnWholePixels)
     EXPECT_EQ(lines, std::vector<QColor>(3, lines.at(0)));
 }
 
-TEST_F(Rows, fillATallerList)
+TEST_F(RowListTest, fillATallerList)
 {
     list.reload(100);
     list.resize(600, 900);
@@ -239,9 +239,9 @@ TEST_F(Rows, fillATallerList)
 }
 
 /// A list in the middle of a window that is too low for what it holds.
-class RowsInAScrolledWindow : public Rows {
+class RowListInAScrolledWindow : public RowListTest {
 protected:
-    RowsInAScrolledWindow()
+    RowListInAScrolledWindow()
     {
         list.setParent(nullptr);
         auto* content = new QWidget;
@@ -260,7 +260,7 @@ protected:
         window.resize(600, 400);
         showActive(window);
     }
-    ~RowsInAScrolledWindow() override { list.setParent(nullptr); }
+    ~RowListInAScrolledWindow() override { list.setParent(nullptr); }
 
     int windowPosition() const { return window.verticalScrollBar()->value(); }
     void turn(int notches) { turnWheel(*list.viewport(), {300, 100}, notches); }
@@ -268,21 +268,21 @@ protected:
     QScrollArea window;
 };
 
-TEST_F(RowsInAScrolledWindow, scrollWithTheWheelBeforeTheWindowDoes)
+TEST_F(RowListInAScrolledWindow, scrollWithTheWheelBeforeTheWindowDoes)
 {
     turn(-1);
     EXPECT_GT(scrollPosition(), 0);
     EXPECT_EQ(windowPosition(), 0);
 }
 
-TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowAtTheirEnd)
+TEST_F(RowListInAScrolledWindow, leaveTheWheelToTheWindowAtTheirEnd)
 {
     list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum());
     turn(-1);
     EXPECT_GT(windowPosition(), 0);
 }
 
-TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowAtTheirBeginning)
+TEST_F(RowListInAScrolledWindow, leaveTheWheelToTheWindowAtTheirBeginning)
 {
     window.verticalScrollBar()->setValue(100);
     turn(1);
@@ -290,14 +290,14 @@ TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowAtTheirBeginning)
     EXPECT_LT(windowPosition(), 100);
 }
 
-TEST_F(RowsInAScrolledWindow, scrollWithTheWheelOverTheTextsInThem)
+TEST_F(RowListInAScrolledWindow, scrollWithTheWheelOverTheTextsInThem)
 {
     TextWidget* text = shownTexts(*list.viewport()).front();
     turnWheel(*text, {5, 5}, -1);
     EXPECT_GT(scrollPosition(), 0);
 }
 
-TEST_F(RowsInAScrolledWindow, leaveTheWheelToTheWindowWhileTheyAllFit)
+TEST_F(RowListInAScrolledWindow, leaveTheWheelToTheWindowWhileTheyAllFit)
 {
     list.reload(3);
     turn(-1);
