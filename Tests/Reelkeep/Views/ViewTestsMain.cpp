@@ -12,13 +12,15 @@
 
 namespace {
 
-/// Common screens beside each other; the first is the primary one.
+/// Common screens beside each other, in pixels; the first is the primary one.
 const char* const screens = R"({"screens": [
     {"name": "full", "x": 0, "y": 0, "width": 1920, "height": 1080},
     {"name": "laptop", "x": 2000, "y": 0, "width": 1366, "height": 768},
     {"name": "small", "x": 3500, "y": 0, "width": 800, "height": 600},
     {"name": "tall", "x": 4500, "y": 0, "width": 3000, "height": 3000},
-    {"name": "uneven", "x": 8000, "y": 0, "width": 3000, "height": 3000, "dpr": 1.5}]})";
+    {"name": "uneven", "x": 8000, "y": 0, "width": 4500, "height": 4500}]})";
+/// Pixels to the point. A "dpr" among the screens' properties would reach only the screens: windows keep 1.
+const char* const scales = "uneven=1.5";
 
 } // namespace
 
@@ -32,6 +34,7 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + home.filePath("screens.json").toUtf8());
     qunsetenv("QT_STYLE_OVERRIDE");
     qunsetenv("QT_SCALE_FACTOR");
+    qputenv("QT_SCREEN_SCALE_FACTORS", scales);
 
     QApplication application(argc, argv);
     QApplication::setStyle(QStringLiteral("Fusion"));
