@@ -19,7 +19,7 @@ constexpr int frame = 16;
 ContentView::ContentView(
     FolderDialogFactory makeFolderDialog, std::shared_ptr<FileManager> fileManager, QWidget* parent
 )
-    : QWidget(parent), session(std::move(makeFolderDialog), std::move(fileManager))
+    : FocusHome(parent), session(std::move(makeFolderDialog), std::move(fileManager))
 {
     installAccessibility();
     content = body();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "UI/FocusHome.h"
 #include "UI/View.h"
 #include "VideoSyncViewModel.h"
 
@@ -15,7 +16,7 @@ namespace reelkeep {
 
 /// The content of the one window. It owns the session; every section is computed from the session and holds no state of
 /// its own. Interface thread only.
-class ContentView : public QWidget {
+class ContentView : public FocusHome {
     Q_OBJECT
 
 public:

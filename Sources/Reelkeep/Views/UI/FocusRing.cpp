@@ -64,6 +64,12 @@ FocusRing::~FocusRing()
     delete frame;
 }
 
+bool FocusRing::isShownAround(const QWidget& widget)
+{
+    const auto* ring = widget.findChild<FocusRing*>(QString(), Qt::FindDirectChildrenOnly);
+    return ring && ring->frame;
+}
+
 bool FocusRing::eventFilter(QObject* watched, QEvent* event)
 {
     const auto isByMouse = [event] { return static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason; };

@@ -24,6 +24,7 @@ public:
 
     /// Present while the ring is shown (for tests).
     const QFocusFrame* shownFrame() const { return frame.data(); }
+    static bool isShownAround(const QWidget& widget);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

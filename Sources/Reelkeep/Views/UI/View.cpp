@@ -2,6 +2,7 @@
 
 #include "UI/AdaptiveGridLayout.h"
 #include "UI/Box.h"
+#include "UI/FocusHome.h"
 #include "UI/StackLayout.h"
 
 #include <algorithm>
@@ -101,14 +102,17 @@ View View::visible(Condition condition) &&
     // Before the updates of its contents: what is hidden need not be laid out.
     updates.insert(updates.begin(), [shown = widget, condition = std::move(condition)] {
         if (const bool now = condition(); now != !shown->isHidden())
-            shown->setVisible(now);
+            setVisibleKeepingFocus(*shown, now);
     });
     return std::move(*this);
 }
 
 View View::enabled(Condition condition) &&
 {
-    updates.emplace_back([target = widget, condition = std::move(condition)] { target->setEnabled(condition()); });
+    updates.emplace_back([target = widget, condition = std::move(condition)] {
+        if (const bool now = condition(); now != target->isEnabled())
+            setEnabledKeepingFocus(*target, now);
+    });
     return std::move(*this);
 }
 

@@ -1,0 +1,139 @@
+#include "UI/FocusHome.h"
+
+#include "UI/FocusRing.h"
+
+#include <QFocusEvent>
+#include <QMouseEvent>
+#include <QScrollArea>
+#include <QTimer>
+
+namespace reelkeep {
+
+namespace {
+
+bool isIn(const QWidget& element, const QWidget* widget)
+{
+    return widget && (widget == &element || element.isAncestorOf(widget));
+}
+
+/// Without a ring it was a click that moved the focus there, and no ring must appear where it goes.
+Qt::FocusReason reasonFor(bool hadRing)
+{
+    return hadRing ? Qt::OtherFocusReason : Qt::MouseFocusReason;
+}
+
+void scrollTo(QWidget& widget)
+{
+    for (QWidget* parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(parent))
+            area->ensureWidgetVisible(&widget);
+    }
+}
+
+} // namespace
+
+FocusHome::FocusHome(QWidget* parent) : QWidget(parent)
+{
+    setFocusPolicy(Qt::ClickFocus);
+}
+
+FocusHome* FocusHome::around(const QWidget& widget)
+{
+    for (QWidget* parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
+        if (auto* home = qobject_cast<FocusHome*>(parent))
+            return home;
+    }
+    return nullptr;
+}
+
+QWidget* FocusHome::ownerIn(const QWidget& element) const
+{
+    QWidget* focused = window()->focusWidget();
+    QWidget* owner = focused == this ? absent.data() : focused;
+    return isIn(element, owner) ? owner : nullptr;
+}
+
+void FocusHome::takeFocusFrom(const QWidget& element)
+{
+    QWidget* focused = window()->focusWidget();
+    if (!isIn(element, focused))
+        return;
+    absentHadRing = FocusRing::isShownAround(*focused);
+    setFocus(Qt::OtherFocusReason);
+    absent = focused;
+}
+
+void FocusHome::returnFocusTo(const QWidget& element)
+{
+    QWidget* owner = absent;
+    if (window()->focusWidget() != this || !isIn(element, owner))
+        return;
+    if (owner->isEnabledTo(this) && owner->isVisibleTo(this))
+        owner->setFocus(reasonFor(absentHadRing));
+}
+
+void FocusHome::passFocus(const QWidget& from, QWidget& to)
+{
+    const bool hadRing = absent == &from ? absentHadRing : FocusRing::isShownAround(from);
+    to.setFocus(reasonFor(hadRing));
+    // When the layouts know the new places.
+    if (hadRing)
+        QTimer::singleShot(0, &to, [&to] { scrollTo(to); });
+}
+
+void FocusHome::mousePressEvent(QMouseEvent* event)
+{
+    // The second press of a double click on a button that was disabled by the first is not a way elsewhere.
+    const QPoint place = event->position().toPoint();
+    if (absent && !absent->rect().contains(absent->mapFrom(this, place)))
+        absent.clear();
+    QWidget::mousePressEvent(event);
+}
+
+void FocusHome::focusOutEvent(QFocusEvent* event)
+{
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason)
+        absent.clear();
+    QWidget::focusOutEvent(event);
+}
+
+/// Goes on from the control that left the focus here.
+bool FocusHome::focusNextPrevChild(bool next)
+{
+    if (!absent)
+        return QWidget::focusNextPrevChild(next);
+    const auto step = [next](const QWidget* from) {
+        return next ? from->nextInFocusChain() : from->previousInFocusChain();
+    };
+    for (QWidget* widget = step(absent); widget != absent; widget = step(widget)) {
+        const bool isStop = (widget->focusPolicy() & Qt::TabFocus) && isAncestorOf(widget);
+        if (!isStop || !widget->isEnabled() || !widget->isVisible())
+            continue;
+        widget->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        scrollTo(*widget);
+        return true;
+    }
+    return QWidget::focusNextPrevChild(next);
+}
+
+void setEnabledKeepingFocus(QWidget& element, bool enabled)
+{
+    FocusHome* home = FocusHome::around(element);
+    if (home && !enabled)
+        home->takeFocusFrom(element);
+    element.setEnabled(enabled);
+    if (home && enabled)
+        home->returnFocusTo(element);
+}
+
+void setVisibleKeepingFocus(QWidget& element, bool visible)
+{
+    FocusHome* home = FocusHome::around(element);
+    if (home && !visible)
+        home->takeFocusFrom(element);
+    element.setVisible(visible);
+    if (home && visible)
+        home->returnFocusTo(element);
+}
+
+} // namespace reelkeep

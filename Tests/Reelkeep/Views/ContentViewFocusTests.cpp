@@ -1,0 +1,168 @@
+#include "Fixtures/WindowTest.h"
+#include "UI/FocusRing.h"
+
+#include <QAbstractItemView>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+using enum WindowState;
+
+const QString scan = QStringLiteral("Analizar ubicaciones");
+const QString copy = QStringLiteral("Copiar faltantes al HD seleccionado");
+
+/// Where the keyboard and the view are while results come and controls go.
+class ContentViewFocus : public WindowTest {
+protected:
+    QScrollBar& page() const { return *window->scrollArea()->verticalScrollBar(); }
+    int heightInWindow(const QWidget& widget) const { return widget.mapTo(window.get(), QPoint()).y(); }
+    static bool hasRing(const QWidget& widget)
+    {
+        const auto* ring = widget.findChild<FocusRing*>();
+        return ring && ring->shownFrame();
+    }
+    /// Presses a button by the keyboard and waits until it is disabled.
+    void pressByKey(Button& pressed)
+    {
+        content->setFocus();
+        pressed.setFocus(Qt::TabFocusReason);
+        QTest::keyClick(&pressed, Qt::Key_Space);
+        ASSERT_TRUE(waitUntil([&pressed] { return !pressed.isEnabled(); }));
+    }
+    void finishAnalysis()
+    {
+        files->releaseAnalyses();
+        ASSERT_TRUE(becomesIdle());
+    }
+    QWidget* focused() const { return window->focusWidget(); }
+};
+
+TEST_F(ContentViewFocus, isOnNoControlWhileTheScanButtonIsDisabled)
+{
+    enterState(analysed);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    EXPECT_EQ(focused(), content);
+    const auto destination = session().copyDestinationFolder();
+    for (const Qt::Key key : {Qt::Key_PageDown, Qt::Key_Down, Qt::Key_D, Qt::Key_Space, Qt::Key_Return}) {
+        QTest::keyClick(focused(), key);
+        settle();
+    }
+    EXPECT_EQ(session().copyDestinationFolder(), destination);
+    EXPECT_FALSE(chooser()->findChild<QAbstractItemView*>()->isVisible());
+    finishAnalysis();
+}
+
+TEST_F(ContentViewFocus, returnsToTheScanButtonWithItsRingAndWithoutScrolling)
+{
+    enterState(analysed);
+    resize(1148, 600);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    page().setValue(0);
+    finishAnalysis();
+    EXPECT_EQ(focused(), &button(scan));
+    EXPECT_TRUE(hasRing(button(scan)));
+    EXPECT_EQ(page().value(), 0);
+}
+
+TEST_F(ContentViewFocus, returnsToAClickedButtonWithoutARing)
+{
+    enterState(analysed);
+    press(scan);
+    ASSERT_TRUE(becomesIdle());
+    EXPECT_EQ(focused(), &button(scan));
+    EXPECT_FALSE(hasRing(button(scan)));
+}
+
+TEST_F(ContentViewFocus, staysWhereThePersonWentMeanwhile)
+{
+    enterState(analysed);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    toggle().setFocus(Qt::MouseFocusReason);
+    finishAnalysis();
+    EXPECT_EQ(focused(), &toggle());
+}
+
+TEST_F(ContentViewFocus, staysOnTheGroundThatWasClickedMeanwhile)
+{
+    enterState(analysed);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    QTest::mouseClick(content, Qt::LeftButton, {}, QPoint(5, 5));
+    finishAnalysis();
+    EXPECT_EQ(focused(), content);
+}
+
+TEST_F(ContentViewFocus, returnsAlthoughAnotherWindowWasActiveMeanwhile)
+{
+    enterState(analysed);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    QWidget other;
+    showActive(other);
+    finishAnalysis();
+    EXPECT_EQ(focused(), &button(scan));
+}
+
+TEST_F(ContentViewFocus, goesOnFromTheDisabledButtonWithTab)
+{
+    enterState(analysed);
+    resize(1148, 600);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    page().setValue(0);
+    QTest::keyClick(focused(), Qt::Key_Tab);
+    EXPECT_EQ(focused(), chooser());
+    EXPECT_GT(page().value(), 0) << "the view follows the keyboard";
+    QTest::keyClick(focused(), Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(focused(), &toggle());
+    finishAnalysis();
+}
+
+TEST_F(ContentViewFocus, leavesTheViewAloneWhenACopyEnds)
+{
+    enterState(analysed);
+    resize(1366, 768);
+    Button& pressed = button(copy);
+    page().setValue(heightInWindow(pressed) - 300);
+    ASSERT_EQ(heightInWindow(pressed), 300);
+    press(copy);
+    ASSERT_TRUE(becomesIdle());
+    EXPECT_EQ(heightInWindow(pressed), 300);
+    EXPECT_EQ(focused(), content);
+}
+
+TEST_F(ContentViewFocus, leavesTheViewAloneWhenTheListWithTheFocusGoes)
+{
+    enterState(analysed);
+    resize(1366, 768);
+    Button& pressed = button(copy);
+    page().setValue(heightInWindow(pressed) - 300);
+    pressed.setFocus(Qt::TabFocusReason);
+    files->holdCopy(2);
+    QTest::keyClick(&pressed, Qt::Key_Space);
+    ASSERT_TRUE(waitUntil([&pressed] { return !pressed.isEnabled(); }));
+    list()->setFocus(Qt::MouseFocusReason);
+    files->releaseCopy();
+    ASSERT_TRUE(becomesIdle());
+    EXPECT_EQ(heightInWindow(pressed), 300);
+    EXPECT_EQ(focused(), content);
+}
+
+TEST_F(ContentViewFocus, leavesControlsForTheGroundThatIsClicked)
+{
+    toggle().setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(hasRing(toggle()));
+    QTest::mouseClick(&part(QStringLiteral("Analizar primero")), Qt::LeftButton, {}, QPoint(4, 4));
+    EXPECT_EQ(focused(), content);
+    EXPECT_FALSE(hasRing(toggle()));
+}
+
+} // namespace
+} // namespace reelkeep
