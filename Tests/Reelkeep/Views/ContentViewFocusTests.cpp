@@ -164,5 +164,44 @@ TEST_F(ContentViewFocus, leavesControlsForTheGroundThatIsClicked)
     EXPECT_FALSE(hasRing(toggle()));
 }
 
+TEST_F(ContentViewFocus, movesThePageWithHomeAndEnd)
+{
+    enterState(analysed);
+    resize(1148, 600);
+    for (QWidget* widget : {static_cast<QWidget*>(content), static_cast<QWidget*>(&button(scan)),
+                            static_cast<QWidget*>(chooser()), static_cast<QWidget*>(&toggle())}) {
+        widget->setFocus(Qt::MouseFocusReason);
+        QTest::keyClick(widget, Qt::Key_End);
+        EXPECT_EQ(page().value(), page().maximum()) << widget->metaObject()->className();
+        QTest::keyClick(widget, Qt::Key_Home);
+        EXPECT_EQ(page().value(), 0) << widget->metaObject()->className();
+    }
+}
+
+TEST_F(ContentViewFocus, movesTheListInsteadOfThePageWithHomeAndEndInTheList)
+{
+    enterState(analysed);
+    resize(1148, 600);
+    list()->setFocus(Qt::MouseFocusReason);
+    page().setValue(100);
+    QTest::keyClick(list(), Qt::Key_End);
+    EXPECT_EQ(list()->currentRow(), 3);
+    QTest::keyClick(list(), Qt::Key_Home);
+    EXPECT_EQ(list()->currentRow(), 0);
+    EXPECT_EQ(page().value(), 100);
+}
+
+class ContentViewClosing : public WindowTest, public testing::WithParamInterface<Qt::Key> {};
+
+TEST_P(ContentViewClosing, comesWithItsKeyFromAnyControlWhileVideosAreCopied)
+{
+    enterState(copying);
+    toggle().setFocus();
+    QTest::keyClick(&toggle(), GetParam(), Qt::ControlModifier);
+    EXPECT_FALSE(window->isVisible());
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, ContentViewClosing, testing::Values(Qt::Key_Q, Qt::Key_W));
+
 } // namespace
 } // namespace reelkeep

@@ -4,8 +4,10 @@
 #include "UI/OverlayScrollBar.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QScreen>
 #include <QScrollBar>
+#include <QShortcut>
 
 #include <algorithm>
 #include <cmath>
@@ -33,6 +35,8 @@ ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(
     new OverlayScrollBar(area);
     setCentralWidget(area);
     setMinimumSize(smallest);
+    for (const Qt::Key key : {Qt::Key_Q, Qt::Key_W})
+        connect(new QShortcut(Qt::CTRL | key, this), &QShortcut::activated, this, &QWidget::close);
 }
 
 void ScrollingWindow::openAtFirstSize()
@@ -48,6 +52,19 @@ void ScrollingWindow::openAtFirstSize()
     show();
     // No button has the focus, so none is pressed by accident and no ring is drawn, until the user presses Tab.
     area->widget()->setFocus();
+}
+
+void ScrollingWindow::keyPressEvent(QKeyEvent* event)
+{
+    QScrollBar* bar = area->verticalScrollBar();
+    switch (event->key()) {
+    case Qt::Key_Home:
+        return bar->setValue(bar->minimum());
+    case Qt::Key_End:
+        return bar->setValue(bar->maximum());
+    default:
+        QMainWindow::keyPressEvent(event);
+    }
 }
 
 } // namespace reelkeep

@@ -6,7 +6,7 @@
 namespace reelkeep {
 
 /// A window around one tall content. It scrolls vertically if, and only if, the screen is too short, and never
-/// horizontally.
+/// horizontally. Home and End scroll it unless the control with the focus uses them. Ctrl+Q and Ctrl+W close it.
 class ScrollingWindow : public QMainWindow {
     Q_OBJECT
 
@@ -16,6 +16,9 @@ public:
     /// Shows the window as wide as designed and as tall as content and screen allow.
     void openAtFirstSize();
     QScrollArea* scrollArea() const { return area; }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QScrollArea* area;
