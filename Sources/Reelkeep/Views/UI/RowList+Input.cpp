@@ -21,11 +21,16 @@ void RowList::setCurrentRow(int row)
     current = std::clamp(row, 0, count - 1);
     revealRow(current);
     viewport()->update();
-    if (hasFocus()) {
-        QAccessibleEvent event(this, QAccessible::Focus);
-        event.setChild(current);
-        QAccessible::updateAccessibility(&event);
-    }
+    announceCurrentRow();
+}
+
+void RowList::announceCurrentRow()
+{
+    if (current < 0 || !hasFocus())
+        return;
+    QAccessibleEvent event(this, QAccessible::Focus);
+    event.setChild(current);
+    QAccessible::updateAccessibility(&event);
 }
 
 /// Scrolls no further than it takes to show the whole row, or to fill the view with a row higher than that.
@@ -122,7 +127,14 @@ void RowList::mousePressEvent(QMouseEvent* event)
 
 void RowList::focusInEvent(QFocusEvent* event)
 {
-    setCurrentRow(current);
+    // A click chooses a row by itself and must find it under the mouse; another window or a menu only lent the focus.
+    const Qt::FocusReason reason = event->reason();
+    const bool isLed =
+        reason != Qt::MouseFocusReason && reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason;
+    if (isLed && current >= 0)
+        revealRow(current);
+    viewport()->update();
+    announceCurrentRow();
     QAbstractScrollArea::focusInEvent(event);
 }
 

@@ -89,6 +89,7 @@ private:
     void measure();
     void placeRows();
     void revealRow(int row);
+    void announceCurrentRow();
     void scrollBy(int pixels);
     void go(int row, int pixels);
     int rowAPageFrom(int row, int direction);

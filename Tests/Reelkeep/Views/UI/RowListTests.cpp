@@ -107,6 +107,21 @@ TEST_F(RowListTest, needNoScrollingWhileTheyFit)
     EXPECT_EQ(wordsInView().size(), 4);
 }
 
+TEST_F(RowListTest, standStillWhenAMouseOrAnotherWindowGivesTheFocus)
+{
+    list.reload(100);
+    list.clearFocus();
+    list.verticalScrollBar()->setValue(50 * 49);
+    list.setFocus(Qt::MouseFocusReason);
+    EXPECT_EQ(scrollPosition(), 50 * 49);
+    list.clearFocus();
+    list.setFocus(Qt::ActiveWindowFocusReason);
+    EXPECT_EQ(scrollPosition(), 50 * 49);
+    list.clearFocus();
+    list.setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(scrollPosition(), 0) << "the keyboard is at the current row";
+}
+
 TEST_F(RowListTest, areGoneWhenTheRecordsAre)
 {
     list.reload(100);
