@@ -178,10 +178,10 @@ void Button::paintEvent(QPaintEvent*)
 void Button::keyPressEvent(QKeyEvent* event)
 {
     // Outside a dialog the toolkit ignores Enter; people expect it to press the focused button.
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
         QPushButton::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        click();
 }
 
 Switch::Switch(const QString& label) : QCheckBox(label)

@@ -36,6 +36,18 @@ TEST(ControlsButton, isPressedBySpaceAndByEnter)
     EXPECT_EQ(presses.count(), 3);
 }
 
+TEST(ControlsButton, isPressedOnceWhileEnterIsHeld)
+{
+    Button button(QStringLiteral("Quitar"));
+    showActive(button);
+    const QSignalSpy presses(&button, &QPushButton::clicked);
+    for (const bool isRepeated : {false, true, true}) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, QStringLiteral("\r"), isRepeated);
+        QApplication::sendEvent(&button, &press);
+    }
+    EXPECT_EQ(presses.count(), 1);
+}
+
 TEST(ControlsButton, isPressedByAClick)
 {
     Button button(QStringLiteral("Elegir camara"));
