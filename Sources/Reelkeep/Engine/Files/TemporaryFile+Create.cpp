@@ -16,7 +16,7 @@ namespace {
 
 /// Longer than a living run leaves its file untouched. Only counts on disks that other machines may write to, where
 /// locks may not be shared.
-constexpr time_t abandonedAfter = 10 * 60;
+constexpr time_t abandonedAfter = time_t{10} * 60;
 
 /// More than enough: a random name is taken only by accident.
 constexpr int mostSpareNames = 8;
