@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -84,6 +85,53 @@ TEST(MissingVideos, ofUnknownSizeMatchByName)
 {
     EXPECT_EQ(missing({video("clip.mov", 0)}, {video("CLIP.mov", 0)}), Paths{});
     EXPECT_EQ(missing({video("clip.mov", 0)}, {video("CLIP.mov", 1)}), (Paths{"clip.mov"}));
+}
+
+/// Whether the only video on the disks is taken for the only one on the camera, or for one of two there: the table of
+/// videos is built from the shorter list.
+bool isTakenFor(const VideoFile& archived, const VideoFile& filmed)
+{
+    const VideoFile another = video("another.mov", 1);
+    return missing({filmed}, {archived}).empty() || missing({filmed, another}, {archived}).size() != 2 ||
+           missing({filmed}, {another, archived}).empty();
+}
+
+/// Part of a hash stands beside each video in the table. It repeats every four gigabytes of size.
+TEST(MissingVideos, areNotFoundByAHashThatOnlyTheirSizesShare)
+{
+    constexpr std::int64_t fourGigabytes = std::int64_t(1) << 32U;
+    for (std::int64_t times = 1; times <= 64; ++times)
+        EXPECT_FALSE(isTakenFor(video("clip.mov", 100 + times * fourGigabytes), video("clip.mov", 100))) << times;
+}
+
+/// Pairs of names that agree in the lower half of their hash: as many as meet by accident.
+std::vector<std::pair<std::string, std::string>> namesOfOneHalfHash()
+{
+    std::unordered_map<std::uint32_t, std::string> seen;
+    std::vector<std::pair<std::string, std::string>> pairs;
+    for (int number = 0; pairs.size() < 8; ++number) {
+        const std::string name = "clip" + std::to_string(number) + ".mov";
+        const auto [other, isNew] = seen.emplace(static_cast<std::uint32_t>(foldedHash(name)), name);
+        if (!isNew)
+            pairs.emplace_back(other->second, name);
+    }
+    return pairs;
+}
+
+TEST(MissingVideos, areNotFoundByAHashThatOnlyTheirNamesShare)
+{
+    for (const auto& names : namesOfOneHalfHash())
+        EXPECT_FALSE(isTakenFor(video(names.first), video(names.second))) << names.first << ", " << names.second;
+}
+
+/// The whole hash is the same: what separates the hashes of the names is added to one of the sizes.
+TEST(MissingVideos, areNotFoundByTheirWholeHash)
+{
+    for (int number = 0; number < 64; ++number) {
+        const std::string name = "clip" + std::to_string(number) + ".mov";
+        const std::uint64_t between = foldedHash(name) - foldedHash("clip.mov");
+        EXPECT_FALSE(isTakenFor(video("clip.mov", static_cast<std::int64_t>(100 + between)), video(name, 100))) << name;
+    }
 }
 
 TEST(MissingVideos, areJudgedEachOnItsOwn)
