@@ -29,6 +29,8 @@ struct Plan {
     long clockAhead = 0;             ///< By how many seconds files that are still empty are newer.
     bool locksOnlyWritable = false;  ///< A lock needs a descriptor open for writing.
     bool hidesTypes = false;         ///< Folder listings do not tell what an entry is.
+    std::uint64_t freeBlocks = 0;    ///< Of 4096 bytes, that the disk reports as free; 0 for the truth.
+    std::uint64_t freeToAll = 0;     ///< How many of those it reports as free to anybody but the administrator.
     std::size_t most = 0;            ///< How many bytes one read or write moves at most; 0 for no limit.
     std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.
 };

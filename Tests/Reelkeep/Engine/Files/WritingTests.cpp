@@ -11,6 +11,7 @@
 #include <map>
 #include <stop_token>
 #include <string>
+#include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <vector>
 
@@ -136,6 +137,90 @@ TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
         EXPECT_EQ(isStopped, !isPublished);
         EXPECT_EQ(everythingBelow(memory / "disk").size(), isPublished ? 1U : 0U);
     }
+}
+
+/// Wherever it is stopped, what a read brought is not written any more, nothing is read after a write, and nothing that
+/// may take long is begun at the end.
+TEST_F(Writing, isStoppedBeforeTheNextReadOrWrite)
+{
+    makeVideo(9);
+    const auto stopped = [&](const std::string& call, std::size_t occurrence) {
+        std::stop_source end;
+        std::filesystem::remove(target().path());
+        faults::arm({.call = call, .occurrence = occurrence, .deed = [&] { end.request_stop(); }});
+        bool isStopped = false;
+        try {
+            copyFile(video(), target(), end.get_token());
+        } catch (const Stopped&) {
+            isStopped = true;
+        }
+        const auto calls = faults::disarm();
+        EXPECT_EQ(isStopped, faults::struck());
+        EXPECT_EQ(everythingBelow(memory / "disk").size(), isStopped ? 0U : 1U);
+        auto moment = calls.begin();
+        for (std::size_t count = 0; moment != calls.end() && (*moment != call || ++count < occurrence);)
+            ++moment;
+        return std::vector<std::string>(moment, calls.end());
+    };
+    for (const std::string call : {"pread", "write"}) {
+        std::size_t moments = 0;
+        for (auto after = stopped(call, 1); !after.empty(); after = stopped(call, ++moments + 1)) {
+            const std::string opposite = call == "pread" ? "write" : "pread";
+            for (const std::string& late : {opposite, std::string("fsync")})
+                EXPECT_EQ(std::count(after.begin(), after.end(), late), 0) << late << " after " << call << moments + 1;
+        }
+        EXPECT_GE(moments, 3U) << call; // one for each chunk
+    }
+}
+
+/// If a source was marked meanwhile, it is read a second time.
+TEST_F(Writing, isStoppedWhileTheSourceIsReadAgain)
+{
+    makeVideo(17);
+    const Location hidden = memory / "disk/.x.mov.reelkeep-copia";
+    std::stop_source end;
+    std::size_t readAfterwards = 0;
+    faults::arm({.call = "pread", .occurrence = 1, .times = faults::forEver, .deed = [&] {
+                     readAfterwards += end.stop_requested() ? 1 : 0;
+                     std::filesystem::permissions(video().path(), std::filesystem::perms(0640));
+                     if (std::filesystem::file_size(hidden.path()) == content.size())
+                         end.request_stop();
+                 }});
+    EXPECT_THROW(copyFile(video(), target(), end.get_token()), Stopped);
+    faults::disarm();
+    EXPECT_EQ(readAfterwards, 0U);
+    EXPECT_TRUE(everythingBelow(memory / "disk").empty());
+}
+
+/// Who may not read the video on the card must not read it on the disk while it grows.
+TEST_F(Writing, isReadableByItsOwnerOnlyUntilItIsWhole)
+{
+    makeVideo(1);
+    const mode_t before = ::umask(0);
+    for (const std::string name : {"", "leftover that cannot be taken over"}) {
+        mode_t grown = 0;
+        if (!name.empty())
+            memory.folder("disk/.x.mov.reelkeep-copia");
+        const FaultyCopy made =
+            copy({.call = "write", .occurrence = 1, .deed = [&] {
+                      for (const auto& entry : std::filesystem::directory_iterator((memory / "disk").path()))
+                          if (entry.is_regular_file())
+                              grown = static_cast<mode_t>(entry.status().permissions());
+                  }});
+        EXPECT_EQ(made.failure, "") << name;
+        EXPECT_EQ(grown, 0600U) << name;
+    }
+    ::umask(before);
+}
+
+/// Many disks keep a part for the administrator, which a copy by anybody else cannot fill.
+TEST_F(Writing, isRefusedIfOnlyTheAdministratorsRoomIsLeft)
+{
+    makeVideo(1);
+    const FaultyCopy refused = copy({.freeBlocks = 1'000'000, .freeToAll = 255});
+    EXPECT_EQ(refused.failure, target().path() + ": no queda espacio en el disco.");
+    EXPECT_EQ(std::count(refused.calls.begin(), refused.calls.end(), "write"), 0);
+    EXPECT_EQ(copy({.freeBlocks = 1'000'000, .freeToAll = 256}).failure, "");
 }
 
 /// As pipes to other programs may, and disks that are nearly full.
