@@ -91,6 +91,16 @@ TEST_F(LinuxFileManagerCopy, keepsTheModificationTime)
     EXPECT_EQ(attributesOf(disk / "x.mov").st_mtim.tv_nsec, 123'456'789);
 }
 
+/// exFAT disks, told to set one of the two times only, set neither and report success.
+TEST_F(LinuxFileManagerCopy, setsTheAccessTimeTogetherWithTheModificationTime)
+{
+    const Location source = card.file("x.mov");
+    const struct timespec times[] = {{1'500'000'000, 0}, {1'400'000'000, 0}}; // no reading brings it up to date
+    ASSERT_EQ(::utimensat(AT_FDCWD, source.path().c_str(), times, 0), 0);
+    copyFile(source, disk / "x.mov");
+    EXPECT_EQ(attributesOf(disk / "x.mov").st_atim.tv_sec, 1'500'000'000);
+}
+
 TEST_F(LinuxFileManagerCopy, keepsTheRightsToReadAndWriteOnly)
 {
     for (const mode_t mode : {06755U, 0444U, 0600U, 0666U, 0111U}) {
