@@ -22,6 +22,7 @@
 #include <sys/statvfs.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace reelkeep {
 namespace {
@@ -86,6 +87,45 @@ TEST_F(RealFileSystemsDisk, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
     EXPECT_GT(mounted, 1);
     EXPECT_GT(entriesBelow(Location("/proc/self/net"), [](std::string_view) { return true; }).size(), 0U)
         << "a chosen root is walked whatever it is";
+}
+
+/// Two disks number their folders alike, so the one that was there is known by its disk too.
+TEST_F(RealFileSystemsDisk, isNotTakenForAnotherThatIsMountedOverItInTheMiddleOfAWalk)
+{
+    const TemporaryFolder place("/dev/shm");
+    std::string deep = "card";
+    // So far below, with others waiting to be read, folders are closed and found again by their path. In whatever order
+    // a folder is listed, some come after the next one down.
+    for (int depth = 0; depth < 40; ++depth) {
+        for (const char* waiting : {"/a", "/d", "/z"})
+            place.folder(deep + waiting);
+        deep += "/d";
+    }
+    const Location folder = place / deep;
+    const auto mountWith = [&](const std::string& name) {
+        ASSERT_EQ(::mount("tmpfs", folder.path().c_str(), "tmpfs", 0, nullptr), 0);
+        for (const char* below : {"/a/", "/b/", "/c/"})
+            place.file(deep + below + name);
+    };
+    mountWith("old.mov");
+    const ino_t inode = attributesOf(folder).st_ino;
+    bool isReplaced = false;
+    const auto replaceIt = [&](std::string_view name) {
+        if (name == "old.mov" && !std::exchange(isReplaced, true))
+            mountWith("new.mov");
+        return true;
+    };
+    try {
+        const auto found = entriesBelow(place / "card", replaceIt, FixedWalkers(1));
+        ADD_FAILURE() << found.size() << " videos of two disks";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.code(), ENOENT);
+        EXPECT_EQ(error.what(), folder.path() + ": no se encuentra.");
+    }
+    EXPECT_TRUE(isReplaced);
+    EXPECT_EQ(attributesOf(folder).st_ino, inode) << "this tests nothing if their numbers differ";
+    for (int mounted = 0; mounted < 2; ++mounted)
+        ::umount2(folder.path().c_str(), MNT_DETACH);
 }
 
 TEST_P(RealFileSystems, reachesTheEmptyListAndKeepsEveryByte)
