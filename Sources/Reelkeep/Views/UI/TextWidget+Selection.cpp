@@ -95,10 +95,12 @@ void TextWidget::mouseDoubleClickEvent(QMouseEvent* event)
 
 void TextWidget::keyPressEvent(QKeyEvent* event)
 {
-    const int end = int(shownText.size());
-    if (!selectable)
+    if (!selectable) {
         QWidget::keyPressEvent(event);
-    else if (event->matches(QKeySequence::Copy))
+        return;
+    }
+    const int end = int(shownText.size());
+    if (event->matches(QKeySequence::Copy))
         copy();
     else if (event->matches(QKeySequence::SelectAll))
         selectAll();
