@@ -61,7 +61,9 @@ protected:
         std::vector<std::string> command = {COPY_PROBE, card.location().path(), target().path()};
         if (GetParam().lockError != 0) {
             const std::string error = "REELKEEP_FLOCK_ERROR=" + std::to_string(GetParam().lockError);
-            command.insert(command.begin(), {"env", std::string("LD_PRELOAD=").append(NO_LOCKS), error});
+            // The last word: a sanitizer's runtime wants to be loaded first.
+            command.insert(command.begin(), {"env", std::string("LD_PRELOAD=").append(NO_LOCKS), error,
+                                             "ASAN_OPTIONS=verify_asan_link_order=0"});
         }
         const FileDescriptor output(::open(log.path().c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600));
         return start(command, output.get());
