@@ -61,7 +61,7 @@ private:
         FileDescriptor folder;
         dev_t device = 0;
         ino_t inode = 0;
-        bool isVirtual = false; ///< On a file system of the kernel's that holds no files of its own.
+        bool isVirtual = false; ///< On one of the kernel's virtual file systems, which hold no files.
     };
 
     void readUntilTheEnd();

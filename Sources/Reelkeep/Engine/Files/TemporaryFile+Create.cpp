@@ -28,11 +28,11 @@ void TemporaryFile::create()
     const std::string usual = growingName(targetName, fileSystem);
     if (!createAs(usual) && !createOverLeftover(usual))
         createUnderSpareName(usual);
+    lockOwn();
     takeOverSealed();
     struct stat status = {};
     if (::fstatat(folder.get(), targetName.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
         throw publishingFailure(EEXIST);
-    lockOwn();
 }
 
 /// False if something stands at that name.
@@ -90,8 +90,7 @@ bool TemporaryFile::isOld(const Leftover& leftover) const
 }
 
 /// A run killed in the act of publishing leaves a complete file under the sealed name and perhaps, at the final name,
-/// the empty file that reserved it. That goes first: the sealed file is all that distinguishes it from somebody's empty
-/// file.
+/// the empty file that reserved it. The reservation is removed first: only the sealed file shows that it is ours.
 void TemporaryFile::takeOverSealed()
 {
     const std::string sealed = sealedName(targetName, fileSystem);
