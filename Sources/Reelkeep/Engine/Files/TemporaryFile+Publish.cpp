@@ -116,9 +116,9 @@ void TemporaryFile::requireReservation() const
     // First at the disk itself: FUSE remembers sizes for a second, for each letter case of a name its own.
     Holder holder = holderOfTarget(AT_STATX_FORCE_SYNC);
     if (holder == Holder::reservation) {
+        requireOurs();
         // This fails, as the name is taken, but only once any change of the folder that is under way is done.
         ::renameat2(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), RENAME_NOREPLACE);
-        requireOurs();
         holder = holderOfTarget(0); // last, since what is lost here is another program's
     }
     if (holder != Holder::reservation)

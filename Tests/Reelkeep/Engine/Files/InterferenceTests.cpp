@@ -322,7 +322,7 @@ TEST(InterferenceReservation, isLookedAtOnceMoreBeforeItIsReplaced)
     const auto reserved = std::find(calls.begin(), calls.end(), "mknodat");
     ASSERT_GT(calls.end() - reserved, 6);
     EXPECT_EQ(Names(reserved, reserved + 7),
-              (Names{"mknodat", "statx", "renameat2", "fstat", "fstatat", "statx", "renameat"}));
+              (Names{"mknodat", "statx", "fstat", "fstatat", "renameat2", "statx", "renameat"}));
 }
 
 /// Without a right to keep its time of access a file is opened once more, and no less carefully.
