@@ -4,6 +4,7 @@
 #include "Fixtures/RecordingFileManager.h"
 #include "Fixtures/TemporaryFolder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -60,27 +61,41 @@ TEST_F(CopyJobTest, putsEverythingIntoOneFolderWhenFlat)
     EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"MVI_0001.MOV"});
 }
 
-TEST_F(CopyJobTest, createsTheFolderThenLooksThenCopies)
+TEST_F(CopyJobTest, completesWhatMayBeInTheWayThenMakesTheFolderThenLooksThenCopies)
 {
     card.file("a/x.mov");
     run(jobFor({"a/x.mov"}));
     const std::string target = (disk / "a/x.mov").path();
-    EXPECT_EQ(files.calls(), std::vector<std::string>({"createDirectory " + (disk / "a").path(), "fileExists " + target,
-                                                       "copyItem " + (card / "a/x.mov").path() + " -> " + target}));
+    EXPECT_EQ(files.calls(),
+              std::vector<std::string>({"completeCopiesTo " + target, "createDirectory " + (disk / "a").path(),
+                                        "fileExists " + target,
+                                        "copyItem " + (card / "a/x.mov").path() + " -> " + target, "finish"}));
 }
 
-TEST_F(CopyJobTest, readsAheadOfTheNextVideoButDoesNothingElseToIt)
+TEST_F(CopyJobTest, readsAheadOfTheNextVideoButOneUnlessItIsThere)
 {
-    card.file("a/1.mov");
-    card.file("b/2.mov");
-    run(jobFor({"a/1.mov", "b/2.mov"}));
-    const std::string first = (card / "a/1.mov").path() + " -> " + (disk / "a/1.mov").path();
-    const std::string second = (card / "b/2.mov").path();
-    EXPECT_EQ(files.calls(), std::vector<std::string>({"createDirectory " + (disk / "a").path(),
-                                                       "fileExists " + (disk / "a/1.mov").path(), "readAhead " + second,
-                                                       "copyItem " + first, "createDirectory " + (disk / "b").path(),
-                                                       "fileExists " + (disk / "b/2.mov").path(),
-                                                       "copyItem " + second + " -> " + (disk / "b/2.mov").path()}));
+    for (const char* name : {"1.mov", "2.mov", "3.mov", "4.mov"})
+        card.file(name);
+    disk.file("4.mov");
+    run(jobFor({"1.mov", "2.mov", "3.mov", "4.mov"}));
+    std::vector<std::string> calls = files.calls();
+    calls.resize(6);
+    EXPECT_EQ(calls, std::vector<std::string>(
+                         {"fileExists " + (disk / "3.mov").path(), "readAhead " + (card / "3.mov").path(),
+                          "completeCopiesTo " + (disk / "1.mov").path(), "createDirectory " + disk.location().path(),
+                          "fileExists " + (disk / "1.mov").path(),
+                          "copyItem " + (card / "1.mov").path() + " -> " + (disk / "1.mov").path()}));
+    calls = files.calls();
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "fileExists " + (disk / "4.mov").path()), 2);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "readAhead " + (card / "4.mov").path()), 0);
+}
+
+TEST_F(CopyJobTest, meetsAFailedLookAheadOnlyWhenItsTurnComes)
+{
+    for (const char* name : {"1.mov", "2.mov", "3.mov"})
+        card.file(name);
+    files.failAt(1, FileError((disk / "3.mov").path(), EIO));
+    EXPECT_EQ(run(jobFor({"1.mov", "2.mov", "3.mov"})), CopySummary({3, 0, disk.location()}));
 }
 
 TEST_F(CopyJobTest, meetsAMissingVideoOnlyWhenItsTurnComes)
@@ -97,7 +112,7 @@ TEST_F(CopyJobTest, createsTheDestinationItselfWhenFlat)
     CopyJob job = jobFor({"a/x.mov"}, false);
     job.destinationRoot = disk / "not/yet";
     run(job);
-    EXPECT_EQ(files.calls().front(), "createDirectory " + (disk / "not/yet").path());
+    EXPECT_EQ(files.calls()[1], "createDirectory " + (disk / "not/yet").path());
     EXPECT_EQ(contentOf(disk / "not/yet/x.mov"), "x");
 }
 
@@ -114,14 +129,14 @@ TEST_F(CopyJobTest, reportsAFileBeforeItTouchesTheDisk)
     card.file("1.mov");
     std::vector<std::size_t> callsSoFar;
     jobFor({"1.mov"}).run(files, [&](const CopyProgress&) { callsSoFar.push_back(files.calls().size()); });
-    EXPECT_EQ(callsSoFar, std::vector<std::size_t>({0, 3}));
+    EXPECT_EQ(callsSoFar, std::vector<std::size_t>({0, 5}));
 }
 
 TEST_F(CopyJobTest, hasOneReportWhenThereIsNothingToDo)
 {
     EXPECT_EQ(run(jobFor({})), CopySummary({0, 0, disk.location()}));
     EXPECT_EQ(reports, std::vector<CopyProgress>({{0, 0, ""}}));
-    EXPECT_TRUE(files.calls().empty());
+    EXPECT_EQ(files.calls(), std::vector<std::string>{"finish"});
 }
 
 TEST_F(CopyJobTest, skipsARecordWhoseTargetExists)
@@ -179,11 +194,34 @@ TEST_F(CopyJobTest, endsAtTheFirstFailureAndKeepsWhatWasCopied)
 {
     for (const char* name : {"1.mov", "2.mov", "3.mov"})
         card.file(name);
-    files.failAt(8, FileError((disk / "2.mov").path(), ENOSPC)); // the second copy
+    files.failAt(10, FileError((disk / "2.mov").path(), ENOSPC)); // the second copy
     EXPECT_THROW(run(jobFor({"1.mov", "2.mov", "3.mov"})), FileError);
     EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"1.mov"});
     EXPECT_EQ(reports, std::vector<CopyProgress>({{0, 3, "1.mov"}, {1, 3, "2.mov"}}));
-    EXPECT_EQ(files.calls().size(), 8U);
+    EXPECT_EQ(files.calls().size(), 11U);
+    EXPECT_EQ(files.calls().back(), "finish");
+}
+
+TEST_F(CopyJobTest, reportsAnEarlierVideosFailureFirst)
+{
+    card.file("1.mov");
+    files.failAt(9, FileError((disk / "1.mov").path(), EIO)); // the finishing, after the second video's failure
+    try {
+        run(jobFor({"1.mov", "gone.mov"}));
+        ADD_FAILURE() << "no failure";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.path(), (disk / "1.mov").path());
+    }
+    EXPECT_EQ(files.calls().size(), 9U);
+}
+
+TEST_F(CopyJobTest, sendsNoLastReportBeforeEverythingIsOnTheDisk)
+{
+    card.file("1.mov");
+    files.failAt(5, FileError((disk / "1.mov").path(), EIO));
+    EXPECT_THROW(run(jobFor({"1.mov"})), FileError);
+    EXPECT_EQ(files.calls()[4], "finish");
+    EXPECT_EQ(reports, std::vector<CopyProgress>({{0, 1, "1.mov"}}));
 }
 
 TEST_F(CopyJobTest, endsWhenAFolderCannotBeMade)
@@ -191,28 +229,28 @@ TEST_F(CopyJobTest, endsWhenAFolderCannotBeMade)
     card.file("a/x.mov");
     disk.file("a", "a file where the folder should be");
     EXPECT_THROW(run(jobFor({"a/x.mov"})), FileError);
-    EXPECT_EQ(files.calls().size(), 1U);
+    EXPECT_EQ(files.calls().size(), 3U);
 }
 
 TEST_F(CopyJobTest, doesNotTakeAFailedLookForAnExistingTarget)
 {
     card.file("x.mov");
-    files.failAt(2, FileError((disk / "x.mov").path(), EIO));
+    files.failAt(3, FileError((disk / "x.mov").path(), EIO));
     EXPECT_THROW(run(jobFor({"x.mov"})), FileError);
     EXPECT_TRUE(everythingBelow(disk.location()).empty());
 }
 
-TEST_F(CopyJobTest, stopsBetweenFiles)
+TEST_F(CopyJobTest, stopsBetweenFilesWithNothingInHiding)
 {
-    card.file("1.mov");
-    card.file("2.mov");
+    for (const char* name : {"1.mov", "2.mov", "3.mov"})
+        card.file(name);
     std::stop_source stop;
-    const auto stopAtTheSecond = [&](const CopyProgress& report) {
-        if (report.completedCount == 1)
+    const auto stopAtTheThird = [&](const CopyProgress& report) {
+        if (report.completedCount == 2)
             stop.request_stop();
     };
-    EXPECT_THROW(jobFor({"1.mov", "2.mov"}).run(files, stopAtTheSecond, stop.get_token()), Stopped);
-    EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"1.mov"});
+    EXPECT_THROW(jobFor({"1.mov", "2.mov", "3.mov"}).run(files, stopAtTheThird, stop.get_token()), Stopped);
+    EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{}) << "the first two were still under way";
 }
 
 } // namespace

@@ -4,8 +4,10 @@
 #include <cerrno>
 #include <cstdarg>
 #include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <mutex>
+#include <pthread.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
@@ -148,6 +150,17 @@ std::vector<int> plausibleErrors(const std::string& call)
 using reelkeep::faults::faulty;
 using reelkeep::faults::moved;
 using reelkeep::faults::state;
+
+// Called from within other libraries too, so it is replaced as a whole.
+extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
+                              void* argument)
+{
+    if (state.isArmed && state.plan.hasNoThreads)
+        return EAGAIN;
+    using Create = decltype(&pthread_create);
+    static const auto real = reinterpret_cast<Create>(::dlsym(RTLD_NEXT, "pthread_create"));
+    return real(thread, attributes, start, argument);
+}
 
 // The names are the linker's.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)

@@ -32,6 +32,7 @@ struct Plan {
     std::uint64_t freeBlocks = 0;    ///< Of 4096 bytes, that the disk reports as free; 0 for the truth.
     std::uint64_t freeToAll = 0;     ///< How many of those it reports as free to anybody but the administrator.
     std::size_t most = 0;            ///< How many bytes one read or write moves at most; 0 for no limit.
+    bool hasNoThreads = false;       ///< No new thread can be had.
     std::function<void()> deed = {}; ///< What somebody else does right before that call, which then does not fail.
 };
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <stdexcept>
+#include <utility>
 
 namespace reelkeep {
 
@@ -102,6 +103,25 @@ bool MemoryFileManager::fileExists(const Location& place) const
 {
     const std::lock_guard lock(disk->mutex);
     return disk->sizes.count(place.path()) != 0;
+}
+
+std::unique_ptr<CopyRun> MemoryFileManager::beginCopying(const std::stop_token& stop)
+{
+    class Run : public CopyRun {
+    public:
+        Run(MemoryFileManager& fileManager, std::stop_token stopToken) : files(fileManager), stop(std::move(stopToken))
+        {
+        }
+        void completeCopiesTo(const Location&) override {}
+        void copyItem(const Location& source, const Location& target) override { files.copyItem(source, target, stop); }
+        void readAhead(const Location&) override {}
+        void finish() override {}
+
+    private:
+        MemoryFileManager& files;
+        std::stop_token stop;
+    };
+    return std::make_unique<Run>(*this, stop);
 }
 
 void MemoryFileManager::copyItem(const Location& source, const Location& target, const std::stop_token& stop)

@@ -40,8 +40,11 @@ public:
     Disk diskHolding(const Location&) const override { return {}; }
     void createDirectory(const Location& folder) override;
     bool fileExists(const Location& place) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
-    void readAhead(const Location&) override {}
+    /// Its copies end at once, each through `copyItem`.
+    std::unique_ptr<CopyRun> beginCopying(const std::stop_token& stop) override;
+
+protected:
+    virtual void copyItem(const Location& source, const Location& target, const std::stop_token& stop);
 
 private:
     enum class Gate { open, closed, hanging };

@@ -5,10 +5,12 @@
 
 namespace reelkeep {
 
-/// Copies one file on the real file system; throws as `FileManager::copyItem` does.
+/// A run of one copy on the real file system; throws as `CopyRun` does.
 inline void copyFile(const Location& source, const Location& target, const std::stop_token& stop = {})
 {
-    LinuxFileManager().copyItem(source, target, stop);
+    const auto copies = LinuxFileManager().beginCopying(stop);
+    copies->copyItem(source, target);
+    copies->finish();
 }
 
 /// Runs a copy job on the real file system.

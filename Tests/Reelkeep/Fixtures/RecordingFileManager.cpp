@@ -75,16 +75,41 @@ bool RecordingFileManager::fileExists(const Location& place) const
     return LinuxFileManager::fileExists(place);
 }
 
-void RecordingFileManager::copyItem(const Location& source, const Location& target, const std::stop_token& stop)
+std::unique_ptr<CopyRun> RecordingFileManager::beginCopying(const std::stop_token& stop)
 {
-    record("copyItem " + source.path() + " -> " + target.path(), stop);
-    LinuxFileManager::copyItem(source, target, stop);
-}
+    class Run : public CopyRun {
+    public:
+        Run(const RecordingFileManager& recorder, std::unique_ptr<CopyRun> realRun, std::stop_token stopToken)
+            : files(recorder), real(std::move(realRun)), stop(std::move(stopToken))
+        {
+        }
+        void completeCopiesTo(const Location& target) override
+        {
+            files.record("completeCopiesTo " + target.path(), stop);
+            real->completeCopiesTo(target);
+        }
+        void copyItem(const Location& source, const Location& target) override
+        {
+            files.record("copyItem " + source.path() + " -> " + target.path(), stop);
+            real->copyItem(source, target);
+        }
+        void readAhead(const Location& source) override
+        {
+            files.record("readAhead " + source.path(), stop);
+            real->readAhead(source);
+        }
+        void finish() override
+        {
+            files.record("finish", stop);
+            real->finish();
+        }
 
-void RecordingFileManager::readAhead(const Location& source)
-{
-    record("readAhead " + source.path());
-    LinuxFileManager::readAhead(source);
+    private:
+        const RecordingFileManager& files;
+        std::unique_ptr<CopyRun> real;
+        std::stop_token stop;
+    };
+    return std::make_unique<Run>(*this, LinuxFileManager::beginCopying(stop), stop);
 }
 
 } // namespace reelkeep

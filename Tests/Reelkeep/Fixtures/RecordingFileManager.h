@@ -32,8 +32,7 @@ public:
                       const std::stop_token& stop) const override;
     void createDirectory(const Location& folder) override;
     bool fileExists(const Location& place) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
-    void readAhead(const Location& source) override;
+    std::unique_ptr<CopyRun> beginCopying(const std::stop_token& stop) override;
 
 private:
     struct Watch {

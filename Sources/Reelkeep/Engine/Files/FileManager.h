@@ -6,11 +6,40 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <string_view>
 
 namespace reelkeep {
+
+/// The copies of one run. They end in groups, so a copy that `copyItem` returned from may still be under way: its file
+/// stands under a hidden name. It gets its final name, and nothing is ever replaced, only when its data is on the disk
+/// and has been read back from there equal to what the source gave. The first copy that fails, in the order of the
+/// calls, decides: all before it get their names, none after it does, and each call from then on throws its error.
+/// Destroying the run removes what is under way. Operations throw FileError, and Stopped once the token of the run is
+/// triggered. One thread uses a run.
+class CopyRun {
+public:
+    CopyRun() = default;
+    CopyRun(const CopyRun&) = delete;
+    CopyRun& operator=(const CopyRun&) = delete;
+    virtual ~CopyRun() = default;
+
+    /// Waits for the copies under way if one of them may end at `target` or at a folder above it, perhaps under another
+    /// spelling. To be called before anything is looked up or made there.
+    virtual void completeCopiesTo(const Location& target) = 0;
+
+    /// Copies a file to a place where nothing stands. Keeps modification time and permissions.
+    virtual void copyItem(const Location& source, const Location& target) = 0;
+
+    /// Lets the system read the beginning of `source`, which is to be copied soon, while the caller goes on. Never
+    /// fails.
+    virtual void readAhead(const Location& source) = 0;
+
+    /// Returns once every copy has its name, and the names are on the disk.
+    virtual void finish() = 0;
+};
 
 /// What the engine needs of the file system. Every operation may be called from any thread.
 /// Failures are FileErrors; long operations throw Stopped once their token is triggered.
@@ -43,16 +72,10 @@ public:
     virtual void createDirectory(const Location& folder) = 0;
 
     /// Whether any entry stands at that place: a file, a folder, a link that leads nowhere. A placeholder left by a
-    /// killed `copyItem` does not count.
+    /// killed copy does not count.
     virtual bool fileExists(const Location& place) const = 0;
 
-    /// Copies a file to a place where nothing stands. The target appears whole and synced to its disk, or not at all;
-    /// nothing is ever replaced. Keeps modification time and permissions.
-    virtual void copyItem(const Location& source, const Location& target, const std::stop_token& stop) = 0;
-
-    /// Lets the system read the beginning of `source`, which is to be copied soon, while the caller goes on. Never
-    /// fails.
-    virtual void readAhead(const Location& source) = 0;
+    virtual std::unique_ptr<CopyRun> beginCopying(const std::stop_token& stop) = 0;
 };
 
 } // namespace reelkeep

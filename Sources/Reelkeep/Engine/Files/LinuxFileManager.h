@@ -12,8 +12,7 @@ public:
     Disk diskHolding(const Location& place) const override;
     void createDirectory(const Location& folder) override;
     bool fileExists(const Location& place) const override;
-    void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
-    void readAhead(const Location& source) override;
+    std::unique_ptr<CopyRun> beginCopying(const std::stop_token& stop) override;
 };
 
 } // namespace reelkeep

@@ -92,17 +92,23 @@ void SourceFile::fetch(std::int64_t position, std::int64_t count) const
     reelkeep::fetch(file.get(), position, std::min(position + count, size()));
 }
 
+void SourceFile::forget(std::int64_t position) const
+{
+    if (position > 0)
+        ::posix_fadvise(file.get(), 0, position, POSIX_FADV_DONTNEED);
+}
+
 /// A rewrite may have put size and modification time back; only the change time shows it, and only the content tells it
 /// from a mere mark.
 struct stat SourceFile::requireUnchanged(std::int64_t count, const std::function<std::uint64_t()>& hashOfCopy,
-                                         const std::stop_token& stop) const
+                                         std::span<std::byte> room, const std::stop_token& stop) const
 {
     const struct stat after = look();
     if (after.st_size != before.st_size || !isSame(after.st_mtim, before.st_mtim))
         throw FileError(path, 0, "ha cambiado durante la copia");
     if (count != before.st_size)
         throw FileError(path, 0, "no tiene tantos datos como dice su tamano");
-    if (!isSame(after.st_ctim, before.st_ctim) && hashOf(file.get(), size(), path, stop) != hashOfCopy())
+    if (!isSame(after.st_ctim, before.st_ctim) && hashOf(file.get(), size(), path, room, stop) != hashOfCopy())
         throw FileError(path, 0, "ha cambiado durante la copia");
     return after;
 }
@@ -128,16 +134,16 @@ ChunkBuffer::~ChunkBuffer()
     ::operator delete(memory.data(), blockSize);
 }
 
-std::optional<std::uint64_t> hashOf(int file, std::int64_t size, const std::string& path, const std::stop_token& stop)
+std::optional<std::uint64_t> hashOf(int file, std::int64_t size, const std::string& path, std::span<std::byte> room,
+                                    const std::stop_token& stop)
 {
-    const ChunkBuffer buffer(size);
     ContentHash hash;
     for (std::int64_t position = 0; position <= size;) {
         throwIfStopped(stop);
-        const auto bytes = readFrom(file, position, buffer.bytes(), path, 0);
+        const auto bytes = readFrom(file, position, room, path, 0);
         hash.add(bytes);
         position += static_cast<std::int64_t>(bytes.size());
-        if (bytes.size() < buffer.bytes().size())
+        if (bytes.size() < room.size())
             return position == size ? std::optional(hash.value()) : std::nullopt;
     }
     return std::nullopt;

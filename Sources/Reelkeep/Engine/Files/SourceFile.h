@@ -29,11 +29,15 @@ public:
     /// Lets the kernel read `count` bytes from `position` on while we do something else.
     void fetch(std::int64_t position, std::int64_t count) const;
 
+    /// Lets the kernel forget everything before `position`: nobody reads it a second time, and a whole card would push
+    /// out what other programs use.
+    void forget(std::int64_t position) const;
+
     /// The file's attributes now that `count` bytes of it were copied; throws if they are not what it holds. If only
     /// its attributes have changed since it was opened (another program has marked or linked it), it is read once more
-    /// and must have the hash of the copy.
+    /// and must have the hash of the copy. `room` is for that.
     struct stat requireUnchanged(std::int64_t count, const std::function<std::uint64_t()>& hashOfCopy,
-                                 const std::stop_token& stop) const;
+                                 std::span<std::byte> room, const std::stop_token& stop) const;
 
 private:
     struct stat look() const;
@@ -47,7 +51,8 @@ private:
 constexpr std::int64_t chunkSize = std::int64_t(4) << 20;
 
 /// Memory for one chunk, or for a whole file of `size` bytes if that is less. It begins at the border of a block, so
-/// that it can go to any usual disk past the kernel's memory.
+/// that it can go to any usual disk past the kernel's memory. Kept for many files: new memory costs more than the copy
+/// of a small one.
 class ChunkBuffer {
 public:
     explicit ChunkBuffer(std::int64_t size);
@@ -61,9 +66,10 @@ private:
     std::span<std::byte> memory;
 };
 
-/// Hashes an open file of `size` bytes from beginning to end. Absent if it has fewer or more; throws FileError about
-/// `path`, and Stopped.
-std::optional<std::uint64_t> hashOf(int file, std::int64_t size, const std::string& path, const std::stop_token& stop);
+/// Hashes an open file of `size` bytes from beginning to end, by way of `room`. Absent if it has fewer or more; throws
+/// FileError about `path`, and Stopped.
+std::optional<std::uint64_t> hashOf(int file, std::int64_t size, const std::string& path, std::span<std::byte> room,
+                                    const std::stop_token& stop);
 
 /// Lets the kernel read an open file from `begin` to `end` while we do something else.
 void fetch(int file, std::int64_t begin, std::int64_t end);

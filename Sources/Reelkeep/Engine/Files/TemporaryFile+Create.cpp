@@ -75,8 +75,10 @@ bool TemporaryFile::createOverLeftover(const std::string& name)
 void TemporaryFile::createUnderSpareName(const std::string& usual)
 {
     for (int attempt = 0; attempt < mostSpareNames; ++attempt)
-        if (createAs(spareGrowingName(targetName, fileSystem)))
+        if (createAs(spareGrowingName(targetName, fileSystem))) {
+            isSpare = true;
             return;
+        }
     throw FileError(target.deletingLastPathComponent().appending(usual).path(), EEXIST,
                     "este archivo oculto impide la copia; quitalo");
 }

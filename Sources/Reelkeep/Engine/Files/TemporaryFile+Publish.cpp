@@ -29,8 +29,6 @@ void TemporaryFile::publish()
     // Between the last comparison and the call that gives the name, another program may still have swapped the file.
     if (!isSameFile(identityOf(folder.get(), targetName), identityOf(file.get())))
         throw FileError(target.path(), EBUSY, "otro programa lo ha cambiado durante la copia");
-    if (syncFolder(folder.get(), file.get()) != 0)
-        throw failure(errno);
 }
 
 /// ext4, xfs, btrfs, tmpfs, the kernel's own FAT and exFAT.

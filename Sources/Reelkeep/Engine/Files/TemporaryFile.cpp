@@ -46,16 +46,23 @@ FileDescriptor openTargetFolder(const Location& folder)
     return opened;
 }
 
+struct statfs fileSystemOf(const FileDescriptor& folder, const std::string& path)
+{
+    struct statfs status = {};
+    if (::fstatfs(folder.get(), &status) != 0)
+        throw writeError(path, errno, 0);
+    return status;
+}
+
 } // namespace
 
-TemporaryFile::TemporaryFile(const Location& to, std::int64_t bytes)
+WritingPace::WritingPace() : flushing(flushedAtOnce, flushingTime), syncing(syncedAtOnce, syncingTime) {}
+
+TemporaryFile::TemporaryFile(const Location& to, std::int64_t bytes, WritingPace& paces)
     : target(to), targetName(to.lastPathComponent()), size(bytes),
-      folder(openTargetFolder(to.deletingLastPathComponent())), pace(flushedAtOnce, flushingTime)
+      folder(openTargetFolder(to.deletingLastPathComponent())), fileSystem(fileSystemOf(folder, to.path())),
+      pace(isFuse() ? paces.syncing : paces.flushing)
 {
-    if (::fstatfs(folder.get(), &fileSystem) != 0)
-        throw failure(errno);
-    if (fileSystem.f_type == FUSE_SUPER_MAGIC)
-        pace = TransferPace(syncedAtOnce, syncingTime);
     const auto largest = largestFile(fileSystem.f_type);
     struct rlimit own = {};
     const bool isBeyondOwnLimit = ::getrlimit(RLIMIT_FSIZE, &own) == 0 && own.rlim_cur != RLIM_INFINITY &&
@@ -87,7 +94,7 @@ void TemporaryFile::refuseWithoutRoom()
     // Two to four times as fast as through the kernel's memory. A small video is faster written by its sync, at one go;
     // a FUSE disk has a program's memory before it in any case.
     if (size > flushedAtOnce && !isFuse())
-        writeDirectly(true);
+        goDirectly(true);
 }
 
 void TemporaryFile::write(std::span<const std::byte> bytes)
@@ -95,31 +102,34 @@ void TemporaryFile::write(std::span<const std::byte> bytes)
     constexpr std::size_t block = 4096;
     while (!bytes.empty()) {
         if (isDirect && bytes.size() < block)
-            writeDirectly(false); // the end of a video that does not fill a block
+            goDirectly(false); // the end of a video that does not fill a block
         const std::size_t whole = isDirect ? bytes.size() / block * block : bytes.size();
         const auto began = Clock::now();
         const auto count = uninterrupted([&] { return ::write(file.get(), bytes.data(), whole); });
         if (count < 0 && errno == EINVAL && isDirect) {
-            writeDirectly(false); // its blocks are larger, or it wrote no whole ones last time
+            goDirectly(false); // its blocks are larger, or it wrote no whole ones last time
             continue;
         }
         if (count < 0)
             throw failure(errno);
         if (count == 0)
             throw failure(EIO);
-        if (isDirect)
-            pace.took(count, Clock::now() - began);
         bytes = bytes.subspan(static_cast<std::size_t>(count));
         written += count;
+        if (isDirect) {
+            pace.took(count, Clock::now() - began);
+            flushing = flushed = written;
+        }
     }
     if (!isDirect)
         flush();
 }
 
-void TemporaryFile::writeDirectly(bool directly)
+void TemporaryFile::goDirectly(bool directly)
 {
     // Not on opening: some file systems that refuse it have then already made the file.
-    const bool isDone = ::fcntl(file.get(), F_SETFL, directly ? O_DIRECT : 0) == 0;
+    const int flags = ::fcntl(file.get(), F_GETFL);
+    const bool isDone = ::fcntl(file.get(), F_SETFL, directly ? flags | O_DIRECT : flags & ~O_DIRECT) == 0;
     if (!isDone && !(directly && isRefusedHere(errno)))
         throw failure(errno);
     isDirect = isDone && directly;
@@ -167,6 +177,13 @@ void TemporaryFile::finish(const struct stat& source)
     const struct timespec times[] = {source.st_atim, source.st_mtim};
     if (::futimens(file.get(), times) != 0 && !isRefusedHere(errno))
         throw failure(errno);
+    if (!isFuse() && written > flushing && ::sync_file_range(file.get(), flushing, 0, SYNC_FILE_RANGE_WRITE) != 0 &&
+        !isRefusedHere(errno))
+        throw failure(errno);
+}
+
+void TemporaryFile::sync()
+{
     if (uninterrupted([&] { return ::fsync(file.get()); }) != 0)
         throw failure(errno);
     struct stat result = {};
@@ -176,12 +193,56 @@ void TemporaryFile::finish(const struct stat& source)
         throw FileError(target.path(), 0, "no se ha escrito entero");
 }
 
-std::uint64_t TemporaryFile::hash(const std::stop_token& stop) const
+std::uint64_t TemporaryFile::hash(std::span<std::byte> room, const std::stop_token& stop) const
 {
-    const auto result = hashOf(file.get(), size, target.path(), stop);
+    const auto result = hashOf(file.get(), size, target.path(), room, stop);
     if (!result)
         throw FileError(target.path(), 0, "no se ha escrito entero");
     return *result;
+}
+
+void TemporaryFile::requireOnDisk(std::uint64_t expectedHash, std::span<std::byte> room, const std::stop_token& stop)
+{
+    if (hashOnDisk(room, stop) != expectedHash)
+        throw FileError(target.path(), 0, "lo escrito en el disco no es igual a lo leido");
+}
+
+std::uint64_t TemporaryFile::hashOnDisk(std::span<std::byte> room, const std::stop_token& stop)
+{
+    ::fcntl(file.get(), F_SETFL, O_NOATIME); // which a disk that knows no owners may refuse
+    // In any case: some file systems take a direct read for an ordinary one, which the kernel's memory would answer.
+    ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED);
+    goDirectly(true);
+    try {
+        return hash(room, stop);
+    } catch (const FileError& error) {
+        if (error.code() != EINVAL || !isDirect)
+            throw;
+    }
+    goDirectly(false); // its blocks are larger
+    return hash(room, stop);
+}
+
+void TemporaryFile::syncNames()
+{
+    if (syncFolder(folder.get(), file.get()) != 0)
+        throw failure(errno);
+}
+
+FileIdentity TemporaryFile::identity() const
+{
+    const auto own = identityOf(file.get());
+    if (!own)
+        throw failure(errno);
+    return *own;
+}
+
+FileIdentity TemporaryFile::folderIdentity() const
+{
+    const auto own = identityOf(folder.get());
+    if (!own)
+        throw failure(errno);
+    return *own;
 }
 
 bool TemporaryFile::isFuse() const

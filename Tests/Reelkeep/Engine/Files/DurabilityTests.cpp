@@ -1,6 +1,7 @@
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/Processes.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -36,45 +37,52 @@ std::string wholeCalls(const std::string& trace)
     return calls;
 }
 
-/// What a copy did to the disk, as one word per system call that matters, in order. What is done to a folder's entries
-/// lasts only once that very folder is synced, so syncs name theirs.
-std::string essenceOf(const std::string& trace)
+/// What a run did to the disk, a word for each system call that matters, in order, with the video it was done to. What
+/// is done to a folder's entries lasts only once that very folder is synced, so syncs name theirs.
+std::vector<std::string> essenceOf(const std::string& trace)
 {
     static const std::pair<std::regex, const char*> calls[] = {
-        {std::regex("openat\\(.*reelkeep-copia\", O_RDWR\\|O_CREAT\\|O_EXCL.* = [0-9]+"), "create"},
-        {std::regex("fsync\\([0-9]+<[^>]*reelkeep-copia>\\) += 0"), "sync-file"},
-        {std::regex("renameat2\\(.*reelkeep-copia\".*RENAME_NOREPLACE\\) = 0"), "publish"},
-        {std::regex("\\blinkat\\(.*reelkeep-copia\".* = 0"), "link"},
-        {std::regex("\\bunlinkat\\(.*reelkeep-copia\".* = 0"), "unlink"},
-        {std::regex("renameat\\(.*reelkeep-copia\".*reelkeep-lista\"\\) = 0"), "seal"},
-        {std::regex("mknodat\\(.*S_IFREG.* = 0"), "reserve"},
-        {std::regex("renameat\\([^\"]*\"[^\"]*reelkeep-lista\".*\\) = 0"), "replace"},
-        {std::regex("fsync\\([0-9]+<[^>]*/(disk[^>.]*)>\\) += 0"), "sync "},
-        {std::regex("mkdirat\\(.*, \"([^\"]*)\".* = 0"), "make "},
-        {std::regex("write\\([0-9]+<[^>]*reelkeep-copia>"), "write"},
-        {std::regex("write\\(1.*report"), "report"},
+        {std::regex(R"~(openat\(.*"\.([^"]*)\.reelkeep-copia", O_RDWR\|O_CREAT\|O_EXCL.* += [0-9]+)~"), "create "},
+        {std::regex(R"~(\bwrite\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>)~"), "write "},
+        {std::regex(R"~(fsync\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>\) += 0)~"), "sync-file "},
+        {std::regex(R"~(pread64\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>.* += [1-9])~"), "read-back "},
+        {std::regex(R"~(renameat2\(.*"\.([^"]*)\.reelkeep-copia".*RENAME_NOREPLACE\) += 0)~"), "publish "},
+        {std::regex(R"~(\blinkat\(.*"\.([^"]*)\.reelkeep-copia".* += 0)~"), "link "},
+        {std::regex(R"~(\bunlinkat\(.*"\.([^"]*)\.reelkeep-copia".* += 0)~"), "unlink "},
+        {std::regex(R"~(renameat\(.*"\.([^"]*)\.reelkeep-copia".*reelkeep-lista"\) += 0)~"), "seal "},
+        {std::regex(R"~(mknodat\(.*"([^"]*)", S_IFREG.* += 0)~"), "reserve "},
+        {std::regex(R"~(renameat\([^"]*"\.([^"]*)\.reelkeep-lista".*\) += 0)~"), "replace "},
+        {std::regex(R"~(fsync\([0-9]+<[^>]*/(disk[^>.]*)>\) += 0)~"), "sync "},
+        {std::regex(R"~(mkdirat\(.*, "([^"]*)".* += 0)~"), "make "},
+        {std::regex(R"~(write\(1.*"(report [0-9]))~"), ""},
     };
-    std::string essence;
-    std::string last;
+    std::vector<std::string> essence;
     std::istringstream lines(wholeCalls(trace));
     for (std::string line; std::getline(lines, line);)
         for (const auto& [call, word] : calls) {
             std::smatch found;
-            if (!std::regex_search(line, found, call))
-                continue;
-            const std::string done = word + (found.size() > 1 ? found[1].str() : "");
-            if (done != "write" || last != "write")
-                essence += done + "; ";
-            last = done;
+            if (std::regex_search(line, found, call))
+                essence.push_back(word + found[1].str());
         }
     return essence;
+}
+
+/// Each of `steps` is there after the one before it.
+void expectInOrder(const std::vector<std::string>& essence, const std::vector<std::string>& steps)
+{
+    auto place = essence.begin();
+    for (const std::string& step : steps) {
+        place = std::find(place, essence.end(), step);
+        ASSERT_NE(place, essence.end()) << step << " in " << testing::PrintToString(essence);
+        ++place;
+    }
 }
 
 /// What the disk does not know decides by which way a copy gets its name.
 struct Way {
     const char* name;
     std::vector<std::string> refusals; ///< In the words of the tracer.
-    const char* naming;                ///< What gives the name, before the last sync.
+    std::vector<std::string> naming;   ///< What gives the name, before the last sync.
 };
 
 void PrintTo(const Way& way, std::ostream* stream)
@@ -105,20 +113,32 @@ TEST_P(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
         command.insert(command.end(), {"-e", "inject=" + refusal});
     command.insert(command.end(), {COPY_PROBE, (folder / "card").path(), (folder / "disk").path()});
     ASSERT_TRUE(run(command));
-    const std::string copy =
-        std::string("create; write; sync-file; ") + GetParam().naming + "; sync disk/a/b; report; ";
-    EXPECT_EQ(essenceOf(contentOf(trace)), "report; make a; sync disk; make b; sync disk/a; " + copy + copy + copy);
+    const auto essence = essenceOf(contentOf(trace));
+    expectInOrder(essence, {"report 0", "make a", "sync disk", "make b", "sync disk/a", "create 1.mov", "report 1",
+                            "create 2.mov", "report 2", "create 3.mov", "report 3"});
+    std::vector<std::string> namings;
+    for (const char* name : {"1.mov", "2.mov", "3.mov"}) {
+        std::vector<std::string> steps = {"create ", "write ", "sync-file ", "read-back "};
+        steps.insert(steps.end(), GetParam().naming.begin(), GetParam().naming.end());
+        for (std::string& step : steps)
+            step += step.back() == ' ' ? name : "";
+        namings.push_back(steps.back());
+        steps.insert(steps.end(), {"sync disk/a/b", "report 3"});
+        expectInOrder(essence, steps);
+    }
+    expectInOrder(essence, namings);
+    EXPECT_EQ(essence.back(), "report 3");
     for (const char* name : {"1.mov", "2.mov", "3.mov"})
         EXPECT_TRUE(contentOf(folder / ("disk/a/b/" + std::string(name))) ==
                     contentOf(folder / ("card/a/b/" + std::string(name))));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, Durability,
-                         testing::Values(Way{"byRename", {}, "publish"},
-                                         Way{"byLink", {"renameat2:error=EINVAL"}, "link; unlink"},
+                         testing::Values(Way{"byRename", {}, {"publish "}},
+                                         Way{"byLink", {"renameat2:error=EINVAL"}, {"link ", "unlink "}},
                                          Way{"overAReservation",
                                              {"renameat2:error=EINVAL", "linkat:error=EPERM"},
-                                             "seal; sync disk/a/b; reserve; replace"}),
+                                             {"seal ", "sync disk/a/b", "reserve ", "replace "}}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 } // namespace

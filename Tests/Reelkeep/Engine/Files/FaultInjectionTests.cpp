@@ -179,7 +179,7 @@ TEST(FaultInjectionReadAhead, neverFailsWhateverFails)
     const TemporaryFolder memory("/dev/shm");
     const Location video = memory.file("x.mov", std::string(300'000, 'x'));
     faults::arm({});
-    LinuxFileManager().readAhead(video);
+    LinuxFileManager().beginCopying({})->readAhead(video);
     const auto calls = faults::disarm();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "posix_fadvise"), 3); // portions of 128 KB
     auto plans = plansFor(calls);
@@ -187,11 +187,11 @@ TEST(FaultInjectionReadAhead, neverFailsWhateverFails)
     plans.insert(plans.end(), deaths.begin(), deaths.end());
     for (const faults::Plan& plan : plans) {
         faults::arm(plan);
-        EXPECT_NO_THROW(LinuxFileManager().readAhead(video)) << describe(plan);
+        EXPECT_NO_THROW(LinuxFileManager().beginCopying({})->readAhead(video)) << describe(plan);
         faults::disarm();
     }
-    LinuxFileManager().readAhead(memory / "missing.mov");
-    LinuxFileManager().readAhead(memory.folder("folder.mov"));
+    LinuxFileManager().beginCopying({})->readAhead(memory / "missing.mov");
+    LinuxFileManager().beginCopying({})->readAhead(memory.folder("folder.mov"));
 }
 
 /// No FAT32 driver is at hand where this is tested, so a disk in memory says it is one.

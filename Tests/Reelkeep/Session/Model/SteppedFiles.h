@@ -35,6 +35,8 @@ public:
 
     void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
                       const std::stop_token& stop) const override;
+
+protected:
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override;
 
 private:

@@ -1,0 +1,116 @@
+#include "Files/CopyGroup.h"
+
+#include "Files/SourceFile.h"
+#include "Files/Stopped.h"
+#include "Parallel.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <utility>
+
+namespace reelkeep {
+
+namespace {
+
+/// One after the other, small files would leave the disk idle most of the time. More gain nothing.
+constexpr std::int64_t mostReaders = 4;
+/// Of all readers together, in bytes.
+constexpr std::int64_t readingMemory = chunkSize;
+
+/// How far in the order a step has succeeded, and why not further.
+struct Outcome {
+    explicit Outcome(std::size_t count) : good(count) {}
+
+    /// Calls `step`; if it throws, only those before `index` are still good. Any thread may call it.
+    template <typename Step>
+    void attempt(std::size_t index, Step step)
+    {
+        try {
+            step();
+        } catch (...) {
+            const std::lock_guard lock(mutex);
+            if (index < good) {
+                good = index;
+                failure = std::current_exception();
+            }
+        }
+    }
+
+    std::atomic<std::size_t> good;
+    std::exception_ptr failure;
+    std::mutex mutex;
+};
+
+} // namespace
+
+void CopyGroup::add(std::unique_ptr<TemporaryFile> file, std::optional<std::uint64_t> hash, std::int64_t size)
+{
+    if (isEmpty())
+        beginning = Clock::now();
+    totalBytes += size;
+    largestSize = std::max(largestSize, size);
+    totalUnsynced += file->unsyncedBytes();
+    isAnySpare = isAnySpare || file->isUnderSpareName();
+    const FileIdentity identity = file->identity();
+    copies.push_back({std::move(file), hash, identity});
+}
+
+bool CopyGroup::contains(const FileIdentity& file) const
+{
+    return std::any_of(copies.begin(), copies.end(), [&](const Copy& copy) { return isSameFile(copy.identity, file); });
+}
+
+std::size_t CopyGroup::readers() const
+{
+    const std::int64_t affordable = readingMemory / std::clamp(largestSize, std::int64_t(1), chunkSize);
+    return std::min(copies.size(), static_cast<std::size_t>(std::min(affordable, mostReaders)));
+}
+
+void CopyGroup::complete(const std::stop_token& stop)
+{
+    Outcome outcome(copies.size());
+    const auto sync = [&](const Copy& copy) {
+        throwIfStopped(stop);
+        copy.file->sync();
+    };
+    const auto began = Clock::now();
+    if (!isEmpty()) // most file systems put all of them on the disk with the first
+        outcome.attempt(0, [&] { sync(copies[0]); });
+    syncing = Clock::now() - began;
+
+    std::atomic<std::size_t> next = 0;
+    inParallel(readers(), [&](std::size_t) {
+        const ChunkBuffer buffer(largestSize);
+        for (std::size_t index = next++; index < outcome.good; index = next++)
+            outcome.attempt(index, [&] {
+                const Copy& copy = copies[index];
+                if (index > 0)
+                    sync(copy);
+                if (copy.hash)
+                    copy.file->requireOnDisk(*copy.hash, buffer.bytes(), stop);
+            });
+    });
+
+    for (std::size_t index = 0; index < outcome.good; ++index)
+        outcome.attempt(index, [&] {
+            throwIfStopped(stop);
+            copies[index].file->publish();
+        });
+
+    std::vector<FileIdentity> synced;
+    for (std::size_t index = 0; index < outcome.good; ++index)
+        outcome.attempt(index, [&] {
+            const FileIdentity folder = copies[index].file->folderIdentity();
+            const bool isDone = std::any_of(synced.begin(), synced.end(),
+                                            [&](const FileIdentity& other) { return isSameFile(folder, other); });
+            if (!isDone)
+                copies[index].file->syncNames();
+            synced.push_back(folder);
+        });
+    if (outcome.failure)
+        std::rethrow_exception(outcome.failure);
+}
+
+} // namespace reelkeep

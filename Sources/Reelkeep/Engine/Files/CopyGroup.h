@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Files/FileIdentity.h"
+#include "Files/TemporaryFile.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <vector>
+
+namespace reelkeep {
+
+/// Copies that stand whole under their hidden names, in the order of the run, and get their final names together: a
+/// file system that is asked to put many files on its disk at once does so for the price of one.
+class CopyGroup {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// `hash` is that of the source; absent for a clone, whose blocks are the source's own.
+    void add(std::unique_ptr<TemporaryFile> file, std::optional<std::uint64_t> hash, std::int64_t size);
+
+    bool isEmpty() const { return copies.empty(); }
+    std::size_t count() const { return copies.size(); }
+    std::int64_t bytes() const { return totalBytes; }
+    std::int64_t unsyncedBytes() const { return totalUnsynced; }
+    /// When the first copy was added.
+    Clock::time_point began() const { return beginning; }
+    bool hasSpareName() const { return isAnySpare; }
+    bool contains(const FileIdentity& file) const;
+
+    /// Puts the copies on the disk, reads them back and gives them their names, all up to the first that fails; then
+    /// throws its error. Throws Stopped.
+    void complete(const std::stop_token& stop);
+    /// How long the disk took for the first sync, in which most of the unsynced bytes go.
+    Clock::duration syncDuration() const { return syncing; }
+
+private:
+    struct Copy {
+        std::unique_ptr<TemporaryFile> file;
+        std::optional<std::uint64_t> hash;
+        FileIdentity identity;
+    };
+
+    std::size_t readers() const;
+
+    std::vector<Copy> copies;
+    std::int64_t totalBytes = 0;
+    std::int64_t largestSize = 0;
+    std::int64_t totalUnsynced = 0;
+    bool isAnySpare = false;
+    Clock::time_point beginning;
+    Clock::duration syncing{};
+};
+
+} // namespace reelkeep

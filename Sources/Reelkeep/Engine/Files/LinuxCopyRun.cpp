@@ -1,0 +1,226 @@
+#include "Files/LinuxCopyRun.h"
+
+#include "Files/ContentHash.h"
+#include "Files/FileIdentity.h"
+#include "Files/LinuxFileManager.h"
+#include "Files/SourceFile.h"
+#include "Files/Stopped.h"
+#include "Files/SystemCalls.h"
+#include "Files/TemporaryNames.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstddef>
+#include <fcntl.h>
+#include <system_error>
+#include <utility>
+
+namespace reelkeep {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds readingTime(100);
+
+/// A group ends at the first of these. docs/performance.md has what each of them costs and gains.
+constexpr std::size_t groupCount = 128;
+constexpr std::int64_t groupBytes = std::int64_t(128) << 20;
+constexpr std::chrono::seconds groupTime(5); ///< More would be lost if the program is killed.
+/// What is left to sync decides how long the disk needs once the program shall end.
+constexpr std::chrono::milliseconds groupSyncingTime(200);
+
+/// Copies what can be read, not much beyond the size it began with: a file that is being written may never end. A loop
+/// of our own, not one in the kernel: only so is it known which disk failed.
+std::int64_t transfer(const SourceFile& source, TemporaryFile& copy, ContentHash& hash, std::span<std::byte> memory,
+                      TransferPace& reading, const std::stop_token& stop)
+{
+    copy.refuseWithoutRoom();
+    std::int64_t copied = 0;
+    for (bool isAtEnd = false; !isAtEnd && copied <= source.size();) {
+        throwIfStopped(stop);
+        const std::int64_t portion = std::min({chunkSize, reading.portion(), copy.portion()});
+        const auto room = memory.first(static_cast<std::size_t>(portion));
+        const auto began = Clock::now();
+        const auto bytes = source.read(copied, room);
+        reading.took(static_cast<std::int64_t>(bytes.size()), Clock::now() - began);
+        isAtEnd = bytes.size() < room.size();
+        copied += static_cast<std::int64_t>(bytes.size());
+        source.fetch(copied, portion); // reading and writing at the same time take two thirds of one after the other
+        throwIfStopped(stop);
+        hash.add(bytes);
+        copy.write(bytes);
+        source.forget(copied - chunkSize); // what was read last is not yet easily dropped
+    }
+    source.forget(copied);
+    throwIfStopped(stop); // before all that is left has to be synced
+    return copied;
+}
+
+bool isLackOfDescriptors(const FileError& error)
+{
+    return error.code() == EMFILE || error.code() == ENFILE;
+}
+
+} // namespace
+
+std::unique_ptr<CopyRun> LinuxFileManager::beginCopying(const std::stop_token& stop)
+{
+    return std::make_unique<LinuxCopyRun>(stop);
+}
+
+LinuxCopyRun::LinuxCopyRun(const std::stop_token& stop)
+    : forwarding(stop, [this] { end.request_stop(); }), buffer(chunkSize), reading(chunkSize, readingTime),
+      syncing(groupBytes, groupSyncingTime), growing(std::make_unique<CopyGroup>())
+{
+}
+
+LinuxCopyRun::~LinuxCopyRun()
+{
+    end.request_stop();
+    if (completion.valid())
+        completion.wait();
+}
+
+/// The hidden names show it, whatever the disk takes for the same name. A file that gets its final name goes from the
+/// first of them to the second and then to the final one: looked up in this order, it cannot be missed.
+void LinuxCopyRun::completeCopiesTo(const Location& target)
+{
+    throwIfFailed();
+    if (isIdle())
+        return;
+    FileDescriptor folder;
+    Location place = target;
+    for (Location above = place.deletingLastPathComponent();; above = place.deletingLastPathComponent()) {
+        const ReachablePath path(above.path());
+        folder = openAt(path.folder(), path.rest(), O_PATH | O_DIRECTORY);
+        if (folder || errno != ENOENT || above == place)
+            break;
+        place = above;
+    }
+    struct statfs fileSystem = {};
+    if (!folder || ::fstatfs(folder.get(), &fileSystem) != 0)
+        return; // whatever is done there next fails too, and says why
+    const std::string name(place.lastPathComponent());
+    if (isUnderWay(folder.get(), growingName(name, fileSystem)) ||
+        isUnderWay(folder.get(), sealedName(name, fileSystem)))
+        finish();
+}
+
+bool LinuxCopyRun::isUnderWay(int folder, const std::string& name) const
+{
+    const auto found = identityOf(folder, name);
+    return found && (growing->contains(*found) || (completing && completing->contains(*found)));
+}
+
+void LinuxCopyRun::copyItem(const Location& source, const Location& target)
+{
+    throwIfFailed();
+    try {
+        write(source, target);
+    } catch (const Stopped&) {
+        awaitCompletion(); // its failure may be what stopped us
+        throw;
+    } catch (const FileError& error) {
+        if (!isLackOfDescriptors(error) || isIdle())
+            throw;
+        finish();
+        write(source, target);
+    }
+    if (growing->hasSpareName()) // `completeCopiesTo` would not find it
+        finish();
+    else if (isFull())
+        beginCompletion(std::launch::async);
+}
+
+void LinuxCopyRun::write(const Location& source, const Location& target)
+{
+    const std::stop_token stop = end.get_token();
+    throwIfStopped(stop);
+    const SourceFile original(source, stop);
+    if (isDueBefore(original.size()))
+        beginCompletion(std::launch::async);
+    auto copy = std::make_unique<TemporaryFile>(target, original.size(), writing);
+    copy->create();
+    ContentHash hash;
+    const bool isClone = copy->clone(original.descriptor());
+    const std::int64_t copied =
+        isClone ? original.size() : transfer(original, *copy, hash, buffer.bytes(), reading, stop);
+    const auto hashOfCopy = [&] { return isClone ? copy->hash(buffer.bytes(), stop) : hash.value(); };
+    copy->finish(original.requireUnchanged(copied, hashOfCopy, buffer.bytes(), stop));
+    growing->add(std::move(copy), isClone ? std::nullopt : std::optional(hash.value()), original.size());
+}
+
+void LinuxCopyRun::readAhead(const Location& source)
+{
+    const std::string path = source.path();
+    const ReachablePath reachable(path);
+    const FileDescriptor file = openQuietly(reachable.folder(), reachable.rest(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    struct stat status = {};
+    if (file && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode))
+        fetch(file.get(), 0, std::min(chunkSize, status.st_size));
+}
+
+bool LinuxCopyRun::isDueBefore(std::int64_t nextSize) const
+{
+    return !growing->isEmpty() &&
+           (growing->bytes() + nextSize > groupBytes || Clock::now() - growing->began() > groupTime);
+}
+
+bool LinuxCopyRun::isFull() const
+{
+    return growing->count() >= groupCount || growing->bytes() >= groupBytes ||
+           growing->unsyncedBytes() >= syncing.portion();
+}
+
+/// On this thread: there is nothing left to do beside it.
+void LinuxCopyRun::finish()
+{
+    throwIfFailed();
+    beginCompletion(std::launch::deferred);
+    awaitCompletion();
+}
+
+void LinuxCopyRun::beginCompletion(std::launch where)
+{
+    awaitCompletion();
+    completing = std::exchange(growing, std::make_unique<CopyGroup>());
+    const auto work = [this] {
+        try {
+            completing->complete(end.get_token());
+        } catch (...) {
+            end.request_stop();
+            throw;
+        }
+    };
+    try {
+        completion = std::async(where, work);
+    } catch (const std::system_error&) { // no thread to be had
+        completion = std::async(std::launch::deferred, work);
+    }
+}
+
+void LinuxCopyRun::awaitCompletion()
+{
+    if (!completion.valid())
+        return;
+    try {
+        completion.get();
+        syncing.took(completing->unsyncedBytes(), completing->syncDuration());
+        completing.reset();
+    } catch (...) {
+        failure = std::current_exception();
+        growing = std::make_unique<CopyGroup>();
+        completing.reset();
+        throw;
+    }
+}
+
+void LinuxCopyRun::throwIfFailed() const
+{
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+} // namespace reelkeep

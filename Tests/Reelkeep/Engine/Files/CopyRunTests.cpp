@@ -1,0 +1,251 @@
+#include "CopyJob.h"
+#include "Files/FileError.h"
+#include "Files/Stopped.h"
+#include "Files/TemporaryNames.h"
+#include "Fixtures/RealFiles.h"
+#include "Fixtures/TemporaryFolder.h"
+
+#include <algorithm>
+#include <array>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <optional>
+#include <string>
+#include <sys/mman.h>
+#include <sys/resource.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+#include <vector>
+
+namespace reelkeep {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A run of so many small videos that their groups overlap: one is written while another one is completed.
+class CopyRunTest : public testing::Test {
+protected:
+    static constexpr int several = 400; ///< Groups of up to 128.
+
+    static std::string nameOf(int number) { return std::to_string(1000 + number) + ".mov"; }
+
+    void fillCard(int count = several)
+    {
+        for (int number = 0; number < count; ++number)
+            names.push_back(nameOf(number));
+        for (const std::string& name : names)
+            card.file("DCIM/" + name, "content of " + name);
+    }
+    CopyJob job(bool preserves = true) const
+    {
+        std::vector<VideoFile> videos;
+        for (const std::string& name : names)
+            videos.push_back(record(name.find('/') == std::string::npos ? "DCIM/" + name : name));
+        return {.videos = VideoList(std::move(videos)),
+                .sourceRoot = card.location(),
+                .destinationRoot = disk.location(),
+                .preserveFolderStructure = preserves};
+    }
+    static VideoFile record(const std::string& path)
+    {
+        return {.id = path,
+                .url = {},
+                .relativePath = path,
+                .fileName = path.substr(path.rfind('/') + 1),
+                .size = 1,
+                .createdAt = std::nullopt};
+    }
+    /// Runs the job with a deed right before the record of that number; the path of its failure, or none.
+    std::string failureOf(const CopyJob& run, int at = -1, const std::function<void()>& deed = nullptr)
+    {
+        try {
+            summary = runOnRealFiles(run, [&](const CopyProgress& report) {
+                reports.push_back(report.completedCount);
+                if (report.completedCount == at)
+                    deed();
+            });
+            return "none";
+        } catch (const FileError& error) {
+            return error.path();
+        }
+    }
+    Location target(int number) const { return disk / ("DCIM/" + nameOf(number)); }
+    /// All before that one are there, whole, and nothing else is, hidden or not.
+    void expectExactlyTheFirst(int count) const
+    {
+        std::vector<std::string> expected;
+        for (int number = 0; number < count; ++number) {
+            expected.push_back("DCIM/" + nameOf(number));
+            EXPECT_EQ(contentOf(target(number)), "content of " + nameOf(number));
+        }
+        std::vector<std::string> found = everythingBelow(disk.location());
+        std::erase(found, "DCIM");
+        EXPECT_EQ(found, expected);
+    }
+
+    TemporaryFolder card{"/dev/shm"};
+    TemporaryFolder disk{"/dev/shm"};
+    std::vector<std::string> names;
+    std::vector<std::int64_t> reports;
+    CopySummary summary;
+};
+
+TEST_F(CopyRunTest, publishesEverythingInManyGroups)
+{
+    fillCard();
+    EXPECT_EQ(failureOf(job()), "none");
+    EXPECT_EQ(summary, CopySummary({several, 0, disk.location()}));
+    expectExactlyTheFirst(several);
+    EXPECT_EQ(reports.size(), std::size_t(several) + 1);
+    EXPECT_TRUE(std::is_sorted(reports.begin(), reports.end()));
+}
+
+/// Whatever group the failing video is in, and however far the run has got meanwhile.
+TEST_F(CopyRunTest, endsAtTheFirstFailureInTheOrderOfTheListWhoeverFindsItFirst)
+{
+    fillCard();
+    for (const auto& [failing, at] : {std::pair(40, 100), {5, 127}, {150, 200}, {300, 399}, {0, 1}}) {
+        const auto occupy = [&, number = failing] { disk.file("DCIM/" + nameOf(number), "foreign"); };
+        EXPECT_EQ(failureOf(job(), at, occupy), target(failing).path());
+        EXPECT_EQ(contentOf(target(failing)), "foreign");
+        fs::remove(target(failing).path());
+        expectExactlyTheFirst(failing);
+        fs::remove_all((disk / "DCIM").path());
+    }
+}
+
+TEST_F(CopyRunTest, publishesEverythingBeforeAVideoThatCannotBeRead)
+{
+    fillCard();
+    fs::remove((card / ("DCIM/" + nameOf(250))).path());
+    EXPECT_EQ(failureOf(job()), (card / ("DCIM/" + nameOf(250))).path());
+    expectExactlyTheFirst(250);
+}
+
+TEST_F(CopyRunTest, reportsTheEarlierOfTwoFailures)
+{
+    fillCard(100);
+    fs::remove((card / ("DCIM/" + nameOf(90))).path());
+    EXPECT_EQ(failureOf(job(), 80, [&] { disk.file("DCIM/" + nameOf(30), "foreign"); }), target(30).path());
+    fs::remove(target(30).path());
+    expectExactlyTheFirst(30);
+}
+
+TEST_F(CopyRunTest, leavesNothingInHidingWhenItIsStopped)
+{
+    fillCard();
+    for (const std::int64_t at : {1, 100, 130, 260, 399}) {
+        std::stop_source stop;
+        const auto stopThere = [&](const CopyProgress& report) {
+            if (report.completedCount == at)
+                stop.request_stop();
+        };
+        EXPECT_THROW(runOnRealFiles(job(), stopThere, stop.get_token()), Stopped);
+        int count = 0;
+        while (fs::exists(target(count).path()))
+            ++count;
+        EXPECT_LT(count, at);
+        expectExactlyTheFirst(count);
+        fs::remove_all((disk / "DCIM").path());
+    }
+}
+
+/// What came before it is still under way when its turn comes.
+TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNames)
+{
+    names = {"a/x.mov", "b/y.mov", "b/x.mov"};
+    for (const std::string& name : names)
+        card.file(name, name);
+    EXPECT_EQ(failureOf(job(false)), "none");
+    EXPECT_EQ(summary, CopySummary({2, 1, disk.location()}));
+    EXPECT_EQ(contentOf(disk / "x.mov"), "a/x.mov");
+}
+
+TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNamesThatGrowsUnderASpareName)
+{
+    names = {"a/x.mov", "b/x.mov"};
+    for (const std::string& name : names)
+        card.file(name, name);
+    disk.folder(growingName("x.mov", {})); // nothing of ours: the copy takes another name
+    EXPECT_EQ(failureOf(job(false)), "none");
+    EXPECT_EQ(summary, CopySummary({1, 1, disk.location()}));
+    EXPECT_EQ(contentOf(disk / "x.mov"), "a/x.mov");
+}
+
+TEST_F(CopyRunTest, skipsTheSecondOfTwoPathsToOnePlace)
+{
+    names = {"a/x.mov", "b/x.mov"};
+    for (const std::string& name : names)
+        card.file(name, name);
+    disk.folder("a");
+    fs::create_directory_symlink("a", (disk / "b").path());
+    EXPECT_EQ(failureOf(job()), "none");
+    EXPECT_EQ(summary, CopySummary({1, 1, disk.location()}));
+    EXPECT_EQ(contentOf(disk / "a/x.mov"), "a/x.mov");
+}
+
+/// Their hidden names are cut to the same one.
+TEST_F(CopyRunTest, copiesBothOfTwoLongNamesThatDifferAtTheirEndOnly)
+{
+    const std::string beginning(250, 'n');
+    names = {"a/" + beginning + "1.mov", "a/" + beginning + "2.mov"};
+    for (const std::string& name : names)
+        card.file(name, name);
+    EXPECT_EQ(failureOf(job()), "none");
+    EXPECT_EQ(summary, CopySummary({2, 0, disk.location()}));
+    for (const std::string& name : names)
+        EXPECT_EQ(contentOf(disk / name), name);
+}
+
+TEST_F(CopyRunTest, goesOnWithFewFileDescriptors)
+{
+    fillCard();
+    struct rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const struct rlimit few = {40, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    const std::string failure = failureOf(job());
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_EQ(failure, "none");
+    expectExactlyTheFirst(several);
+}
+
+/// How many pages of it are in the kernel's memory.
+std::size_t pagesInMemory(const Location& file)
+{
+    const int opened = ::open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
+    const std::size_t size = fs::file_size(file.path());
+    void* mapped = ::mmap(nullptr, size, PROT_NONE, MAP_SHARED, opened, 0);
+    ::close(opened);
+    std::vector<unsigned char> pages((size + 4095) / 4096);
+    ::mincore(mapped, size, pages.data());
+    ::munmap(mapped, size);
+    return static_cast<std::size_t>(
+        std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1U) != 0; }));
+}
+
+TEST(CopyRunSource, leavesTheKernelsMemory)
+{
+    const TemporaryFolder card;
+    const TemporaryFolder disk;
+    struct statfs status = {};
+    constexpr long memory = 0x01021994; // tmpfs
+    if (::statfs(card.location().path().c_str(), &status) != 0 || status.f_type == memory)
+        GTEST_SKIP() << "SKIPPED: temporary files are held in memory here";
+    const Location small = card.file("small.mov", std::string(200'000, 's'));
+    const Location large = card.file("large.mov", std::string(std::size_t(30) << 20U, 'l'));
+    for (const Location& video : {small, large}) {
+        std::ofstream(video.path(), std::ios::app | std::ios::binary) << "end";
+        const int opened = ::open(video.path().c_str(), O_RDONLY | O_CLOEXEC);
+        ASSERT_EQ(::fsync(opened), 0); // what is not yet written cannot leave
+        ::close(opened);
+        ASSERT_GT(pagesInMemory(video), 10U);
+        copyFile(video, disk / std::string(video.lastPathComponent()));
+        EXPECT_LT(pagesInMemory(video), 10U) << video.path();
+    }
+}
+
+} // namespace
+} // namespace reelkeep
