@@ -88,7 +88,7 @@ void FaultDisk::heal()
 {
     for (FaultDiskControl::Word* word :
          {&shared->failReadsFrom, &shared->failWritesFrom, &shared->delayMicroseconds, &shared->bytesPerSecond,
-          &shared->isHanging, &shared->lie, &shared->lieFrom, &shared->lieCount, &shared->capacity})
+          &shared->isHanging, &shared->lie, &shared->lieFrom, &shared->lieCount, &shared->capacity, &shared->lieMark})
         *word = 0;
 }
 

@@ -26,6 +26,8 @@ struct FaultDiskControl {
     Word lieCount;
     Word capacity; ///< Beyond it writes and reads wrap around to the beginning; 0 where the disk is what it claims.
     Word logged;   ///< Bytes of complete entries in the log.
+    Word lieMark;  ///< If not 0, only blocks that begin with these eight bytes are lied about, and counted.
+    Word marked;   ///< How many such blocks were written so far; read, for returnsOtherData.
 };
 
 static_assert(FaultDiskControl::Word::is_always_lock_free);

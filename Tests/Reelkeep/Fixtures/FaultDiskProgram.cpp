@@ -80,17 +80,32 @@ void eachPiece(std::size_t offset, std::size_t length, Action action)
     }
 }
 
-/// Changes what is stored to what a lying disk stores: of one block, so that the rest proves nothing.
-void distort(std::span<char> stored, std::size_t offset)
+/// Changes one block to what a lying disk makes of it.
+void distort(std::span<char> block, std::size_t offset)
 {
-    const std::size_t begin = stored.size() / 2 / blockSize * blockSize;
-    const std::span<char> block = stored.subspan(begin, std::min(blockSize, stored.size() - begin));
-    if (control->lie == Lie::flipsABit)
+    if (control->lie == Lie::flipsABit || control->lie == Lie::returnsOtherData)
         block[block.size() / 2] = static_cast<char>(block[block.size() / 2] ^ 4);
     else if (control->lie == Lie::dropsTheData)
-        eachPiece(offset + begin, block.size(), [&](std::span<char> old, std::size_t at) {
+        eachPiece(offset, block.size(), [&](std::span<char> old, std::size_t at) {
             std::copy(old.begin(), old.end(), block.begin() + static_cast<std::ptrdiff_t>(at));
         });
+}
+
+/// Lies about one block of a request, so that the rest proves nothing; or about those marked blocks whose turn it is.
+void lie(std::span<char> bytes, std::size_t offset, std::uint64_t number)
+{
+    const auto block = [&](std::size_t begin) {
+        return bytes.subspan(begin, std::min(blockSize, bytes.size() - begin));
+    };
+    const std::size_t middle = bytes.size() / 2 / blockSize * blockSize;
+    if (control->lieMark == 0 && isLyingNow(number) && !bytes.empty())
+        distort(block(middle), offset + middle);
+    for (std::size_t begin = 0; control->lieMark != 0 && begin + blockSize <= bytes.size(); begin += blockSize) {
+        std::uint64_t mark = 0;
+        std::memcpy(&mark, &bytes[begin], sizeof mark);
+        if (mark == control->lieMark && isLyingNow(++control->marked))
+            distort(block(begin), offset + begin);
+    }
 }
 
 void append(const FaultDiskLogEntry& entry, std::span<const char> bytes)
@@ -153,8 +168,8 @@ void read(fuse_req_t request, fuse_ino_t, std::size_t length, off_t offset, fuse
     eachPiece(begin, bytes.size(), [&](std::span<char> piece, std::size_t at) {
         std::copy(piece.begin(), piece.end(), bytes.begin() + static_cast<std::ptrdiff_t>(at));
     });
-    if (control->lie == Lie::returnsOtherData && isLyingNow(number) && !bytes.empty())
-        bytes[bytes.size() / 2] = static_cast<char>(bytes[bytes.size() / 2] ^ 4);
+    if (control->lie == Lie::returnsOtherData)
+        lie(bytes, begin, number);
     fuse_reply_buf(request, bytes.data(), bytes.size());
 }
 
@@ -169,8 +184,8 @@ void write(fuse_req_t request, fuse_ino_t, const char* data, std::size_t length,
         return;
     }
     std::vector<char> bytes(data, data + length);
-    if (isLyingNow(number) && !bytes.empty())
-        distort(bytes, begin);
+    if (control->lie != Lie::returnsOtherData)
+        lie(bytes, begin, number);
     eachPiece(begin, length, [&](std::span<char> piece, std::size_t at) {
         std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(at), piece.size(), piece.begin());
     });

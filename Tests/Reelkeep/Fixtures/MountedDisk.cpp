@@ -84,6 +84,12 @@ MountedDisk::MountedDisk(std::string fileSystem, FaultDisk& disk)
     putIn();
 }
 
+MountedDisk::MountedDisk(std::string fileSystem, const Location& existing)
+    : kind(std::move(fileSystem)), place("/dev/shm"), image(existing), mountPoint(place.folder("mounted"))
+{
+    putIn();
+}
+
 MountedDisk::~MountedDisk()
 {
     if (below)

@@ -19,6 +19,8 @@ public:
     explicit MountedDisk(std::string kind, int mebibytes = 512);
     /// A new file system of any of these kinds but tmpfs above `disk`, which must outlive it.
     MountedDisk(std::string kind, FaultDisk& disk);
+    /// The file system that is on this image already.
+    MountedDisk(std::string kind, const Location& image);
     MountedDisk(const MountedDisk&) = delete;
     MountedDisk& operator=(const MountedDisk&) = delete;
     ~MountedDisk();
