@@ -124,7 +124,6 @@ void SleepInhibitor::request(const QDBusConnection& bus, const QDBusMessage& cal
         lock->next = next;
         handleEarlyEvents();
     });
-    // Its parent deletes the watcher. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 void SleepInhibitor::handleEarlyEvents()

@@ -141,7 +141,7 @@ public:
         auto known = rows.find(index);
         if (known == rows.end()) {
             auto* row = new AccessibleRow(list(), index);
-            // The toolkit owns it now. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+            // The toolkit owns it now.
             const QAccessible::Id id = QAccessible::registerAccessibleInterface(row);
             known = rows.emplace(index, id).first;
         }
