@@ -49,7 +49,7 @@ def timed(program: str, card: str, disk: str, probe: str) -> float:
     """Seconds of a copy to a new folder, with cold caches where this user may drop them."""
     with tempfile.TemporaryDirectory(dir=disk) as target:
         if os.geteuid() == 0:
-            drop_caches()
+            drop_caches(card, disk)
         begin = time.perf_counter()
         subprocess.run(["sh", "-ec", COMMANDS[program], "sh", card, target, probe], check=True,
                        stdout=subprocess.DEVNULL)
