@@ -4,8 +4,8 @@ Nothing of the desktop of whoever runs this is used or touched, and the services
 so that what the program itself writes can be told.
 """
 
-import ctypes
 import os
+import secrets
 import shutil
 import signal
 import subprocess
@@ -19,6 +19,8 @@ import gi
 gi.require_version("Atspi", "2.0")
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
+
+from janitor import clean_up_after_this_process, ends_with_this_process  # noqa: E402
 
 TIMEOUT = 30
 
@@ -35,16 +37,6 @@ FONTS = """<?xml version="1.0"?>
   <include ignore_missing="yes">/etc/fonts/conf.d</include>
 </fontconfig>
 """
-
-
-SET_PARENT_DEATH_SIGNAL = 1
-SYSTEM = ctypes.CDLL(None)
-
-
-def end_with_parent():
-    """Called in a new process: it gets a signal when this one is killed, as a test is that has taken too long."""
-    SYSTEM.prctl(SET_PARENT_DEATH_SIGNAL, signal.SIGTERM)
-
 
 def wait_for(condition, what, timeout=TIMEOUT):
     """The condition's first true value; fails naming what was waited for. A part of the window that is just being
@@ -88,7 +80,9 @@ class Desktop:
 
     def __enter__(self):
         signal.signal(signal.SIGTERM, lambda *_: sys.exit("Told to end."))
-        self.folder = Path(tempfile.mkdtemp(prefix="reelkeep-desktop-"))
+        self.folder = Path(tempfile.gettempdir()).absolute() / f"reelkeep-desktop-{secrets.token_hex(4)}"
+        clean_up_after_this_process(self.folder)
+        self.folder.mkdir(mode=0o700)
         try:
             self.start()
         except BaseException:
@@ -140,7 +134,7 @@ class Desktop:
         log = open(self.folder / f"{Path(command[0]).name}.log", "wb")
         process = subprocess.Popen([word.format(fd=writing) for word in command], env=environment, pass_fds=[writing],
                                    stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
-                                   preexec_fn=end_with_parent)
+                                   preexec_fn=ends_with_this_process())
         log.close()
         os.close(writing)
         self.processes.append(process)
@@ -176,7 +170,7 @@ class Desktop:
         with open(self.folder / "program.log", "wb") as log:
             self.program = subprocess.Popen([str(program)], env=environment, cwd=self.home, stdin=subprocess.DEVNULL,
                                             stdout=output or log, stderr=output or log, start_new_session=True,
-                                            preexec_fn=end_with_parent)
+                                            preexec_fn=ends_with_this_process())
         self.processes.append(self.program)
         return self.program
 

@@ -204,7 +204,7 @@ class EndingsOnASlowStick(Endings):
         super().setUp()
 
     def end_copies_at_any_moment(self, kind):
-        stick = self.enterContext(SlowStick(os.environ["REELKEEP_FAULT_DISK"], kind))
+        stick = self.enterContext(SlowStick(os.environ["REELKEEP_FAULT_DISK"], kind, self.desktop.folder / "stick"))
         rounds = 20 if "REELKEEP_LONG" in os.environ else 1
         seed = random.randrange(1 << 32)
         print(f"\nseed {seed}", flush=True)

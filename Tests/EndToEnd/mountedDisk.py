@@ -1,13 +1,20 @@
 """Disks made of files and mounted, seen by this process and what it starts, and by nobody else."""
 
+import contextlib
+import errno
+import fcntl
 import os
 import signal
+import struct
 import subprocess
 import unittest
 
-from desktop import SYSTEM, wait_for
+from desktop import wait_for
+from janitor import SYSTEM, ends_with_this_process
 
 NEW_MOUNTS = 0x00020000
+LOOP_CONFIGURE, LOOP_GET_FREE = 0x4C0A, 0x4C82
+AUTOCLEAR, DIRECT_IO = 4, 16
 MAKERS = {"ext4": ["mkfs.ext4", "-q", "-F"], "ntfs": ["mkfs.ntfs", "-q", "-Q", "-F"]}
 
 
@@ -15,6 +22,28 @@ def take_private_view():
     """To be called before anything is started. Skips the test where mounting is not allowed."""
     if SYSTEM.unshare(NEW_MOUNTS) != 0 or subprocess.run(["mount", "--make-rprivate", "/"], check=False).returncode != 0:
         raise unittest.SkipTest("SKIPPED: mounting file systems needs root")
+
+
+@contextlib.contextmanager
+def loop_device(image, flags=0):
+    """The path of a block device over a file. The kernel detaches it once neither the `with` block nor a file system uses
+    it, however this process ends."""
+    with open(image, "r+b") as backing, open("/dev/loop-control", "rb") as control:
+        configuration = struct.pack("=I56xI240x", backing.fileno(), AUTOCLEAR | flags)
+
+        def take():
+            device = open(f"/dev/loop{fcntl.ioctl(control, LOOP_GET_FREE)}", "r+b", buffering=0)
+            try:
+                fcntl.ioctl(device, LOOP_CONFIGURE, configuration)
+            except OSError as error:
+                device.close()
+                if error.errno != errno.EBUSY:  # another process has taken it in the meantime
+                    raise
+                return None
+            return device
+
+        with wait_for(take, "a free loop device") as device:
+            yield device.name
 
 
 class MountedDisk:
@@ -43,11 +72,10 @@ class MountedDisk:
     def mount(self):
         if self.kind == "ntfs":
             # A block device, as a stick is: a file behind a driver would count as a disk that others may write to.
-            device = subprocess.run(["losetup", "--find", "--show", str(self.image)], check=True, capture_output=True,
-                                    text=True).stdout.strip()
-            self.program = subprocess.Popen(["ntfs-3g", "-o", "no_detach", device, str(self.place)])
-            wait_for(lambda: os.path.ismount(self.place), "the disk to be mounted")
-            subprocess.run(["losetup", "--detach", device], check=True)  # once the driver is done with it
+            with loop_device(self.image) as device:
+                self.program = subprocess.Popen(["ntfs-3g", "-o", "no_detach", device, str(self.place)],
+                                                preexec_fn=ends_with_this_process())
+                wait_for(lambda: os.path.ismount(self.place), "the disk to be mounted")
         else:
             subprocess.run(["mount", "-o", "loop", str(self.image), str(self.place)], check=True)
 

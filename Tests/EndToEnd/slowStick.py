@@ -2,13 +2,12 @@
 
 import mmap
 import os
-import shutil
 import struct
 import subprocess
-import tempfile
-from pathlib import Path
 
-from desktop import end_with_parent, wait_for
+from desktop import wait_for
+from janitor import ends_with_this_process
+from mountedDisk import DIRECT_IO, loop_device
 
 MAKERS = {"exfat": ["mkfs.exfat"], "ntfs": ["mkfs.ntfs", "-q", "-Q", "-F"]}
 DRIVERS = {"exfat": ["mount.exfat-fuse", "-d"], "ntfs": ["ntfs-3g", "-o", "no_detach"]}
@@ -17,16 +16,19 @@ BYTES_PER_SECOND = 8 * 8  # where the fault disk's program looks for it
 
 
 class SlowStick:
-    """Use as a context manager, in a private view of the file system. `program` is that of the tests' fault disk."""
+    """Use as a context manager, in a private view of the file system. `program` is that of the tests' fault disk. The
+    stick lives in memory that is mounted at `folder`."""
 
-    def __init__(self, program, kind, mebibytes=400):
-        self.folder = Path(tempfile.mkdtemp(prefix="reelkeep-stick-", dir="/dev/shm"))
+    def __init__(self, program, kind, folder, mebibytes=400):
+        self.folder = folder
+        folder.mkdir()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={mebibytes + 1}m", "none", str(folder)], check=True)
         self.program = program
         self.kind = kind
         self.place = self.folder / "stick"
         self.served = self.folder / "served"
-        for folder in (self.place, self.served):
-            folder.mkdir()
+        for place in (self.place, self.served):
+            place.mkdir()
         for name, size in (("image", mebibytes << 20), ("control", CONTROL_SIZE)):
             with open(self.folder / name, "wb") as file:
                 file.truncate(size)
@@ -39,16 +41,14 @@ class SlowStick:
     def __enter__(self):
         self.launch([self.program, *(str(self.folder / name) for name in ("image", "served", "control"))])
         wait_for((self.served / "disk").exists, "the stick to be served")
-        device = subprocess.run(["losetup", "--find", "--show", "--direct-io=on", str(self.served / "disk")],
-                                check=True, capture_output=True, text=True).stdout.strip()
-        self.launch([*DRIVERS[self.kind], device, str(self.place)])
-        wait_for(lambda: os.path.ismount(self.place), "the stick to be mounted")
-        subprocess.run(["losetup", "--detach", device], check=True)  # once the driver is done with it
+        with loop_device(self.served / "disk", DIRECT_IO) as device:
+            self.launch([*DRIVERS[self.kind], device, str(self.place)])
+            wait_for(lambda: os.path.ismount(self.place), "the stick to be mounted")
         return self
 
     def launch(self, command):
         self.processes.append(subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                               stderr=subprocess.DEVNULL, preexec_fn=end_with_parent))
+                                               stderr=subprocess.DEVNULL, preexec_fn=ends_with_this_process()))
 
     def __exit__(self, *_):
         self.limit(0)
@@ -57,7 +57,7 @@ class SlowStick:
         subprocess.run(["umount", "-l", str(self.served)], check=False)
         self.processes.pop().wait()
         self.control.close()
-        shutil.rmtree(self.folder, ignore_errors=True)
+        subprocess.run(["umount", "-l", str(self.folder)], check=False)
 
     def limit(self, megabytes_per_second):
         """From now on it reads and writes so fast; 0 is without limit."""

@@ -1,0 +1,68 @@
+#!/usr/bin/python3
+"""Tests of the real program leave nothing behind, even if they are killed: janitorTests.py PROGRAM Janitor.TEST"""
+
+import os
+import random
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+from desktop import wait_for
+from janitor import processes_of
+
+TESTS = (("endingTests.py", "Endings.test_a_copy_ends_with_the_session"),
+         ("endingTests.py", "EndingsOnASlowStick.test_of_ntfs_nothing_stays_behind"),
+         ("deadDiskTests.py", "DeadDisk.test_a_disk_that_hangs_keeps_no_dialog_from_opening"))
+
+
+class Janitor(unittest.TestCase):
+    def setUp(self):
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory(prefix="reelkeep-janitor-")))
+        self.pictures = self.enterContext(tempfile.TemporaryDirectory())  # of failures, as an interrupted test is
+
+    def left(self):
+        """What a test of ours has not taken away yet."""
+        processes = [Path(f"/proc/{process}/cmdline").read_bytes() for process in processes_of(self.folder)]
+        images = [image.read_text() for image in Path("/sys/block").glob("loop*/loop/backing_file")]
+        return [*processes, *(image for image in images if str(self.folder) in image), *os.listdir(self.folder)]
+
+    def interrupt(self, blow, script, test, delay):
+        command = [sys.executable, "-B", str(Path(__file__).with_name(script)), str(self.program), test]
+        victim = subprocess.Popen(command, env={**os.environ, "TMPDIR": str(self.folder)}, cwd=self.pictures,
+                                  start_new_session=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL)
+        try:
+            victim.wait(delay)
+        except subprocess.TimeoutExpired:
+            blow(victim.pid)
+        victim.wait()
+        try:
+            wait_for(lambda: not self.left(), "everything to be gone")
+        except AssertionError as error:
+            raise AssertionError(f"{error}: {self.left()}") from None
+
+    def interrupt_at_any_moment(self, blow):
+        rounds = 4 if "REELKEEP_LONG" in os.environ else 1
+        seed = random.randrange(1 << 32)
+        print(f"\nseed {seed}", flush=True)
+        moments = random.Random(seed)
+        for script, test in rounds * TESTS:
+            delay = moments.uniform(0.2, 6)
+            with self.subTest(test=test, delay=delay):
+                self.interrupt(blow, script, test, delay)
+
+    def test_a_killed_test_leaves_nothing_behind(self):
+        self.interrupt_at_any_moment(lambda test: os.kill(test, signal.SIGKILL))
+
+    def test_a_test_that_is_interrupted_leaves_nothing_behind(self):
+        self.interrupt_at_any_moment(lambda test: os.killpg(test, signal.SIGINT))  # as Ctrl-C does
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 3:
+        sys.exit(__doc__)
+    Janitor.program = Path(sys.argv.pop(1)).absolute()
+    unittest.main(verbosity=2)
