@@ -260,6 +260,16 @@ class Sleep(DesktopTest):
         wait_for(lambda: self.ready(button), f"{button!r} to be ready")
         until(effect, lambda: click(*self.spots[button][0]), f"an effect of {button!r}")
 
+    def test_the_bus_in_the_runtime_folder_serves_if_no_address_is_set(self):
+        self.serve("portal")
+        (self.desktop.runtime / "bus").hardlink_to(self.desktop.folder / "bus")
+        window = self.analysed(DBUS_SESSION_BUS_ADDRESS=None)
+        self.begin_copy(window)
+        held = ["portal holds 1: 4 Copiando videos"]
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, "portal releases 1")
+
     def test_a_copy_survives_the_bus(self):
         system_bus = self.system_bus()
         self.serve("portal")
