@@ -9,7 +9,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <linux/loop.h>
 #include <map>
 #include <stdexcept>
@@ -46,6 +45,10 @@ std::string attach(const Location& image, bool isDirect, FileDescriptor& hold)
     throw std::runtime_error("no loop device");
 }
 
+/// A file system in memory of this process's own in place of /dev/shm, which is small in containers. It goes with the
+/// process and what it holds. Mounted before any test can make files there.
+const bool hasPrivateMemory = takePrivateView() && ::mount("none", "/dev/shm", "tmpfs", 0, "mode=1777") == 0;
+
 dev_t deviceOf(const Location& place)
 {
     struct stat status = {};
@@ -56,8 +59,7 @@ dev_t deviceOf(const Location& place)
 
 bool MountedDisk::isPossible()
 {
-    static const bool isPrivate = takePrivateView();
-    return isPrivate;
+    return hasPrivateMemory;
 }
 
 MountedDisk::MountedDisk(std::string fileSystem, int mebibytes)
@@ -144,8 +146,6 @@ void MountedDisk::takeOut()
 void MountedDisk::remount()
 {
     takeOut();
-    ::sync();
-    std::ofstream("/proc/sys/vm/drop_caches") << "3\n";
     putIn();
 }
 

@@ -12,7 +12,7 @@ class FaultDisk;
 
 /// A real file system on a disk of its own: an image in memory, mounted for the test.
 /// It is mounted in a view of the file system that only this process and its keeper have, and its FUSE program dies
-/// with the process: however a test ends, no mount, loop device or process stays.
+/// with the process: however a test ends, no mount, loop device, process or image stays.
 class MountedDisk {
 public:
     /// `kind` is one of ext4, btrfs, xfs, ntfs, exfat, tmpfs. Throws where the tools are missing.
@@ -29,9 +29,9 @@ public:
     static bool isPossible();
 
     const Location& location() const { return mountPoint; }
-    /// Takes the disk out and puts it in again, with all caches dropped: what is read then comes from the disk.
+    /// Takes the disk out and puts it in again: what is read then comes from the disk.
     void remount();
-    /// The two halves of it, without dropping the caches of other disks.
+    /// The two halves of it.
     void takeOut();
     void putIn();
     void makeReadOnly();

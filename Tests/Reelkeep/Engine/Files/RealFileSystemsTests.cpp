@@ -325,9 +325,10 @@ TEST_F(RealFileSystemsDisk, sharesTheBlocksWithinOneDisk)
         card.file("x.mov", content);
         copyFile(card / "x.mov", disk.location().appending("x.mov"));
         const auto freeBytes = [&] {
+            const FileDescriptor root(::open(disk.location().path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            EXPECT_EQ(::syncfs(root.get()), 0);
             struct statvfs status = {};
-            ::sync();
-            ::statvfs(disk.location().path().c_str(), &status);
+            ::fstatvfs(root.get(), &status);
             return std::int64_t(status.f_bfree * status.f_frsize);
         };
         const auto before = freeBytes();
