@@ -64,9 +64,9 @@ std::map<std::string, std::string> FileTree::everything() const
     std::map<std::string, std::string> found;
     for (const auto& entry : fs::recursive_directory_iterator(path(""))) {
         std::string place = entry.path().string().substr(path("").size());
-        const std::string own = path("");
+        const std::string own = path("").substr(1); // a shortened path may have lost the separator before it
         for (auto at = place.find(own); at != std::string::npos; at = place.find(own))
-            place.replace(at, own.size(), "/TREE");
+            place.replace(at, own.size(), "TREE");
         if (entry.is_symlink())
             found[place] = "link to " + fs::read_symlink(entry.path()).string();
         else if (entry.is_regular_file())
