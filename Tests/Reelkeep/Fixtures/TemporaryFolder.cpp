@@ -10,6 +10,20 @@ namespace reelkeep {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// Lets the owner into every folder again. Does not follow links.
+void unlockFolders(const fs::path& folder)
+{
+    std::error_code ignored;
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored))
+        if (entry.symlink_status(ignored).type() == fs::file_type::directory)
+            unlockFolders(entry.path());
+}
+
+} // namespace
+
 TemporaryFolder::TemporaryFolder(const std::string& base)
 {
     std::string pattern = (base.empty() ? fs::temp_directory_path().string() : base) + "/reelkeep-test-XXXXXX";
@@ -21,8 +35,12 @@ TemporaryFolder::TemporaryFolder(const std::string& base)
 
 TemporaryFolder::~TemporaryFolder()
 {
-    std::error_code ignored;
-    fs::remove_all(place.path(), ignored);
+    std::error_code failure;
+    fs::remove_all(place.path(), failure);
+    if (!failure)
+        return;
+    unlockFolders(place.path());
+    fs::remove_all(place.path(), failure);
 }
 
 Location TemporaryFolder::file(std::string_view relative, std::string_view content) const

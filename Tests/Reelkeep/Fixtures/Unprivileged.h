@@ -5,8 +5,9 @@
 
 namespace reelkeep {
 
-/// Runs `action` in a process of its own, as a user without special rights where this one has them, and returns its
-/// text; the text of the exception where it throws one.
+/// Runs `action` in a new process without special rights, as another user if this one has them. Returns its text, or
+/// that of the exception it throws. It may run as the owner of the test's files: a mode that is to keep it out must
+/// keep out the owner too.
 std::string runUnprivileged(const std::function<std::string()>& action);
 
 /// Within such an action: from now on the system refuses to start another thread.

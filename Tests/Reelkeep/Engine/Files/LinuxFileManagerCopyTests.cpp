@@ -104,6 +104,8 @@ TEST_F(LinuxFileManagerCopy, setsTheAccessTimeTogetherWithTheModificationTime)
 TEST_F(LinuxFileManagerCopy, keepsTheRightsToReadAndWriteOnly)
 {
     for (const mode_t mode : {06755U, 0444U, 0600U, 0666U, 0111U}) {
+        if ((mode & 0400U) == 0 && ::geteuid() != 0)
+            continue; // only root can read it
         const Location source = card.file("x.mov");
         ASSERT_EQ(::chmod(source.path().c_str(), mode), 0);
         const Location target = disk / std::to_string(mode);
@@ -133,7 +135,7 @@ TEST_F(LinuxFileManagerCopy, readsFilesOfOtherOwners)
 TEST_F(LinuxFileManagerCopy, worksInAFolderThatCannotBeListed)
 {
     const Location source = card.file("x.mov");
-    fs::permissions(disk.location().path(), fs::perms(0733));
+    fs::permissions(disk.location().path(), fs::perms(0333));
     EXPECT_EQ(runUnprivileged([&] { return failureOfCopy(source, disk / "x.mov"); }), "none");
     EXPECT_EQ(contentOf(disk / "x.mov"), "x");
 }
@@ -235,6 +237,7 @@ TEST_F(LinuxFileManagerCopy, failsWithoutATargetFolder)
 TEST_F(LinuxFileManagerCopy, failsWithoutPermission)
 {
     const Location source = card.file("x.mov");
+    fs::permissions(disk.location().path(), fs::perms(0555));
     EXPECT_EQ(runUnprivileged([&] { return failureOfCopy(source, disk / "x.mov"); }),
               (disk / "x.mov").path() + ": no tienes permiso.");
 }

@@ -82,6 +82,7 @@ TEST(LinuxFileManagerFoldersCreateDirectory, saysThatANameIsTooLong)
 TEST(LinuxFileManagerFoldersCreateDirectory, saysThatItIsNotAllowed)
 {
     const TemporaryFolder root;
+    fs::permissions(root.location().path(), fs::perms(0555));
     EXPECT_EQ(runUnprivileged([&] { return createDirectoryFailure(root / "a"); }),
               (root / "a").path() + ": no tienes permiso.");
 }
@@ -113,7 +114,7 @@ TEST(LinuxFileManagerFoldersFileExists, failsWhereItCannotBeTold)
     const TemporaryFolder root;
     EXPECT_THROW(LinuxFileManager().fileExists(root / std::string(256, 'n')), FileError);
     root.file("locked/x.mov");
-    fs::permissions((root / "locked").path(), fs::perms(0700));
+    fs::permissions((root / "locked").path(), fs::perms(0));
     EXPECT_EQ(
         runUnprivileged([&] { return LinuxFileManager().fileExists(root / "locked/x.mov") ? "there" : "not there"; }),
         (root / "locked/x.mov").path() + ": no tienes permiso.");

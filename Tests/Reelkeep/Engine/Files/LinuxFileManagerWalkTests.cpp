@@ -205,7 +205,7 @@ TEST_F(LinuxFileManagerWalk, passesOverAFolderThatCannotBeOpened)
     root.file("a.mov");
     root.file("lost+found/x.mov");
     root.file("z.mov");
-    restrict("lost+found", 0700);
+    restrict("lost+found", 0);
     EXPECT_EQ(outcomeUnprivileged(), "a.mov z.mov ");
 }
 
@@ -214,8 +214,9 @@ TEST_F(LinuxFileManagerWalk, failsInAFolderThatMayBeListedButNotEntered)
     for (const char* held : {"x.mov", "x.txt", "folder/x.txt", "Film.fcpbundle/x.mov"}) {
         const std::string name = std::string("locked") + std::to_string(std::string_view(held).size());
         root.file(name + "/" + held);
-        restrict(name, 0744);
+        restrict(name, 0444);
         EXPECT_NE(outcomeUnprivileged().find(": no tienes permiso."), std::string::npos) << held;
+        restrict(name, 0755);
         fs::remove_all((root / name).path());
     }
 }
@@ -223,7 +224,7 @@ TEST_F(LinuxFileManagerWalk, failsInAFolderThatMayBeListedButNotEntered)
 TEST_F(LinuxFileManagerWalk, failsAtARootThatMayBeListedButNotEntered)
 {
     root.file("in/x.txt");
-    restrict("in", 0744);
+    restrict("in", 0444);
     const std::string outcome = runUnprivileged([&] { return std::to_string(pathsBelow(root / "in").size()); });
     EXPECT_NE(outcome.find(": no tienes permiso."), std::string::npos);
 }
@@ -232,7 +233,7 @@ TEST_F(LinuxFileManagerWalk, passesOverAFolderThatMayNotBeEnteredAndHoldsHiddenE
 {
     root.file("locked/.hidden.mov");
     root.file("x.mov");
-    restrict("locked", 0744);
+    restrict("locked", 0444);
     EXPECT_EQ(outcomeUnprivileged(), "x.mov ");
 }
 

@@ -128,7 +128,7 @@ private:
         if (!failsByName) { // May be listed but not entered, or neither, or entered but not listed.
             const std::string path = folder + "/p" + std::to_string(made);
             addFolder(path, depth);
-            fs::permissions(path, fs::perms(std::array{0744U, 0700U, 0711U}[below(3)]));
+            fs::permissions(path, fs::perms(std::array{0444U, 0000U, 0111U}[below(3)]));
             return;
         }
         switch (below(3)) {
