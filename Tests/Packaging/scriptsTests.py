@@ -146,6 +146,30 @@ class Scripts(unittest.TestCase):
             self.play(tool, "exit 0")
         self.assertEqual(self.install("build").returncode, 0)
 
+    def test_reasons_of_skips_and_the_longest_tests_are_summarised(self):
+        report = self.folder / "release" / "tests.xml"
+        report.parent.mkdir()
+
+        def test(name, time, said, skipped=""):
+            return (f'<testcase name="{name}" classname="{name}" time="{time}" status="run">\n{skipped}\n'
+                    f"<system-out>{said}\n</system-out>\n</testcase>\n")
+
+        tests = [test("Slow.test", 61.25, "")] + [test("Fast.test", 0.1, "a.cpp:1: Skipped\nnot at all")] * 20
+        for said in ("x.cpp:7: Skipped\nneeds root", "x.cpp:9: Skipped\nneeds root", "NOT CHECKED: no formatter",
+                     "test_window ... skipped 'there is no weston here'", "mute"):
+            tests.append(test("Skipped.test", 0.2, said, '<skipped message=""/>'))
+        report.write_text("".join(tests), encoding="utf-8")
+        result = subprocess.run([str(SOURCES / "scripts" / "summarise-tests"), str(report)], text=True,
+                                stdin=subprocess.DEVNULL, capture_output=True)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        skips, longest = (part.splitlines()[1:] for part in result.stdout.strip().split("\n\n"))
+        self.assertEqual({tuple(line.split(None, 1)) for line in skips},
+                         {("2", "needs root"), ("1", "NOT CHECKED: no formatter"), ("1", "there is no weston here"),
+                          ("1", "Skipped.test")})
+        self.assertEqual(len(longest), 10)
+        self.assertEqual(longest[0].split(), ["61.2", "s", "release", "Slow.test"])
+
+
 
 if __name__ == "__main__":
     if len(sys.argv) != 3:
