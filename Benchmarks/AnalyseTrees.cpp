@@ -4,7 +4,7 @@
 #include <exception>
 #include <iostream>
 
-/// AnalyseTrees SOURCE REVIEWED...: analyses as the program does and tells the number of missing videos.
+/// AnalyseTrees SOURCE REVIEWED...: analyses as the program does and prints the number of missing videos.
 int main(int argc, char** argv)
 try {
     if (argc < 2) {
@@ -17,7 +17,7 @@ try {
     const auto found =
         reelkeep::VideoSyncService::analyse(reelkeep::Location(argv[1]), reviewed, reelkeep::LinuxFileManager());
     std::cout << found.missingVideos.size() << std::endl;
-    _Exit(0); // What it takes to free the lists is not the analysis's.
+    _Exit(0); // Freeing the lists is not part of an analysis.
 } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return 1;

@@ -3,8 +3,8 @@
 
 #include <cstdlib>
 
-/// EmptyWindow [TEXT [FONTS]]: the least that a program with a window of Reelkeep's first size can do with the same
-/// toolkit; with a text, in so many fonts, these have to be looked up and loaded.
+/// EmptyWindow [TEXT [FONTS]]: the minimum for a window of Reelkeep's first size with the same toolkit. With a text, it
+/// is shown in that many fonts, which must be looked up and loaded.
 int main(int argc, char** argv)
 {
     const QApplication application(argc, argv);

@@ -15,7 +15,7 @@ const VideoList& archive()
     return videos;
 }
 
-/// All of them reviewed but a hundredth, so that it is matching that is timed and not the order of what is missing.
+/// All but one in a hundred are reviewed, so that the time is that of matching, not of ordering what is missing.
 VideoList source(std::size_t count)
 {
     std::vector<VideoFile> videos = sampleVideos(SampleKind::archive, 1'000'000, 1'000'000 + count);
@@ -32,7 +32,7 @@ void match(benchmark::State& state)
         benchmark::DoNotOptimize(VideoSyncService::missingVideos(videos, archive()).size());
 }
 
-/// The yardstick: a set of the key texts, as the matching is defined, without ordering what is missing.
+/// The yardstick: a set of key texts, following the definition of a match, without ordering what is missing.
 void matchBySetOfTexts(benchmark::State& state)
 {
     const VideoList videos = source(static_cast<std::size_t>(state.range(0)));

@@ -26,7 +26,7 @@ void order(benchmark::State& state)
         benchmark::DoNotOptimize(VideoSyncService::missingVideos(videos, {}).size());
 }
 
-/// The yardstick: the collator compares texts each time the sort asks.
+/// The yardstick: the collator compares the texts in every comparison of the sort.
 void orderByCollator(benchmark::State& state)
 {
     UErrorCode status = U_ZERO_ERROR;

@@ -28,8 +28,8 @@ long peakKilobytes()
 
 } // namespace
 
-/// PeakMemory SOURCE DISK REVIEWED: the whole window, through an analysis, a copy and the analysis after it. Tells the
-/// number of videos reviewed in the end, and the peak of memory in kilobytes.
+/// PeakMemory SOURCE DISK REVIEWED: the whole window, through an analysis, a copy and the analysis after it. Prints the
+/// number of videos reviewed in the end, and the peak memory in kilobytes.
 int main(int argc, char** argv)
 {
     if (argc != 4) {

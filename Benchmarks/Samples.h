@@ -9,7 +9,7 @@
 
 namespace reelkeep {
 
-/// Files as cameras name them, the same at each call: a card's or an archive's, videos and what lies beside them.
+/// A file as cameras name them, the same at each call: a video or a file beside one, on a card or in an archive.
 struct Sample {
     std::string relativePath;
     std::int64_t size = 0; ///< Bytes; distinct for each number.
@@ -23,7 +23,7 @@ enum class SampleKind {
 /// File number `number` of a tree.
 Sample sample(SampleKind kind, std::size_t number);
 
-/// Makes a tree of `count` files that take no room on the disk.
+/// Makes a tree of `count` sparse files.
 /// Throws std::system_error.
 void makeTree(const Location& root, SampleKind kind, std::size_t count);
 

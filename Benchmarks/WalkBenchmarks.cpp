@@ -10,7 +10,7 @@
 namespace reelkeep {
 namespace {
 
-/// The tree stands where TMPDIR says: in memory and on a disk the walk takes different ways.
+/// In TMPDIR: the walk works differently in memory and on a disk.
 class Tree {
 public:
     explicit Tree(std::size_t count)
@@ -35,7 +35,7 @@ void scan(benchmark::State& state)
         benchmark::DoNotOptimize(VideoSyncService::scanVideoFiles(tree.root, LinuxFileManager()).size());
 }
 
-/// The standard library's own way, which looks at everything.
+/// The way of the standard library, which reads the attributes of everything.
 void iterateAndLook(benchmark::State& state)
 {
     namespace fs = std::filesystem;

@@ -57,7 +57,7 @@ void walk(int folder, int depth)
 
 } // namespace
 
-/// WalkFloor FOLDER: the least that one thread must do to know the size of every video below, and nothing kept of it.
+/// WalkFloor FOLDER: the minimum that one thread must do to learn the size of every video in it, keeping nothing.
 int main(int argc, char** argv)
 {
     const int root = argc == 2 ? ::open(argv[1], O_RDONLY | O_DIRECTORY | O_CLOEXEC) : -1;

@@ -26,7 +26,7 @@ def mounted(*arguments: str) -> Iterator[str]:
 
 @contextlib.contextmanager
 def disk_image(folder: str, gibibytes: int, kind: str, make: list[str], *loop_options: str) -> Iterator[str]:
-    """A disk in a file, which the command `make` gives its file system: where it is mounted."""
+    """The mount point of a disk in a file, on which the command `make` makes the file system."""
     with tempfile.NamedTemporaryFile(dir=folder) as image:
         os.truncate(image.name, gibibytes << 30)
         subprocess.run([*make, image.name], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

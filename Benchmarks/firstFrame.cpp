@@ -1,5 +1,5 @@
-// Preloaded into a program with a window, ends it as soon as its first frame goes to the display: so the program's
-// whole time is that from its start to its first frame.
+// Preloaded into a program with a window, ends it as soon as it sends its first frame to the display, so that its run
+// time is the time to the first frame.
 
 #include <cstdint>
 #include <dlfcn.h>
@@ -22,7 +22,7 @@ Function* next(const char* name)
 
 } // namespace
 
-struct Request { // what the display library returns for each
+struct Request { // what the display library returns for each request
     unsigned sequence;
 };
 

@@ -38,7 +38,7 @@ def compare_starts(build: pathlib.Path, rounds: int, row) -> None:
 
         def seconds(command: list[str]) -> float:
             begin = time.perf_counter()
-            subprocess.run(command, check=True, env=environment)  # with a time limit it would look only now and then
+            subprocess.run(command, check=True, env=environment)  # a time limit would make it poll
             return time.perf_counter() - begin
 
         times = [{what: seconds(command) for what, command in commands.items()} for _ in range(rounds + 1)][1:]
