@@ -28,7 +28,7 @@ VideoFile video(const std::string& relativePath, std::int64_t size = 100)
             .createdAt = std::nullopt};
 }
 
-/// The paths of what is missing when these records are on the camera and those on the disks.
+/// The paths of what is missing, given the records of the camera and those of the disks.
 Paths missing(const VideoList& source, const VideoList& reviewed)
 {
     Paths paths;
@@ -45,13 +45,13 @@ TEST(MissingVideosMatchKey, isTheLowerCaseNameAndTheSize)
     EXPECT_EQ(VideoSyncService::matchKey(video("x.mov", INT64_MAX)), "x.mov::9223372036854775807");
 }
 
-TEST(MissingVideos, areNoneWhereTheCameraIsEmpty)
+TEST(MissingVideos, areNoneIfTheCameraIsEmpty)
 {
     EXPECT_EQ(missing({}, {video("a.mov")}), Paths{});
     EXPECT_EQ(missing({}, {}), Paths{});
 }
 
-TEST(MissingVideos, areAllOfThemSortedWhereNothingIsReviewed)
+TEST(MissingVideos, areAllVideosInOrderIfNothingIsReviewed)
 {
     EXPECT_EQ(missing({video("b.mov"), video("a.mov")}, {}), (Paths{"a.mov", "b.mov"}));
 }
@@ -62,7 +62,7 @@ TEST(MissingVideos, ignoreLetterCaseButNotSize)
     EXPECT_EQ(missing({video("CLIP.MOV", 100)}, {video("clip.mov", 101)}), (Paths{"CLIP.MOV"}));
 }
 
-TEST(MissingVideos, ignoreFolderDateAndPlace)
+TEST(MissingVideos, ignoreFolderAndDate)
 {
     VideoFile archived = video("archive/2024/clip.mov");
     archived.createdAt = Date(std::chrono::seconds(1));
@@ -75,7 +75,7 @@ TEST(MissingVideos, ignoreHowAccentsAreWritten)
     EXPECT_EQ(missing({video("Ni\u00F1o.mov")}, {video("NIN\u0303O.MOV")}), Paths{});
 }
 
-TEST(MissingVideos, keepDamagedNamesApart)
+TEST(MissingVideos, distinguishDamagedNames)
 {
     EXPECT_EQ(missing({video("a\xFF.mov")}, {video("a\xFE.mov"), video("a\uFFFD.mov")}), (Paths{"a\xFF.mov"}));
     EXPECT_EQ(missing({video("A\xFF.MOV")}, {video("a\xFF.mov")}), Paths{});
@@ -87,8 +87,8 @@ TEST(MissingVideos, ofUnknownSizeMatchByName)
     EXPECT_EQ(missing({video("clip.mov", 0)}, {video("CLIP.mov", 1)}), (Paths{"clip.mov"}));
 }
 
-/// Whether the only video on the disks is taken for the only one on the camera, or for one of two there: the table of
-/// videos is built from the shorter list.
+/// Whether the only video on the disks counts as the only one on the camera, or as one of two: the hash table is built
+/// from the shorter list, so both ways are tried.
 bool isTakenFor(const VideoFile& archived, const VideoFile& filmed)
 {
     const VideoFile another = video("another.mov", 1);
@@ -96,15 +96,15 @@ bool isTakenFor(const VideoFile& archived, const VideoFile& filmed)
            missing({filmed}, {another, archived}).empty();
 }
 
-/// Part of a hash stands beside each video in the table. It repeats every four gigabytes of size.
-TEST(MissingVideos, areNotFoundByAHashThatOnlyTheirSizesShare)
+/// The table holds a part of the hash of each video, which is the same for sizes four gigabytes apart.
+TEST(MissingVideos, areNotMatchedIfOnlyTheHashOfTheirSizesAgrees)
 {
     constexpr std::int64_t fourGigabytes = std::int64_t(1) << 32U;
     for (std::int64_t times = 1; times <= 64; ++times)
         EXPECT_FALSE(isTakenFor(video("clip.mov", 100 + times * fourGigabytes), video("clip.mov", 100))) << times;
 }
 
-/// Pairs of names that agree in the lower half of their hash: as many as meet by accident.
+/// Pairs of names that agree in the lower half of their hash by chance.
 std::vector<std::pair<std::string, std::string>> namesOfOneHalfHash()
 {
     std::unordered_map<std::uint32_t, std::string> seen;
@@ -118,14 +118,14 @@ std::vector<std::pair<std::string, std::string>> namesOfOneHalfHash()
     return pairs;
 }
 
-TEST(MissingVideos, areNotFoundByAHashThatOnlyTheirNamesShare)
+TEST(MissingVideos, areNotMatchedIfOnlyTheHashOfTheirNamesAgrees)
 {
     for (const auto& names : namesOfOneHalfHash())
         EXPECT_FALSE(isTakenFor(video(names.first), video(names.second))) << names.first << ", " << names.second;
 }
 
-/// The whole hash is the same: what separates the hashes of the names is added to one of the sizes.
-TEST(MissingVideos, areNotFoundByTheirWholeHash)
+/// The whole hash is the same: one of the sizes makes up for the difference between the hashes of the names.
+TEST(MissingVideos, areNotMatchedByTheirWholeHash)
 {
     for (int number = 0; number < 64; ++number) {
         const std::string name = "clip" + std::to_string(number) + ".mov";
@@ -134,7 +134,7 @@ TEST(MissingVideos, areNotFoundByTheirWholeHash)
     }
 }
 
-TEST(MissingVideos, areJudgedEachOnItsOwn)
+TEST(MissingVideos, areMatchedOneByOne)
 {
     EXPECT_EQ(missing({video("B/c.mov"), video("A/C.MOV")}, {}).size(), 2U);
     EXPECT_EQ(missing({video("B/c.mov"), video("A/C.MOV")}, {video("c.mov")}), Paths{});
@@ -158,7 +158,7 @@ TEST(MissingVideos, ofTheSameNameAreOrderedByPath)
     EXPECT_EQ(missing({video("100/C.MP4"), video("99/C.MP4")}, {}), (Paths{"99/C.MP4", "100/C.MP4"}));
 }
 
-TEST(MissingVideos, whoseNamesDifferInCaseAreOrderedByNameNeverByPath)
+TEST(MissingVideos, whoseNamesDifferInCaseAreOrderedByNameAndNotByPath)
 {
     EXPECT_EQ(missing({video("A/Clip.mov"), video("B/clip.mov")}, {}), (Paths{"B/clip.mov", "A/Clip.mov"}));
     EXPECT_EQ(missing({video("B/Clip.mov"), video("A/clip.mov")}, {}), (Paths{"A/clip.mov", "B/Clip.mov"}));
@@ -170,7 +170,7 @@ TEST(MissingVideos, thatCollateAsEqualAreOrderedByTheirBytes)
     EXPECT_EQ(missing({video("A/a\xFF.mov"), video("B/a\xFE.mov")}, {}), (Paths{"B/a\xFE.mov", "A/a\xFF.mov"}));
 }
 
-TEST(MissingVideos, thatNothingOrdersKeepTheirOrder)
+TEST(MissingVideos, thatAreEqualInOrderKeepTheirOrder)
 {
     std::vector<VideoFile> alike;
     for (const std::int64_t size : {3, 1, 2}) // Enough of them that an unstable sort would mix them.
@@ -214,7 +214,7 @@ rc::Gen<std::string> nearlyEqualNames()
     return rc::gen::container<std::string>(rc::gen::element('a', 'A', 'b', '0', '1', '/', '.', '\xC3', '\xB1', '\xFF'));
 }
 
-RC_GTEST_PROP(MissingVideos, comeInOneOrderWhateverTheOrderOfTheWalk, ())
+RC_GTEST_PROP(MissingVideos, haveTheSameOrderWhateverTheOrderOfTheWalk, ())
 {
     std::vector<VideoFile> videos;
     for (const std::string& path : *rc::gen::unique<std::vector<std::string>>(nearlyEqualNames()))
@@ -224,7 +224,7 @@ RC_GTEST_PROP(MissingVideos, comeInOneOrderWhateverTheOrderOfTheWalk, ())
     RC_ASSERT(missing(videos, {}) == once);
 }
 
-RC_GTEST_PROP(MissingVideos, areExactlyThoseWhoseKeyIsNotReviewed, ())
+RC_GTEST_PROP(MissingVideos, areExactlyThoseWhoseKeyIsOnNoDisk, ())
 {
     const auto records = rc::gen::container<std::vector<VideoFile>>(
         rc::gen::map(rc::gen::pair(nearlyEqualNames(), rc::gen::inRange(0, 2)),

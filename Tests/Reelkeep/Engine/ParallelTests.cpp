@@ -24,13 +24,13 @@ TEST(Parallel, doesTheWorkOfEachIndexOnce)
     }
 }
 
-TEST(Parallel, doesTheWorkAtTheSameTime)
+TEST(Parallel, doesTheWorkInParallel)
 {
     std::barrier together(3);
     inParallel(3, [&](std::size_t) { together.arrive_and_wait(); });
 }
 
-TEST(Parallel, throwsTheFirstExceptionWhenAllHaveEnded)
+TEST(Parallel, throwsTheFirstExceptionAfterAllHaveEnded)
 {
     std::vector<int> done(4);
     const auto work = [&](std::size_t index) {
@@ -61,7 +61,7 @@ std::string workWithoutThreads()
     return std::to_string(done) + " done";
 }
 
-TEST(Parallel, doesAllWorkOnTheCallingThreadIfThereIsNoOther)
+TEST(Parallel, doesAllWorkOnTheCallingThreadIfNoOtherCanStart)
 {
     EXPECT_EQ(runUnprivileged(workWithoutThreads), "3 done");
 }

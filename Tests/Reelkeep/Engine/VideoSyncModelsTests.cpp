@@ -30,7 +30,7 @@ std::vector<VideoFile> clipsWithOneFieldChanged()
     return changed;
 }
 
-TEST(VideoSyncModelsVideoFile, isEqualOnlyWhenAllSixFieldsAre)
+TEST(VideoSyncModelsVideoFile, isEqualOnlyIfAllSixFieldsAre)
 {
     EXPECT_EQ(clip(), clip());
     for (const VideoFile& other : clipsWithOneFieldChanged())
@@ -45,7 +45,7 @@ TEST(VideoSyncModelsVideoFile, hashesEveryFieldAndAgreesWithEquality)
         EXPECT_NE(hash(clip()), hash(other));
 }
 
-TEST(VideoSyncModelsVideoFile, withoutADateDiffersFromTheSameWithOne)
+TEST(VideoSyncModelsVideoFile, withoutADateDiffersFromOneWithADate)
 {
     VideoFile undated = clip();
     undated.createdAt.reset();
@@ -56,7 +56,7 @@ TEST(VideoSyncModelsVideoFile, withoutADateDiffersFromTheSameWithOne)
     EXPECT_NE(std::hash<VideoFile>{}(undated), std::hash<VideoFile>{}(atTheEpoch));
 }
 
-TEST(VideoSyncModelsVideoFile, countsLetterCaseOfItsName)
+TEST(VideoSyncModelsVideoFile, distinguishesLetterCaseInItsName)
 {
     VideoFile lower = clip();
     lower.fileName = "clip.mov";
@@ -124,7 +124,7 @@ TEST(Location, leadsToItsParent)
     EXPECT_EQ(Location("/").deletingLastPathComponent().path(), "/");
 }
 
-TEST(Location, appendsWhatBeginsWithASeparatorToo)
+TEST(Location, appendsTextsThatBeginWithASeparator)
 {
     EXPECT_EQ(Location("/media/A").appending("DCIM/x.mov").path(), "/media/A/DCIM/x.mov");
     EXPECT_EQ(Location("/media/A").appending("/card/x.mov").path(), "/media/A/card/x.mov");

@@ -19,11 +19,11 @@
 namespace reelkeep {
 namespace {
 
-/// Yields listed files instead of walking a disk, as a walk does: only those whose names are wanted.
+/// Yields listed files instead of walking a disk; like a walk, only those whose names are wanted.
 class ListedFiles : public LinuxFileManager {
 public:
     std::map<std::string, std::vector<Entry>> below;
-    std::set<std::string> slow; ///< Roots that end only when they are told to stop.
+    std::set<std::string> slow; ///< Roots whose walks end only when they are stopped.
 
     void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
                       const std::stop_token& stop) const override
@@ -122,7 +122,7 @@ TEST(VideoSyncServiceScanVideoFiles, fillsEveryFieldOfTheRecord)
     EXPECT_EQ(VideoSyncService::scanVideoFiles(Location("/card"), files), expected);
 }
 
-TEST(VideoSyncServiceScanVideoFiles, leavesSizeZeroAndDateAbsentWhereNoneIsReported)
+TEST(VideoSyncServiceScanVideoFiles, leavesSizeZeroAndDateAbsentIfNoneIsReported)
 {
     ListedFiles files;
     files.below["/card"] = {{.url = Location("/card/x.mov"), .size = 0, .contentModificationDate = std::nullopt}};
@@ -152,7 +152,7 @@ TEST(VideoSyncServiceScanVideoFiles, removesEveryOccurrenceOfTheRoot)
     EXPECT_EQ(found[0].url.path(), "/Volumes/A/x/Volumes/A/y.mov");
 }
 
-TEST(VideoSyncServiceScanVideoFiles, doesNotLookForTheRootInWhatARemovalJoined)
+TEST(VideoSyncServiceScanVideoFiles, doesNotRemoveTheRootFromTextThatARemovalJoined)
 {
     ListedFiles files;
     files.below["/a"] = {file("/a/x/a/a/y.mov"), file("/a/x//a/a/y.mov")};
@@ -189,7 +189,7 @@ TEST(VideoSyncServiceScanVideoFiles, joinsItsRootsInTheirOrder)
     EXPECT_TRUE(VideoSyncService::scanVideoFiles(std::vector<Location>{}, files).empty());
 }
 
-TEST(VideoSyncServiceScanVideoFiles, listsAFileTwiceThatTwoRootsReach)
+TEST(VideoSyncServiceScanVideoFiles, listsAFileTwiceIfTwoRootsContainIt)
 {
     ListedFiles files;
     files.below["/A"] = {file("/A/x/a.mov")};
@@ -239,7 +239,7 @@ TEST(VideoSyncServiceAnalyse, scansAllDisksAtOnceAndComparesThem)
     EXPECT_EQ(found.scannedDestinationRoots, reviewed);
 }
 
-TEST(VideoSyncServiceAnalyse, scansEverythingOfOneDiskOneAfterTheOther)
+TEST(VideoSyncServiceAnalyse, scansTheRootsOfOneDiskOneAfterAnother)
 {
     RecordingFileManager files;
     const TemporaryFolder disk;
@@ -249,14 +249,14 @@ TEST(VideoSyncServiceAnalyse, scansEverythingOfOneDiskOneAfterTheOther)
                                     "regularFiles " + (disk / "a").path()}));
 }
 
-TEST(VideoSyncServiceScanVideoFiles, endsWhenItIsToldToStop)
+TEST(VideoSyncServiceScanVideoFiles, endsWhenItIsStopped)
 {
     std::stop_source source;
     source.request_stop();
     EXPECT_THROW(VideoSyncService::scanVideoFiles(Location("/A"), ListedFiles(), source.get_token()), Stopped);
 }
 
-TEST(VideoSyncServiceScanVideoFiles, findsOnADiskWhatIsNeitherHiddenNorInsideAPackage)
+TEST(VideoSyncServiceScanVideoFiles, findsVideosOnADiskThatAreNeitherHiddenNorInAPackage)
 {
     const TemporaryFolder disk;
     disk.file("DCIM/100CANON/CLIP.MOV", "12345");

@@ -11,7 +11,7 @@
 namespace reelkeep {
 namespace {
 
-TEST(Disk, isOneForAllPlacesOnIt)
+TEST(Disk, isTheSameForEveryPathOnIt)
 {
     const TemporaryFolder memory("/dev/shm");
     const Disk one = diskHolding(memory.folder("a/b"));
@@ -19,17 +19,17 @@ TEST(Disk, isOneForAllPlacesOnIt)
     EXPECT_EQ(diskHolding(memory.file("c/x.mov")).id, one.id);
 }
 
-TEST(Disk, isAnotherForAnotherFileSystem)
+TEST(Disk, differsBetweenFileSystems)
 {
     EXPECT_NE(diskHolding(Location("/proc")).id, diskHolding(Location("/dev/shm")).id);
 }
 
-TEST(Disk, isReadBySeveralWhereNothingTurns)
+TEST(Disk, isReadBySeveralThreadsUnlessItSpins)
 {
     EXPECT_GT(diskHolding(Location("/dev/shm")).walkers, 1U);
 }
 
-/// A place, and a system whose disk of this name holds it.
+/// A made-up list of the system's devices, in which `place` is the entry of the one that holds the test's folder.
 class DiskKnown : public testing::Test {
 protected:
     DiskKnown()
@@ -38,7 +38,7 @@ protected:
         EXPECT_EQ(::stat(system.location().path().c_str(), &status), 0);
         place = "devices/" + std::to_string(major(status.st_dev)) + ":" + std::to_string(minor(status.st_dev));
     }
-    /// Reads as from `device`, a path below the system's disks.
+    /// The disk that is found if the entry leads to `device`, a path in the list.
     Disk diskOf(const std::string& device)
     {
         system.folder("devices");
@@ -51,7 +51,7 @@ protected:
     std::string place;
 };
 
-TEST_F(DiskKnown, isReadByOneWhereItTurns)
+TEST_F(DiskKnown, isReadByOneThreadIfItSpins)
 {
     system.file("sda/queue/rotational", "1\n");
     system.file("sdb/queue/rotational", "0\n");
@@ -59,11 +59,11 @@ TEST_F(DiskKnown, isReadByOneWhereItTurns)
     system.folder("sdc");
     EXPECT_EQ(diskOf("sda").walkers, 1U);
     EXPECT_EQ(diskOf("sdb").walkers, 8U);
-    EXPECT_EQ(diskOf("vda").walkers, 8U) << "virtual ones claim to turn";
-    EXPECT_EQ(diskOf("sdc").walkers, 8U) << "does not tell";
+    EXPECT_EQ(diskOf("vda").walkers, 8U) << "virtual disks claim to spin";
+    EXPECT_EQ(diskOf("sdc").walkers, 8U) << "does not report it";
 }
 
-TEST_F(DiskKnown, isTheWholeOneBelowPartitionsAndVolumes)
+TEST_F(DiskKnown, isTheWholeDiskBelowPartitionsAndVolumes)
 {
     system.file("sda/queue/rotational", "1\n");
     system.file("sda/sda1/partition", "1\n");
@@ -77,7 +77,7 @@ TEST_F(DiskKnown, isTheWholeOneBelowPartitionsAndVolumes)
     }
 }
 
-TEST(Disk, isUnknownAndReadByOneWhereNothingStands)
+TEST(Disk, isUnknownAndReadByOneThreadIfThePathDoesNotExist)
 {
     const Disk unknown = diskHolding(Location("/nowhere/at all"));
     EXPECT_EQ(unknown.id, "");

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int videosOnTheCard = 300;
 
-/// Three hundred videos in thirty folders, twenty of which lie below the others, and as many other files.
+/// 300 videos in 30 folders, 20 of them subfolders of the other ten, and as many other files.
 void fillWithVideos(const Location& card)
 {
     for (int i = 0; i < videosOnTheCard; ++i) {
@@ -46,7 +46,7 @@ Outcome scan(const Location& card, std::size_t complete = videosOnTheCard)
 
 class FailingDiskScan : public testing::TestWithParam<const char*> {
 protected:
-    static constexpr int mebibytes = 320; // xfs makes none smaller than 300
+    static constexpr int mebibytes = 320; // xfs needs at least 300
 
     void SetUp() override
     {
@@ -55,13 +55,13 @@ protected:
     }
 };
 
-TEST_P(FailingDiskScan, givesTheWholeListOrAnErrorFromAnyReadOn)
+TEST_P(FailingDiskScan, givesTheWholeListOrAnErrorIfReadsFailFromAnyMoment)
 {
     FaultDisk below(mebibytes);
     MountedDisk card(GetParam(), below);
     fillWithVideos(card.location());
     card.takeOut();
-    card.putIn(); // nothing is known beforehand
+    card.putIn(); // with nothing cached
     const std::uint64_t readsBefore = below.control().reads;
     ASSERT_EQ(scan(card.location()), Outcome::complete);
     const std::uint64_t reads = below.control().reads - readsBefore;
@@ -83,10 +83,10 @@ TEST_P(FailingDiskScan, givesTheWholeListOrAnErrorFromAnyReadOn)
     std::printf("%d reads in a scan; all failed from each of %d moments on: %d complete lists, %d errors, %d short\n",
                 static_cast<int>(reads), complete + errors + shortLists, complete, errors, shortLists);
     EXPECT_EQ(shortLists, 0);
-    EXPECT_GE(errors, 5) << "too few of them matter for the test to mean anything";
+    EXPECT_GE(errors, 5) << "too few of the reads matter for the test to prove anything";
 }
 
-/// A program may open only so many files; a walk keeps folders open that lie above those it reads.
+/// The number of open files is limited, and a walk keeps the parents of the folder that it reads open.
 TEST(FailingDiskFewDescriptors, givesTheWholeListOrAnError)
 {
     constexpr int depth = 40;

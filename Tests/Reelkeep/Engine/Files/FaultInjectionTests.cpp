@@ -115,7 +115,7 @@ protected:
         EXPECT_TRUE(result == "done" || result.find(": ") != std::string::npos) << result;
         EXPECT_EQ(contentOf(memory / "disk/neighbour.mov"), "foreign");
         EXPECT_EQ(fs::last_write_time((memory / "card/new/x.mov").path()), modified);
-        const bool isTakenOver = plan.call == "flock" && plan.errorNumber == EWOULDBLOCK; // by whoever has the lock
+        const bool isTakenOver = plan.call == "flock" && plan.errorNumber == EWOULDBLOCK; // by the holder of the lock
         // What cannot be compared is not removed.
         static const std::set<std::string> removal = {"", "unlinkat", "statx", "fstat", "fstatat"};
         const bool cannotRemove = plan.times > 1 && removal.count(plan.call) > 0;
@@ -151,7 +151,7 @@ TEST_P(FaultInjection, neverHurtsAVideoWhateverFails)
     for (std::size_t number = 0; number < plans.size(); number += stride) {
         faults::Plan& plan = plans[number];
         if ((plan.call == "fstatat" || plan.call == "statx") && plan.errorNumber == ENOENT)
-            continue; // not a failure but an answer, and a false one
+            continue; // not a failure but a wrong answer
         SCOPED_TRACE(describe(plan));
         plan.refusals = GetParam().refusals;
         prepareDisk();
@@ -194,7 +194,7 @@ TEST(FaultInjectionReadAhead, neverFailsWhateverFails)
     LinuxFileManager().beginCopying({})->readAhead(memory.folder("folder.mov"));
 }
 
-/// No FAT32 driver is at hand where this is tested, so a disk in memory says it is one.
+/// There may be no FAT32 driver here, so a disk in memory claims to be FAT32.
 TEST(FaultInjectionFat32, refusesAtOnceAFileOfFourGigabytes)
 {
     const TemporaryFolder memory("/dev/shm");

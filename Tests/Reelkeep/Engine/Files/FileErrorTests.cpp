@@ -62,7 +62,7 @@ constexpr Case cases[] = {
     {ESTALE, "el disco se ha desconectado"},
 };
 
-TEST(FileError, saysPathAndReasonInTheUsersWords)
+TEST(FileError, givesPathAndReasonInTheUsersWords)
 {
     for (const auto& [errorNumber, reason] : cases) {
         const FileError error("/media/disk/CLIP.MOV", errorNumber);
@@ -80,20 +80,20 @@ TEST(FileError, isWrittenWithoutAccents)
     }
 }
 
-TEST(FileError, givesTheSystemsTextForTheRest)
+TEST(FileError, givesTheSystemsTextForEveryOtherError)
 {
     EXPECT_EQ(FileError("/x", ENOTTY).what(),
               "/x: error 25 del sistema (" + std::error_code(ENOTTY, std::generic_category()).message() + ").");
 }
 
-TEST(FileError, endsThePathInItsNameAndNotInASeparator)
+TEST(FileError, dropsTrailingSeparatorsOfThePath)
 {
     EXPECT_STREQ(FileError("/card/DCIM/", EIO, "no se puede leer").what(), "/card/DCIM: no se puede leer.");
     EXPECT_EQ(FileError("/card/DCIM//", ENOENT).path(), "/card/DCIM");
     EXPECT_EQ(FileError("/", ENOENT).path(), "/");
 }
 
-TEST(FileError, takesAReasonOfItsOwn)
+TEST(FileError, acceptsAnyReason)
 {
     EXPECT_STREQ(FileError("/x", 0, "ha cambiado durante la copia").what(), "/x: ha cambiado durante la copia.");
 }
@@ -117,20 +117,20 @@ protected:
     bool removesFolder = false;
 };
 
-TEST_F(FileErrorCreation, blamesTheNameAsLongAsTheFolderIsThere)
+TEST_F(FileErrorCreation, blamesTheNameWhileTheFolderExists)
 {
     for (const int errorNumber : {ENOENT, EINVAL, EILSEQ})
         EXPECT_EQ(textFor(errorNumber), "/disk/A:B.MOV: este disco no admite ese nombre.");
     EXPECT_EQ(textFor(ENOSPC), "/disk/A:B.MOV: no queda espacio en el disco.");
 }
 
-TEST_F(FileErrorCreation, saysNotFoundOnceTheFolderHasGone)
+TEST_F(FileErrorCreation, reportsNotFoundOnceTheFolderIsGone)
 {
     removesFolder = true;
     EXPECT_EQ(textFor(ENOENT), "/disk/A:B.MOV: no se encuentra.");
 }
 
-TEST(FileErrorReading, tellsADamagedDiskFromOneThatWasPulledOut)
+TEST(FileErrorReading, distinguishesADamagedDiskFromOneThatWasPulledOut)
 {
     const dev_t network = makedev(0, 42);
     const dev_t gone = makedev(254, 1'000'000); // no such disk
@@ -140,7 +140,7 @@ TEST(FileErrorReading, tellsADamagedDiskFromOneThatWasPulledOut)
     EXPECT_STREQ(readError("/card/x.mov", ENOTCONN, network).what(), "/card/x.mov: el disco se ha desconectado.");
 }
 
-TEST(FileErrorWriting, tellsADamagedDiskFromOneThatWasPulledOut)
+TEST(FileErrorWriting, distinguishesADamagedDiskFromOneThatWasPulledOut)
 {
     const dev_t gone = makedev(254, 1'000'000);
     EXPECT_STREQ(writeError("/disk/x.mov", EIO, 0).what(),

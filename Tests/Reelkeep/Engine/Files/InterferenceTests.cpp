@@ -20,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 using Names = std::vector<std::string>;
 
-/// What the disk does not know decides by which way a copy gets its name.
+/// What a disk does not support decides how a copy gets its name there.
 struct Way {
     const char* name;
     std::map<std::string, int> refusals;
@@ -31,7 +31,7 @@ void PrintTo(const Way& way, std::ostream* stream)
     *stream << way.name;
 }
 
-/// Another program has its hands on the target at one exact moment of a copy.
+/// Another program changes something at one exact moment of a copy.
 class Interference : public testing::TestWithParam<Way> {
 protected:
     Interference() : memory("/dev/shm") { memory.file("card/x.mov", "our video"); }
@@ -46,7 +46,7 @@ protected:
     }
     void clear() const { fs::remove_all((memory / "elsewhere").path()); }
 
-    /// The calls of the copy, with the deed done right before the one of that number, counted without the refused.
+    /// The system calls of a copy. `deed` runs right before the call of that number; refused calls are not counted.
     Names copy(std::size_t number, const std::function<void()>& deed)
     {
         const FaultyCopy copy = copyWith({.occurrence = number, .refusals = GetParam().refusals, .deed = deed},
@@ -82,7 +82,7 @@ protected:
         struct stat status = {};
         return ::lstat(place.path().c_str(), &status) == 0 ? status.st_ino : 0;
     }
-    /// The names in the disk's folder that are hidden.
+    /// The hidden names in the disk's folder.
     std::vector<std::string> hidden() const
     {
         auto names = everythingBelow(memory / "disk");
@@ -95,15 +95,15 @@ protected:
     int errorNumber = 0;
 };
 
-/// One moment cannot be guarded on a disk that can only replace: that between the last look and the renaming.
+/// On a disk that can only replace, one moment cannot be guarded: that between the last check and the rename.
 bool isUnguarded(const Names& moments, std::size_t number)
 {
     return moments[number - 1] == "renameat" &&
            std::count(moments.begin(), moments.begin() + std::ptrdiff_t(number), "mknodat") > 0;
 }
 
-/// The call that gives a name, and on a disk that can only replace the last look at the target before it, come right
-/// after the comparison.
+/// Whether this call comes right after the comparison: it gives the name or, on a disk that can only replace, is the
+/// last check of the target.
 bool isBetweenComparisonAndName(const Names& moments, std::size_t number)
 {
     static const std::set<std::string> naming = {"renameat2", "linkat", "renameat"};
@@ -116,7 +116,7 @@ TEST_P(Interference, neverLosesAFileThatIsMovedToTheTarget)
     const Names calls = moments();
     for (std::size_t number = 1; number <= calls.size(); ++number) {
         for (const std::string kind : {"empty", "written", "link"}) {
-            // Over our reservation an empty file looks like that: there is nothing in it to lose.
+            // An empty file over our reservation looks the same, and holds nothing to lose.
             const bool isReserved =
                 std::count(calls.begin(), calls.begin() + std::ptrdiff_t(number) - 1, "mknodat") > 0;
             if (isUnguarded(calls, number) || (isReserved && kind == "empty"))
@@ -151,7 +151,7 @@ TEST_P(Interference, neverLosesWhatIsWrittenToTheTarget)
     }
 }
 
-TEST_P(Interference, neverPublishesWhatWasRemovedMeanwhile)
+TEST_P(Interference, neverPublishesAFileThatWasRemovedMeanwhile)
 {
     const Names calls = moments();
     for (std::size_t number = 1; number <= calls.size(); ++number) {
@@ -165,7 +165,7 @@ TEST_P(Interference, neverPublishesWhatWasRemovedMeanwhile)
     }
 }
 
-TEST_P(Interference, tellsThatItsOwnFileIsGone)
+TEST_P(Interference, reportsThatItsOwnFileIsGone)
 {
     const Names calls = moments();
     std::size_t told = 0;
@@ -187,8 +187,8 @@ TEST_P(Interference, tellsThatItsOwnFileIsGone)
     EXPECT_GT(told, 0U);
 }
 
-/// Whatever stands at the hidden name when a step is done by name, only our own open file may be published or removed.
-TEST_P(Interference, neitherPublishesNorRemovesWhatReplacesItsHiddenFile)
+/// Steps by name publish or remove only our own open file, whatever the hidden name refers to by then.
+TEST_P(Interference, neitherPublishesNorRemovesAFileThatReplacesItsHiddenOne)
 {
     const Names calls = moments();
     std::size_t noticed = 0;
@@ -220,8 +220,8 @@ TEST_P(Interference, neitherPublishesNorRemovesWhatReplacesItsHiddenFile)
     EXPECT_GT(noticed, 10U);
 }
 
-/// Marked, linked or given other rights by another program: the video is the same.
-TEST_P(Interference, copiesASourceOfWhichOnlyTheAttributesChange)
+/// Another program marks it, links it or changes its permissions; the video stays the same.
+TEST_P(Interference, copiesASourceIfOnlyItsAttributesChange)
 {
     const std::string video = (memory / "card/x.mov").path();
     const std::vector<std::function<void()>> deeds = {
@@ -243,8 +243,8 @@ TEST_P(Interference, copiesASourceOfWhichOnlyTheAttributesChange)
     }
 }
 
-/// As a program does that wants to hide it: only the time of the last change of attributes shows it.
-TEST_P(Interference, noticesARewriteThatPutsSizeAndTimeBack)
+/// As a program does that hides its change: only the time of the last change of attributes gives it away.
+TEST_P(Interference, noticesARewriteThatRestoresSizeAndTime)
 {
     const Names calls = moments();
     const Location video = memory / "card/x.mov";
@@ -298,7 +298,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, Interference,
                                          Way{"overAReservation", {{"renameat2", EINVAL}, {"linkat", EPERM}}}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
-/// A power cut in between must not leave an empty file that no later run recognises.
+/// A power cut in between must not leave an empty file that no later run recognises as ours.
 TEST(InterferenceReservation, isMadeOnlyOnceTheSealedNameIsOnTheDisk)
 {
     const TemporaryFolder memory("/dev/shm");
@@ -311,8 +311,8 @@ TEST(InterferenceReservation, isMadeOnlyOnceTheSealedNameIsOnTheDisk)
     EXPECT_EQ(Names(sealed, sealed + 3), (Names{"renameat", "fsync", "mknodat"}));
 }
 
-/// Between the first look and the second nobody can be in the middle of changing the folder.
-TEST(InterferenceReservation, isLookedAtOnceMoreBeforeItIsReplaced)
+/// Another program that was just changing the folder at the first check has finished by the second.
+TEST(InterferenceReservation, isCheckedTwiceBeforeItIsReplaced)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk");
@@ -325,7 +325,7 @@ TEST(InterferenceReservation, isLookedAtOnceMoreBeforeItIsReplaced)
               (Names{"mknodat", "statx", "fstat", "fstatat", "renameat2", "statx", "renameat"}));
 }
 
-/// Without a right to keep its time of access a file is opened once more, and no less carefully.
+/// If we may not preserve its access time, the file is opened a second time, and no less carefully.
 TEST(InterferenceSourceLink, isNeverFollowed)
 {
     const TemporaryFolder memory("/dev/shm");

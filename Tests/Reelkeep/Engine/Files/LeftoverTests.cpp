@@ -28,7 +28,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What the disk does not know decides by which way a copy gets its name.
+/// What a disk does not support decides how a copy gets its name there.
 using Refusals = std::map<std::string, int>;
 const std::map<std::string, Refusals> ways = {
     {"byRename", {}},
@@ -43,7 +43,7 @@ protected:
     Location growing() const { return memory / ("disk/" + growingName("x.mov", {})); }
     Location sealed() const { return memory / ("disk/" + sealedName("x.mov", {})); }
     Location target() const { return memory / "disk/x.mov"; }
-    /// The text of the failure; empty without one.
+    /// The text of the failure, or an empty one.
     std::string copy(const faults::Plan& plan = {}) const
     {
         return copyWith(plan, memory / "card/x.mov", target()).failure;
@@ -67,7 +67,7 @@ void makeSocket(const std::string& path)
     ASSERT_EQ(::bind(endpoint.get(), reinterpret_cast<const struct sockaddr*>(&address), sizeof address), 0);
 }
 
-TEST_F(LeftoverTest, thatIsNoFileIsLeftAloneAndTheCopyGoesOn)
+TEST_F(LeftoverTest, thatIsNotAFileIsLeftAloneAndTheCopyGoesOn)
 {
     const std::map<std::string, std::function<void(const std::string&)>> obstacles = {
         {"folder", [](const std::string& path) { fs::create_directory(path); }},
@@ -115,7 +115,7 @@ TEST_F(LeftoverTest, ofAnotherUserIsLeftAloneAndTheCopyGoesOn)
     }
 }
 
-TEST_F(LeftoverTest, isNamedIfNoOtherNameCanBeHad)
+TEST_F(LeftoverTest, isReportedIfNoOtherNameIsFree)
 {
     empty();
     fs::create_directory(growing().path());
@@ -143,14 +143,13 @@ TEST_F(LeftoverTest, staysIfThereIsNoLockService)
             EXPECT_EQ(copy({.refusals = all}), "");
             EXPECT_EQ(contentOf(target()), "our video");
             EXPECT_EQ(contentOf(growing()), "may be a living run's");
-            EXPECT_EQ(onDisk().size(), 2U) << "its own hidden file is gone";
+            EXPECT_EQ(onDisk().size(), 2U) << "its own hidden file must be gone";
         }
     }
 }
 
-/// Locks and attributes may not be shared between the machines that write to a network disk.
-/// The empty file may be a living run's, in the act of publishing.
-TEST_F(LeftoverTest, ofAReservationStaysAndIsNamedIfItCannotBeLocked)
+/// The empty file may belong to another run that is just publishing.
+TEST_F(LeftoverTest, ofAReservationStaysAndIsReportedIfItCannotBeLocked)
 {
     empty();
     memory.file("disk/" + std::string(sealed().lastPathComponent()), "whole");
@@ -160,13 +159,14 @@ TEST_F(LeftoverTest, ofAReservationStaysAndIsNamedIfItCannotBeLocked)
     EXPECT_EQ(onDisk().size(), 2U);
 }
 
+/// Locks and attributes may not be shared between the machines that write to a network disk.
 TEST_F(LeftoverTest, onASharedDiskIsRemovedOnlyIfItHasNotChangedForTenMinutes)
 {
     const faults::Plan shared = {.mount = std::uint64_t(1) << 40U};
     const std::string name = "disk/" + std::string(growing().lastPathComponent());
     const auto setAge = [&](long seconds) {
         const auto time = fs::file_time_type::clock::now() - std::chrono::seconds(seconds);
-        fs::last_write_time((memory / name).path(), time); // its attributes are new all the same
+        fs::last_write_time((memory / name).path(), time); // this changes its attributes now
     };
     empty();
     memory.file(name, "may be another machine's");
@@ -185,7 +185,7 @@ TEST_F(LeftoverTest, onASharedDiskIsRemovedOnlyIfItHasNotChangedForTenMinutes)
 
     memory.file(name, "half");
     fs::remove(target().path());
-    EXPECT_EQ(copy(), "") << "on a disk of this machine at once";
+    EXPECT_EQ(copy(), "") << "at once on a disk of this machine";
     EXPECT_EQ(onDisk(), std::vector<std::string>{"x.mov"});
 }
 
@@ -205,7 +205,7 @@ TEST_F(LeftoverTest, ofAWriteProtectedClipIsReplaced)
     }
 }
 
-TEST_F(LeftoverTest, thatALivingRunHoldsEndsTheCopyOnEveryWay)
+TEST_F(LeftoverTest, thatAnotherRunHoldsEndsTheCopyOnEveryKindOfDisk)
 {
     for (const auto& [way, refusals] : ways) {
         for (const Location& place : {growing(), sealed()}) {

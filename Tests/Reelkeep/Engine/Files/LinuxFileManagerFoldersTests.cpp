@@ -22,7 +22,7 @@ std::string createDirectoryFailure(const Location& folder)
     }
 }
 
-/// Of more bytes than a system call takes, in names that it takes.
+/// A path that is too long for a system call, of names that are not.
 Location longPathBelow(const TemporaryFolder& root)
 {
     Location path = root.location();
@@ -38,7 +38,7 @@ TEST(LinuxFileManagerFoldersCreateDirectory, makesEveryMissingFolder)
     EXPECT_TRUE(fs::is_directory((root / "a/b/c").path()));
 }
 
-TEST(LinuxFileManagerFoldersCreateDirectory, acceptsWhatExists)
+TEST(LinuxFileManagerFoldersCreateDirectory, acceptsFoldersThatExist)
 {
     const TemporaryFolder root;
     root.folder("a");
@@ -59,7 +59,7 @@ TEST(LinuxFileManagerFoldersCreateDirectory, worksBeyondTheLongestPath)
     EXPECT_EQ(createDirectoryFailure(deep), "none");
 }
 
-TEST(LinuxFileManagerFoldersCreateDirectory, saysWhatIsInTheWay)
+TEST(LinuxFileManagerFoldersCreateDirectory, reportsWhatIsInTheWay)
 {
     const TemporaryFolder root;
     root.file("file");
@@ -72,14 +72,14 @@ TEST(LinuxFileManagerFoldersCreateDirectory, saysWhatIsInTheWay)
               (root / "link").path() + ": hay un enlace roto donde hace falta una carpeta.");
 }
 
-TEST(LinuxFileManagerFoldersCreateDirectory, saysThatANameIsTooLong)
+TEST(LinuxFileManagerFoldersCreateDirectory, reportsThatANameIsTooLong)
 {
     const TemporaryFolder root;
     const Location folder = root / std::string(256, 'n');
     EXPECT_EQ(createDirectoryFailure(folder), folder.path() + ": el nombre es demasiado largo.");
 }
 
-TEST(LinuxFileManagerFoldersCreateDirectory, saysThatItIsNotAllowed)
+TEST(LinuxFileManagerFoldersCreateDirectory, reportsThatItIsNotAllowed)
 {
     const TemporaryFolder root;
     fs::permissions(root.location().path(), fs::perms(0555));
@@ -98,7 +98,7 @@ TEST(LinuxFileManagerFoldersFileExists, seesEveryKindOfEntry)
     EXPECT_TRUE(LinuxFileManager().fileExists(Location("/")));
 }
 
-TEST(LinuxFileManagerFoldersFileExists, isFalseWhereNothingCanStand)
+TEST(LinuxFileManagerFoldersFileExists, isFalseIfNothingCanBeThere)
 {
     const TemporaryFolder root;
     root.file("file");
@@ -109,7 +109,7 @@ TEST(LinuxFileManagerFoldersFileExists, isFalseWhereNothingCanStand)
     EXPECT_FALSE(LinuxFileManager().fileExists((root / "file").appending(longPathBelow(root).path())));
 }
 
-TEST(LinuxFileManagerFoldersFileExists, failsWhereItCannotBeTold)
+TEST(LinuxFileManagerFoldersFileExists, failsIfItCannotBeDetermined)
 {
     const TemporaryFolder root;
     EXPECT_THROW(LinuxFileManager().fileExists(root / std::string(256, 'n')), FileError);

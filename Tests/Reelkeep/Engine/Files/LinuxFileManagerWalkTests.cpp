@@ -95,7 +95,7 @@ TEST_F(LinuxFileManagerWalk, goesDepthFirstInTheOrderOfTheFileSystem)
         root.file("d" + std::to_string(i) + "/in.mov");
         root.file("d" + std::to_string(i) + "/e/deep.mov");
     }
-    std::vector<std::string> expected; // the library's iterator walks depth first, in the order of the file system
+    std::vector<std::string> expected; // the standard iterator walks depth first too, in the order of the file system
     for (const auto& entry : fs::recursive_directory_iterator(root.location().path()))
         if (entry.is_regular_file())
             expected.push_back(entry.path().string());
@@ -130,7 +130,7 @@ TEST_F(LinuxFileManagerWalk, goesIntoTheStructuresOfCameras)
     EXPECT_EQ(found().size(), 2U);
 }
 
-TEST_F(LinuxFileManagerWalk, takesAFileForNoPackage)
+TEST_F(LinuxFileManagerWalk, takesNoFileForAPackage)
 {
     EXPECT_TRUE(entriesBelow(root.location(), isMovie).empty());
     root.file("x.app");
@@ -164,17 +164,17 @@ TEST_F(LinuxFileManagerWalk, walksARootThatIsALink)
     EXPECT_EQ(pathsBelow(root / "link"), std::vector<std::string>{(root / "link/x.mov").path()});
 }
 
-TEST_F(LinuxFileManagerWalk, takesRegularFilesOnly)
+TEST_F(LinuxFileManagerWalk, findsRegularFilesOnly)
 {
     root.folder("folder.mov");
     ASSERT_EQ(::mkfifo((root / "pipe.mov").path().c_str(), 0600), 0);
     EXPECT_TRUE(found().empty());
 }
 
-TEST_F(LinuxFileManagerWalk, findsNothingBelowARootThatIsMissingOrNoFolder)
+TEST_F(LinuxFileManagerWalk, findsNothingBelowARootThatIsMissingOrNotAFolder)
 {
     EXPECT_TRUE(pathsBelow(root / "missing").empty());
-    ASSERT_EQ(::mkfifo((root / "pipe").path().c_str(), 0600), 0); // to open it would wait for somebody who writes
+    ASSERT_EQ(::mkfifo((root / "pipe").path().c_str(), 0600), 0); // opening it would block until it has a writer
     EXPECT_TRUE(pathsBelow(root / "pipe").empty());
     EXPECT_TRUE(pathsBelow(root.file("x.mov")).empty());
     fs::create_symlink("loop", (root / "loop").path());
@@ -237,7 +237,7 @@ TEST_F(LinuxFileManagerWalk, passesOverAFolderThatMayNotBeEnteredAndHoldsHiddenE
     EXPECT_EQ(outcomeUnprivileged(), "x.mov ");
 }
 
-TEST_F(LinuxFileManagerWalk, keepsNamesThatAreNoText)
+TEST_F(LinuxFileManagerWalk, keepsNamesThatAreNotText)
 {
     root.file("\xff\xfe.mov");
     root.file("line\nbreak.mov");
@@ -245,7 +245,7 @@ TEST_F(LinuxFileManagerWalk, keepsNamesThatAreNoText)
     EXPECT_EQ(found(), std::vector<std::string>({"-rf.mov", "line\nbreak.mov", "\xff\xfe.mov"}));
 }
 
-TEST_F(LinuxFileManagerWalk, readsWithAsManyThreadsAsAreAskedFor)
+TEST_F(LinuxFileManagerWalk, readsWithTheGivenNumberOfThreads)
 {
     for (int i = 0; i < 200; ++i)
         root.file(std::to_string(i) + "/x.mov");
@@ -265,7 +265,7 @@ TEST_F(LinuxFileManagerWalk, readsWithAsManyThreadsAsAreAskedFor)
     }
 }
 
-TEST_F(LinuxFileManagerWalk, leavesOutADateThatCannotBeTold)
+TEST_F(LinuxFileManagerWalk, leavesOutADateThatCannotBeRepresented)
 {
     const TemporaryFolder memory("/dev/shm");
     const Location file = memory.file("x.mov");
@@ -284,7 +284,7 @@ TEST_F(LinuxFileManagerWalk, leavesOutADateThatCannotBeTold)
         EXPECT_EQ(dateAt(seconds), std::nullopt);
 }
 
-/// A chain of folders with a file in each, made and removed step by step: paths become longer than calls take.
+/// A chain of folders with a file in each, made and removed step by step: its paths are too long for system calls.
 class LinuxFileManagerWalkDeep : public LinuxFileManagerWalk {
 protected:
     static constexpr int depth = 2500;
@@ -366,7 +366,7 @@ TEST_F(LinuxFileManagerWalk, leavesNothingOpen)
 TEST_F(LinuxFileManagerWalk, leavesAccessTimesOfOwnFoldersAlone)
 {
     const std::string folder = root.folder("a").path();
-    const struct timespec old[] = {{1'000'000'000, 0}, {1'100'000'000, 0}}; // older than modified: due for an update
+    const struct timespec old[] = {{1'000'000'000, 0}, {1'100'000'000, 0}}; // older than the change: due for an update
     ASSERT_EQ(::utimensat(AT_FDCWD, folder.c_str(), old, 0), 0);
     found();
     struct stat status = {};

@@ -29,13 +29,13 @@ protected:
     }
 };
 
-TEST_P(PulledDiskTest, isAnErrorInMidScanAndNoShorterList)
+TEST_P(PulledDiskTest, isAnErrorInMidScanAndNotAShorterList)
 {
     for (int afterNames = 1; afterNames <= 30; afterNames += 4) {
         MountedDisk disk(GetParam());
         fill(disk.location());
         if (std::string(GetParam()) != "tmpfs")
-            disk.remount(); // nothing is known beforehand
+            disk.remount(); // with nothing cached
         std::atomic<int> names = 0;
         const auto pullAtTheName = [&](std::string_view) {
             if (++names == afterNames)
@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(OnA, PulledDiskTest, testing::Values("ntfs", "exfat"),
 
 class PulledDiskDetached : public PulledDiskTest {};
 
-TEST_P(PulledDiskDetached, isReadToItsEndOrAnErrorInMidScan)
+TEST_P(PulledDiskDetached, isReadCompletelyOrAnErrorInMidScan)
 {
     const TemporaryFolder original;
     std::string deep;

@@ -27,7 +27,7 @@ enum class Deed { createFile, replaceByFile, makeFolder, makeLink, remove, creat
 
 const std::string foreign = "foreign";
 
-/// Does it and returns whether the name was taken by it: whatever then stands there must stay.
+/// Carries it out. Returns whether it took the name: what is there then must stay.
 bool commit(Deed deed, const Location& target, const Location& aside)
 {
     const std::string place = target.path();
@@ -54,14 +54,14 @@ bool commit(Deed deed, const Location& target, const Location& aside)
     return false;
 }
 
-/// One line per way in which a foreign entry was harmed or a video was left half.
+/// One line for each foreign entry that was harmed and each video that is incomplete.
 std::optional<std::string> harmAfter(Deed deed, bool isTaken, bool isCopied, const Location& target,
                                      const std::string& video)
 {
     struct stat status = {};
     const bool isThere = ::lstat(target.path().c_str(), &status) == 0;
     const bool isOurs = isThere && S_ISREG(status.st_mode) && contentOf(target) == video;
-    if (deed == Deed::createInOtherCase && isTaken && !isOurs) // the same entry where case does not count
+    if (deed == Deed::createInOtherCase && isTaken && !isOurs) // the same entry if the disk ignores case
         return isThere && contentOf(target) != foreign ? std::optional("other case harmed") : std::nullopt;
     if (deed == Deed::createInOtherCase)
         return isOurs ? std::nullopt : std::optional("not whole beside the other case");
@@ -84,8 +84,8 @@ struct Ground {
     const char* name;
     int fewRounds;
     int manyRounds;
-    /// Without a rename that refuses to replace and without links, a moment remains in which a file that another
-    /// program renames onto our empty reservation is replaced in turn. No call of the system closes it.
+    /// Without a rename that refuses to replace, and without links, there is a moment in which a file that another
+    /// program renames onto our empty reservation is replaced by ours. No system call closes it.
     bool protectsFromRenames;
 };
 
@@ -126,7 +126,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
     std::atomic<int> ready = 0;
     std::atomic<int> started = 0;
     std::atomic<int> finished = 0;
-    std::atomic<long> copyTime = 20'000; // nanoseconds, of the last copies: the deed falls into that time
+    std::atomic<long> copyTime = 20'000; // nanoseconds, of the last copies; the deed happens within that time
     std::atomic<bool> isTaken = false;
     std::atomic<bool> isOver = false;
     const auto placeOf = [&](int number) { return ground().appending(std::to_string(number) + "x.mov"); };
@@ -136,7 +136,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
         std::mt19937 random(7);
         for (int number = 1;; ++number) {
             ready = number;
-            while (started.load() < number) { // without leaving the processor: the copy takes a few microseconds
+            while (started.load() < number) { // spins, as the copy takes only microseconds
                 if (isOver)
                     return;
             }
@@ -152,7 +152,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
     int lost = 0;
     int copied = 0;
     int done = 0;
-    // Where the machine is busy, it can take more rounds until each of the two has been first.
+    // On a busy machine it can take more rounds until each of the two has been first.
     const auto isUndecided = [&] { return copied == 0 || copied == done; };
     for (int number = 1; number <= count || (number <= 50 * count && isUndecided()); number = ++done + 1) {
         const Location target = placeOf(number);
@@ -174,7 +174,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
             std::this_thread::yield();
         copied += isCopied ? 1 : 0;
         auto harm = harmAfter(deedOf(number), isTaken, isCopied, target, video);
-        if (harm) { // a FUSE disk remembers sizes for a second, for each letter case its own: ask the disk itself
+        if (harm) { // a FUSE disk caches sizes for a second, for each letter case separately: look past it
             std::ofstream("/proc/sys/vm/drop_caches") << "2\n";
             harm = harmAfter(deedOf(number), isTaken, isCopied, target, video);
         }

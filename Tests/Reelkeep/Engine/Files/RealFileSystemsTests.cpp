@@ -47,7 +47,7 @@ protected:
     }
 };
 
-TEST_F(RealFileSystemsDisk, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp)
+TEST_F(RealFileSystemsDisk, isIdentifiedByItsDeviceWhateverNumberTheFileSystemReports)
 {
     for (const char* kind : {"ext4", "xfs", "btrfs"}) {
         const MountedDisk disk(kind);
@@ -57,13 +57,13 @@ TEST_F(RealFileSystemsDisk, isKnownByItsDeviceWhateverNumberTheFileSystemMakesUp
         EXPECT_EQ(diskHolding(disk.location().appending("below")).id, id) << kind;
     }
     const MountedDisk disk("btrfs");
-    const Location volume = disk.location().appending("volume"); // which has yet another number
+    const Location volume = disk.location().appending("volume"); // a subvolume reports yet another number
     ASSERT_EQ(std::system(("btrfs -q subvolume create " + volume.path()).c_str()), 0);
     EXPECT_EQ(diskHolding(volume).id, diskHolding(disk.location()).id);
 }
 
-/// Processes that vanish while "/" is scanned are no reason to fail.
-TEST_F(RealFileSystemsDisk, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
+/// Processes that end while "/" is scanned must not make it fail.
+TEST_F(RealFileSystemsDisk, isNotEnteredIfItBelongsToTheKernelAndLiesBelowTheRoot)
 {
     const TemporaryFolder place;
     place.file("disk/x.mov");
@@ -86,16 +86,16 @@ TEST_F(RealFileSystemsDisk, isNotEnteredIfItIsTheKernelsOwnAndBelowTheRoot)
     }
     EXPECT_GT(mounted, 1);
     EXPECT_GT(entriesBelow(Location("/proc/self/net"), [](std::string_view) { return true; }).size(), 0U)
-        << "a chosen root is walked whatever it is";
+        << "a chosen root is always walked";
 }
 
-/// Two disks number their folders alike, so the one that was there is known by its disk too.
-TEST_F(RealFileSystemsDisk, isNotTakenForAnotherThatIsMountedOverItInTheMiddleOfAWalk)
+/// Two disks may give their folders the same numbers, so a folder is identified by its disk too.
+TEST_F(RealFileSystemsDisk, isNotConfusedWithAnotherThatIsMountedOverItDuringAWalk)
 {
     const TemporaryFolder place("/dev/shm");
     std::string deep = "card";
-    // So far below, with others waiting to be read, folders are closed and found again by their path. In whatever order
-    // a folder is listed, some come after the next one down.
+    // At this depth, with others waiting to be read, folders are closed and found again by their path. In whatever
+    // order a folder is listed, some of the others come after the next one down.
     for (int depth = 0; depth < 40; ++depth) {
         for (const char* waiting : {"/a", "/d", "/z"})
             place.folder(deep + waiting);
@@ -123,12 +123,12 @@ TEST_F(RealFileSystemsDisk, isNotTakenForAnotherThatIsMountedOverItInTheMiddleOf
         EXPECT_EQ(error.what(), folder.path() + ": no se encuentra.");
     }
     EXPECT_TRUE(isReplaced);
-    EXPECT_EQ(attributesOf(folder).st_ino, inode) << "this tests nothing if their numbers differ";
+    EXPECT_EQ(attributesOf(folder).st_ino, inode) << "the test needs the same number on both";
     for (int mounted = 0; mounted < 2; ++mounted)
         ::umount2(folder.path().c_str(), MNT_DETACH);
 }
 
-TEST_P(RealFileSystems, reachesTheEmptyListAndKeepsEveryByte)
+TEST_P(RealFileSystems, reachesAnEmptyListAndKeepsEveryByte)
 {
     const TemporaryFolder card;
     fillCard(card);
@@ -195,7 +195,7 @@ TEST_P(RealFileSystems, convergesAfterAnInterruption)
     expectOnlyWholeVideos(card.location(), disk.location());
 }
 
-TEST_P(RealFileSystems, isACardAsWell)
+TEST_P(RealFileSystems, canBeTheCardToo)
 {
     const TemporaryFolder original;
     fillCard(original);
@@ -207,7 +207,7 @@ TEST_P(RealFileSystems, isACardAsWell)
     expectOnlyWholeVideos(original.location(), disk.location());
 }
 
-TEST_P(RealFileSystems, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
+TEST_P(RealFileSystems, refusesEarlyAVideoThatDoesNotFitAndCopiesTheRest)
 {
     const TemporaryFolder card("/dev/shm");
     const Location large = card.file("large.mov", "");
@@ -225,7 +225,7 @@ TEST_P(RealFileSystems, refusesEarlyWhatDoesNotFitAndCopiesTheRest)
 INSTANTIATE_TEST_SUITE_P(OnA, RealFileSystems, testing::Values("ext4", "btrfs", "xfs", "ntfs", "exfat", "tmpfs"),
                          [](const auto& tested) { return std::string(tested.param); });
 
-TEST_F(RealFileSystemsDisk, saysThatExfatAdmitsNoSuchName)
+TEST_F(RealFileSystemsDisk, reportsANameThatExfatDoesNotAllow)
 {
     const MountedDisk disk("exfat");
     for (const char* name : {"a:b.mov", "what?.mov", "\xff\xfe.mov"}) {
@@ -241,7 +241,7 @@ TEST_F(RealFileSystemsDisk, saysThatExfatAdmitsNoSuchName)
     EXPECT_TRUE(everythingBelow(disk.location()).empty());
 }
 
-TEST_F(RealFileSystemsDisk, saysSoBeforeACopyOfManyMinutes)
+TEST_F(RealFileSystemsDisk, reportsAForbiddenNameBeforeALongCopy)
 {
     const MountedDisk disk("exfat");
     const TemporaryFolder card("/dev/shm");
@@ -251,7 +251,7 @@ TEST_F(RealFileSystemsDisk, saysSoBeforeACopyOfManyMinutes)
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(200));
 }
 
-TEST_F(RealFileSystemsDisk, leavesAVideoThatDiffersInLetterCaseOnlyAloneOnExfat)
+TEST_F(RealFileSystemsDisk, leavesAloneAVideoOnExfatThatDiffersOnlyInLetterCase)
 {
     const MountedDisk disk("exfat");
     const TemporaryFolder card;
@@ -273,7 +273,7 @@ TEST_F(RealFileSystemsDisk, keepsWholeVideosOnADiskThatFillsUp)
     expectOnlyWholeVideos(card.location(), disk.location());
 }
 
-TEST_F(RealFileSystemsDisk, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
+TEST_F(RealFileSystemsDisk, leavesNothingIfAnotherProgramFillsTheDiskDuringACopy)
 {
     const TemporaryFolder card("/dev/shm");
     card.file("x.mov", contentOfLength(64U << 20U, 7));
@@ -283,7 +283,7 @@ TEST_F(RealFileSystemsDisk, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
         struct stat status = {};
         waitUntil([&] { return ::stat(growing.path().c_str(), &status) == 0 && status.st_size > 0; });
         const int filler = ::open(disk.location().appending("filler").path().c_str(), O_CREAT | O_WRONLY, 0644);
-        constexpr off_t portion = 1 << 20; // A little at a time, so that it gets its share however fast the copy is.
+        constexpr off_t portion = 1 << 20; // Small, so that it gets its share however fast the copy is.
         for (off_t end = 0; ::posix_fallocate(filler, end, portion) == 0; end += portion) {
         }
         ::close(filler);
@@ -294,7 +294,7 @@ TEST_F(RealFileSystemsDisk, leavesNothingWhenAnotherFillsTheDiskDuringACopy)
     EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"filler"});
 }
 
-TEST_F(RealFileSystemsDisk, saysThatADiskIsReadOnly)
+TEST_F(RealFileSystemsDisk, reportsThatADiskIsReadOnly)
 {
     const TemporaryFolder card;
     card.file("x.mov");
@@ -316,7 +316,7 @@ TEST_F(RealFileSystemsDisk, copiesFromAReadOnlyCard)
     EXPECT_EQ(copyMissing(card.location(), disk.location()).copiedCount, 10);
 }
 
-TEST_F(RealFileSystemsDisk, sharesTheBlocksWithinOneDisk)
+TEST_F(RealFileSystemsDisk, sharesBlocksWithinOneDisk)
 {
     for (const char* kind : {"btrfs", "xfs"}) {
         const MountedDisk disk(kind);

@@ -19,7 +19,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// A healthy disk behind a driver's program or the kernel's own file system, but slow: kind and megabytes a second.
+/// A healthy but slow disk with a file system in user space or in the kernel: its kind, and megabytes per second.
 class SlowDisk : public testing::TestWithParam<std::tuple<const char*, int>> {
 protected:
     void SetUp() override
@@ -51,7 +51,7 @@ TEST_P(SlowDisk, stopsSoonAndLeavesNothingHidden)
             EXPECT_THROW(copyMissing(card.location(), disk.location(), stop.get_token()), Stopped);
             end = Clock::now();
         });
-        // The moment of the stop is what varies.
+        // The stop comes at a random moment.
         std::this_thread::sleep_for(milliseconds(std::uniform_int_distribution<>(50, 2000)(random)));
         const auto begin = Clock::now();
         stop.request_stop();

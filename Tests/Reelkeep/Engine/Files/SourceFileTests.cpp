@@ -18,8 +18,8 @@
 namespace reelkeep {
 namespace {
 
-/// Another process that holds a lease on a file, as a server of network shares does, and gives it up only when the
-/// kernel asks it to, or not even then.
+/// Another process that holds a lease on a file, as a server of network shares does. It gives the lease up when the
+/// kernel requests it, or never.
 class LeaseHolder {
 public:
     LeaseHolder(const Location& file, bool givesUp)
@@ -87,7 +87,7 @@ TEST(SourceFile, underALeaseIsWaitedFor)
     EXPECT_EQ(contentOf(folder / "copy.mov"), "video");
 }
 
-TEST(SourceFile, underALeaseThatIsKeptIsGivenUpOnceStopped)
+TEST(SourceFile, underALeaseThatIsKeptIsWaitedForUntilStopped)
 {
     const TemporaryFolder folder;
     const Location video = folder.file("x.mov", "video");
@@ -103,7 +103,7 @@ TEST(SourceFile, underALeaseThatIsKeptIsGivenUpOnceStopped)
     EXPECT_EQ(everythingBelow(folder.location()), std::vector<std::string>{"x.mov"});
 }
 
-TEST(SourceFile, behindALoopOfLinksSaysSo)
+TEST(SourceFile, behindALoopOfLinksIsReportedAsSuch)
 {
     const TemporaryFolder folder;
     std::filesystem::create_symlink("loop", (folder / "loop").path());

@@ -14,7 +14,7 @@
 namespace reelkeep {
 namespace {
 
-/// Pieces that names in the field are made of, and what hides in them.
+/// Parts of names: usual ones, and characters that are easily mishandled.
 rc::Gen<std::string> piece()
 {
     return rc::gen::oneOf(rc::gen::elementOf(std::vector<std::string>{"-",
@@ -56,7 +56,7 @@ std::string joined(const std::vector<std::string>& pieces, std::size_t limit)
     return name.substr(0, limit);
 }
 
-/// Shown names only: a leading dot would hide them.
+/// A leading dot would hide the file.
 std::string visible(std::string name)
 {
     if (name.empty() || name[0] == '.')
@@ -64,7 +64,7 @@ std::string visible(std::string name)
     return name;
 }
 
-RC_GTEST_PROP(StrangeNames, comeThroughScanMatchCopyAndRescan, ())
+RC_GTEST_PROP(StrangeNames, surviveScanMatchCopyAndRescan, ())
 {
     const TemporaryFolder card("/dev/shm");
     const TemporaryFolder disk("/dev/shm");

@@ -13,7 +13,7 @@
 namespace reelkeep {
 namespace {
 
-/// Copies a video into a folder that does not exist yet; the `errno` value of the failure, 0 without one.
+/// Copies a video into a folder that does not exist yet. Returns the `errno` value of the failure, or 0.
 int failureOfCopy(const TemporaryFolder& memory)
 {
     std::filesystem::remove_all((memory / "disk").path());
@@ -32,7 +32,7 @@ int failureOfCopy(const TemporaryFolder& memory)
     }
 }
 
-/// The kernel tells of data that did not reach the disk once: whoever asks again is told that all is well.
+/// The kernel reports lost data only once: the next sync of the same file succeeds.
 TEST(SyncFailure, isNeverTakenForACopy)
 {
     const TemporaryFolder memory("/dev/shm");
@@ -52,8 +52,8 @@ TEST(SyncFailure, isNeverTakenForACopy)
     }
 }
 
-/// Such a file system is asked to sync as a whole instead.
-TEST(SyncFailure, isNoneWhereFoldersCannotBeSyncedAlone)
+/// Then the whole file system is synced instead.
+TEST(SyncFailure, isNotReportedIfFoldersCannotBeSyncedAlone)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.file("card/new/x.mov", "video");
@@ -65,7 +65,7 @@ TEST(SyncFailure, isNoneWhereFoldersCannotBeSyncedAlone)
     }
 }
 
-TEST(SyncFailurePublishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
+TEST(SyncFailurePublishing, triesTheNextCallOnlyIfThisOneIsNotSupported)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.file("card/new/x.mov", "video");
@@ -83,7 +83,7 @@ TEST(SyncFailurePublishing, takesTheNextWayOnlyWhereThisOneIsUnknown)
         EXPECT_EQ(linksAfter(known), 0) << known;
 }
 
-TEST(SyncFailureNewFolders, areMadeWhereThereAreNone)
+TEST(SyncFailureNewFolders, areMadeIfTheyAreMissing)
 {
     const TemporaryFolder memory("/dev/shm");
     memory.folder("disk/a");

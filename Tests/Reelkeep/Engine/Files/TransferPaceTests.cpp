@@ -10,7 +10,7 @@ using std::chrono::milliseconds;
 constexpr std::int64_t largest = 32 << 20;
 constexpr milliseconds target(200);
 
-/// A disk that takes `fixed` for every portion, and its time for each byte.
+/// A disk that takes the time `fixed` for every portion, and more for each byte.
 struct Disk {
     milliseconds fixed;
     double megabytesPerSecond;
@@ -19,7 +19,7 @@ struct Disk {
     {
         return fixed + std::chrono::nanoseconds(static_cast<std::int64_t>(double(bytes) * 1000 / megabytesPerSecond));
     }
-    /// What the portions come to, and the longest that any took from the second on.
+    /// Writes so many portions. Returns the longest time that any of them took, the first excepted.
     TransferPace::Duration write(TransferPace& pace, int portions) const
     {
         TransferPace::Duration longest{};
@@ -50,7 +50,7 @@ TEST(TransferPaceTest, keepsEachPortionShortOnASlowDisk)
     }
 }
 
-TEST(TransferPaceTest, doesNotShrinkPortionsWhereEverySyncTakesLong)
+TEST(TransferPaceTest, doesNotShrinkPortionsIfEverySyncTakesLong)
 {
     for (const int fixed : {30, 60, 100, 150, 300}) {
         TransferPace pace(largest, target);
@@ -72,7 +72,7 @@ TEST(TransferPaceTest, followsADiskThatBecomesSlow)
     EXPECT_LE(slow.timeFor(pace.portion()), milliseconds(250));
 }
 
-TEST(TransferPaceTest, staysWithinItsBoundsWhateverTheClockSays)
+TEST(TransferPaceTest, staysWithinItsBoundsWhateverTheClockReports)
 {
     for (const auto duration : {std::chrono::nanoseconds(0), std::chrono::nanoseconds(std::chrono::hours(1))}) {
         TransferPace pace(largest, target);

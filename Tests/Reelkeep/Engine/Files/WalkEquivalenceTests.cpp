@@ -26,10 +26,10 @@ namespace fs = std::filesystem;
 
 using Lines = std::vector<std::string>;
 
-/// Names that one function always fails for, on whichever thread.
+/// Names for which one function always fails, on any thread.
 const std::string unreadableVideo = "unreadable.mov";
 const std::string lockedFolder = "locked";
-const std::string deadFolder = "dead"; // Its attributes can be read, as those that the kernel remembers are.
+const std::string deadFolder = "dead"; // Its attributes can be read, as cached ones can.
 const faults::Plan namedFailures = {
     .brokenNames = {{"fstatat", {{unreadableVideo, EIO}}}, {"openat", {{lockedFolder, EACCES}, {deadFolder, EIO}}}}};
 
@@ -38,8 +38,8 @@ bool isMovie(std::string_view name)
     return name.size() > 4 && name.substr(name.size() - 4) == ".mov";
 }
 
-/// The written rules, step by step and with one thread: every entry's attributes are read, in the order met, and the
-/// first failure ends it. It shares no code with the walk.
+/// The rules, step by step and with one thread: the attributes of every entry are read in the order of the listing, and
+/// the first failure ends the walk. Shares no code with the real walk.
 class PlainWalk {
 public:
     explicit PlainWalk(bool hasNamedFailures) : failsByName(hasNamedFailures) {}
@@ -47,7 +47,7 @@ public:
     void enter(const std::string& folder)
     {
         const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), ::closedir);
-        if (!open) // Permissions; what is dead is not entered.
+        if (!open) // Not permitted; dead folders are not entered.
             return;
         while (const struct dirent* entry = ::readdir(open.get())) {
             const std::string name = entry->d_name;
@@ -96,7 +96,7 @@ Lines outcomeOf(const Location& root, unsigned walkers)
     }
 }
 
-/// A tree of any shape; most have one failure in them or none, some have many.
+/// A tree of any shape. Most have one failure in them or none, some have many.
 class RandomTree {
 public:
     RandomTree(const Location& root, unsigned seed, bool hasNamedFailures)
@@ -125,7 +125,7 @@ private:
     }
     void addBad(const std::string& folder, int depth)
     {
-        if (!failsByName) { // May be listed but not entered, or neither, or entered but not listed.
+        if (!failsByName) { // Listed but not entered, neither, or entered but not listed.
             const std::string path = folder + "/p" + std::to_string(made);
             addFolder(path, depth);
             fs::permissions(path, fs::perms(std::array{0444U, 0000U, 0111U}[below(3)]));
@@ -160,7 +160,7 @@ private:
     unsigned made = 0;
 };
 
-/// How the walks of one tree differ from the plain one; empty where they do not.
+/// How walks of a tree differ from the plain walk; empty if they do not.
 std::string difference(const Location& root, const Lines& expected)
 {
     for (const unsigned walkers : {1U, 2U, 8U})
@@ -170,7 +170,7 @@ std::string difference(const Location& root, const Lines& expected)
     return {};
 }
 
-TEST(WalkEquivalence, findsTheSameInTheSameOrderAndFailsFirstAtTheSamePlaceWhoeverReads)
+TEST(WalkEquivalence, findsTheSameInTheSameOrderWithTheSameFirstFailureForAnyNumberOfThreads)
 {
     int failed = 0;
     const int trees = rounds(1000, 10'000);

@@ -15,7 +15,7 @@
 namespace reelkeep {
 namespace {
 
-/// With one thread the N-th call is the same each time. With several it is not, but what may come of it is.
+/// With one thread the N-th call is the same in every run; with several it is not, but the rules for the outcome are.
 struct Walking {
     bool hidesTypes;
     unsigned walkers;
@@ -54,7 +54,7 @@ protected:
             paths.push_back(entry.url.path());
         return paths;
     }
-    /// The same, or nothing where it failed with a text.
+    /// The same; absent if the walk failed with a text.
     std::optional<Paths> outcome(faults::Plan plan) const
     {
         plan.hidesTypes = GetParam().hidesTypes;
@@ -84,8 +84,8 @@ protected:
         return at == paths.size();
     }
 
-    /// One thread always comes to an error. Several make their calls in another order each time, so the planned one may
-    /// not come, or be the last and one that cannot tell of any file; then nothing may be missing.
+    /// With one thread it is always an error. Several threads make their calls in a different order each time, so the
+    /// call that was to fail may not happen, or come last and concern no file; then nothing may be missing.
     static bool isErrorOr(const std::optional<Paths>& paths, const Paths& whole)
     {
         return !paths || (GetParam().walkers > 1 && *paths == whole);
@@ -96,20 +96,21 @@ protected:
     {
         return isForbidden(errorNumber) || errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ELOOP;
     }
-    /// Only owners may open without a new access time, so a first EPERM makes the call be repeated without that wish.
+    /// Only owners may open without updating the access time, so after a first EPERM the call is repeated without that
+    /// flag.
     static bool isTriedAgain(const faults::Plan& plan) { return plan.errorNumber == EPERM && plan.times == 1; }
 
     TemporaryFolder tree;
     Paths complete;
 };
 
-TEST_P(WalkFaultTest, findsTheSameWhereNothingFails)
+TEST_P(WalkFaultTest, findsTheSameIfNothingFails)
 {
     ASSERT_EQ(complete.size(), 9U);
     EXPECT_EQ(outcome({}), complete);
 }
 
-TEST_P(WalkFaultTest, isAnErrorAndNoShorterListWhenTheDiskDies)
+TEST_P(WalkFaultTest, isAnErrorAndNotAShorterListIfTheDiskDies)
 {
     const auto plans = deathsDuring(callsOfWalk());
     for (const faults::Plan& plan : plans)
@@ -117,7 +118,7 @@ TEST_P(WalkFaultTest, isAnErrorAndNoShorterListWhenTheDiskDies)
     std::printf("%zu deaths of the disk\n", plans.size());
 }
 
-TEST_P(WalkFaultTest, isAnErrorTooInATreeWhoseFoldersAreClosedAndOpenedAgain)
+TEST_P(WalkFaultTest, isAnErrorInATreeWhoseFoldersAreClosedAndReopened)
 {
     std::string branch = "deep";
     for (int depth = 0; depth < 40; ++depth) {
@@ -134,8 +135,8 @@ TEST_P(WalkFaultTest, isAnErrorTooInATreeWhoseFoldersAreClosedAndOpenedAgain)
     }
 }
 
-/// Every errno at every call, once and from there on.
-TEST_P(WalkFaultTest, failsUnlessAFolderIsNotAllowedOrTheRootIsNotThere)
+/// Every errno at every call, once and from then on.
+TEST_P(WalkFaultTest, failsUnlessAFolderIsForbiddenOrTheRootIsMissing)
 {
     const auto plans = plansFor(callsOfWalk());
     std::size_t injected = 0;
@@ -151,7 +152,7 @@ TEST_P(WalkFaultTest, failsUnlessAFolderIsNotAllowedOrTheRootIsNotThere)
         } else if (isAtTheRoot && isNoRoot(plan.errorNumber)) {
             EXPECT_EQ(paths, Paths());
         } else if (plan.call == "openat" && isForbidden(plan.errorNumber)) {
-            ASSERT_TRUE(paths.has_value()) << "passed over silently";
+            ASSERT_TRUE(paths.has_value()) << "must be passed over silently";
             EXPECT_TRUE(isPartOfComplete(*paths));
         } else if (plan.call == "fstatat" && paths.has_value()) {
             EXPECT_EQ(*paths, complete) << "the one accepted exception: the inode of a non-video";
@@ -163,7 +164,7 @@ TEST_P(WalkFaultTest, failsUnlessAFolderIsNotAllowedOrTheRootIsNotThere)
     std::printf("%zu injected faults\n", injected);
 }
 
-TEST_P(WalkFaultTest, saysThatTheDiskIsGone)
+TEST_P(WalkFaultTest, reportsThatTheDiskIsGone)
 {
     const dev_t unplugged = makedev(8, 1'000'000);
     for (const int errorNumber : {EIO, ENODEV}) {

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A video may have stood below it, so the walk must not end as if nothing were missing.
+/// There may have been a video in it, so the walk must not end as if nothing were missing.
 TEST(WalkInterference, failsIfAFolderBecomesALinkBeforeItIsRead)
 {
     const TemporaryFolder memory("/dev/shm");
@@ -49,13 +49,12 @@ TEST(WalkInterference, failsIfAFolderBecomesALinkBeforeItIsRead)
     EXPECT_GT(failures, 0U);
 }
 
-/// What takes the place of a folder in the middle of a walk: another folder or, to open which would wait for ever, a
-/// pipe.
+/// In the middle of a walk a folder is replaced by another, or by a pipe, which would block a reader that opens it.
 class WalkInterferenceReplacement : public testing::TestWithParam<bool> {
 protected:
     WalkInterferenceReplacement()
     {
-        // So far below, folders are closed while others are read, and found again by their path.
+        // At this depth, folders are closed while others are read, and found again by their path.
         for (int depth = 0; depth < 40; ++depth) {
             deep += "/d";
             for (const char* waiting : {"/a", "/z"})
@@ -77,7 +76,7 @@ protected:
         else
             fill("other", "new.mov");
     }
-    /// How often each name is found; nothing where the walk fails.
+    /// How often each name is found; empty if the walk fails.
     std::map<std::string, int> walk(std::size_t number)
     {
         const auto isMovie = [](std::string_view name) { return name.ends_with(".mov"); };
@@ -104,7 +103,7 @@ protected:
     std::size_t calls = 0;
 };
 
-TEST_P(WalkInterferenceReplacement, isNeverTakenForTheFolderThatWasThere)
+TEST_P(WalkInterferenceReplacement, isNeverMistakenForTheFolderThatWasThere)
 {
     prepare();
     walk(0);
@@ -113,7 +112,7 @@ TEST_P(WalkInterferenceReplacement, isNeverTakenForTheFolderThatWasThere)
         SCOPED_TRACE(number);
         prepare();
         const auto found = walk(number);
-        EXPECT_LE(found.size(), 1U) << "of both";
+        EXPECT_LE(found.size(), 1U) << "videos of both folders";
         EXPECT_TRUE(found.empty() || found.begin()->second == 3);
     }
     EXPECT_GT(failures, 0U);

@@ -43,17 +43,17 @@ protected:
     std::string content;
 };
 
-/// If a large video goes through the kernel's memory, no minutes of unwritten data may gather. How large a portion is
-/// depends on the speed, so only its bounds are known.
-TEST_F(Writing, bringsEachPortionToTheDiskBeforeTheNextButOne)
+/// The page cache must not collect minutes of unwritten data of a large video. The size of a portion depends on the
+/// speed, so only its bounds are known.
+TEST_F(Writing, waitsForEachPortionBeforeWritingTheNextButOne)
 {
     makeVideo(80);
-    constexpr std::size_t most = 256 << 10; // of one write, so that writes count bytes
+    constexpr std::size_t most = 256 << 10; // bytes of one write, so that the number of writes gives the size
     constexpr std::size_t chunk = (4 << 20) / most;
     const auto expectPortions = [&](long fileSystemType, const std::string& sync, std::size_t largest) {
         const auto calls =
             copy({.refusals = {{"fcntl", EINVAL}}, .fileSystemType = fileSystemType, .most = most}).calls;
-        std::vector<std::size_t> syncs; // in a row, for each portion
+        std::vector<std::size_t> syncs; // for each portion, in a row
         std::size_t writes = 0;
         for (const std::string& call : calls) {
             if (call == "write" && writes++ == 0)
@@ -69,15 +69,15 @@ TEST_F(Writing, bringsEachPortionToTheDiskBeforeTheNextButOne)
     };
     std::vector<std::size_t> portions = expectPortions(0, "sync_file_range", 8 << 20);
     ASSERT_GE(portions.size(), 80U / 12);
-    EXPECT_EQ(portions.front(), 1U) << "begun";
-    portions.pop_back(); // which its own sync ends
+    EXPECT_EQ(portions.front(), 1U) << "its write-out is started";
+    portions.pop_back(); // the final sync writes it
     for (std::size_t i = 1; i < portions.size(); ++i)
-        EXPECT_EQ(portions[i], 2U) << "begun, and the one before waited for";
+        EXPECT_EQ(portions[i], 2U) << "its write-out is started, and the previous one waited for";
 
     EXPECT_GE(expectPortions(FUSE_SUPER_MAGIC, "fdatasync", 32 << 20).size(), 80U / 36);
 }
 
-TEST_F(Writing, failsWhereAPortionDoesNotReachTheDisk)
+TEST_F(Writing, failsIfAPortionDoesNotReachTheDisk)
 {
     makeVideo(17);
     const auto failureOf = [&](int errorNumber) {
@@ -93,7 +93,7 @@ TEST_F(Writing, failsWhereAPortionDoesNotReachTheDisk)
         EXPECT_EQ(failureOf(unknown), 0);
 }
 
-TEST_F(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
+TEST_F(Writing, distinguishesADiskThatIsGoneFromADamagedOne)
 {
     makeVideo(1);
     const auto failureOn = [&](const char* call, dev_t device) {
@@ -108,7 +108,7 @@ TEST_F(Writing, tellsADiskThatIsGoneFromOneThatIsDamaged)
     EXPECT_NE(failureOn("pread", 0).find(damaged), std::string::npos);
 }
 
-TEST_F(Writing, goesOnThroughTheKernelsMemoryWhereTheDiskRefusesToDoWithout)
+TEST_F(Writing, goesOnThroughThePageCacheIfTheDiskRefusesDirectWrites)
 {
     makeVideo(9);
     for (const std::size_t refused : {1U, 2U}) {
@@ -118,7 +118,7 @@ TEST_F(Writing, goesOnThroughTheKernelsMemoryWhereTheDiskRefusesToDoWithout)
     }
 }
 
-/// The last chance: once it has its name, a video stays.
+/// The last chance: a video that has its name stays.
 TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
 {
     makeVideo(1);
@@ -139,8 +139,8 @@ TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
     }
 }
 
-/// Wherever it is stopped, what a read brought is not written any more, nothing is read after a write, and nothing that
-/// may take long is begun at the end.
+/// After a stop during a read nothing is written, after one during a write nothing is read, and no long call is started
+/// at the end.
 TEST_F(Writing, isStoppedBeforeTheNextReadOrWrite)
 {
     makeVideo(9);
@@ -173,7 +173,7 @@ TEST_F(Writing, isStoppedBeforeTheNextReadOrWrite)
     }
 }
 
-/// If a source was marked meanwhile, it is read a second time.
+/// A source that was marked meanwhile is read a second time.
 TEST_F(Writing, isStoppedWhileTheSourceIsReadAgain)
 {
     makeVideo(17);
@@ -192,7 +192,7 @@ TEST_F(Writing, isStoppedWhileTheSourceIsReadAgain)
     EXPECT_TRUE(everythingBelow(memory / "disk").empty());
 }
 
-/// Who may not read the video on the card must not read it on the disk while it grows.
+/// A user who may not read the video on the card must not be able to read the growing copy.
 TEST_F(Writing, isReadableByItsOwnerOnlyUntilItIsWhole)
 {
     makeVideo(1);
@@ -213,8 +213,8 @@ TEST_F(Writing, isReadableByItsOwnerOnlyUntilItIsWhole)
     ::umask(before);
 }
 
-/// Many disks keep a part for the administrator, which a copy by anybody else cannot fill.
-TEST_F(Writing, isRefusedIfOnlyTheAdministratorsRoomIsLeft)
+/// Many disks reserve space for the administrator, which a copy by another user cannot fill.
+TEST_F(Writing, isRefusedIfOnlyReservedSpaceIsLeft)
 {
     makeVideo(1);
     const FaultyCopy refused = copy({.freeBlocks = 1'000'000, .freeToAll = 255});
@@ -223,8 +223,8 @@ TEST_F(Writing, isRefusedIfOnlyTheAdministratorsRoomIsLeft)
     EXPECT_EQ(copy({.freeBlocks = 1'000'000, .freeToAll = 256}).failure, "");
 }
 
-/// As pipes to other programs may, and disks that are nearly full.
-TEST_F(Writing, goesOnWhereReadsAndWritesComeUpShort)
+/// As on file systems in user space and on disks that are nearly full.
+TEST_F(Writing, goesOnAfterShortReadsAndWrites)
 {
     makeVideo(9);
     for (const std::size_t most : {std::size_t(65'537), std::size_t(1'500'000)}) {

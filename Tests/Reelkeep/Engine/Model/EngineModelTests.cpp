@@ -30,9 +30,10 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-// --- What is generated
+// --- Generated input
 
-/// Names that are the same, nearly the same, hidden, packages, videos or none. Each may be a file's or a folder's.
+/// Names that are the same or nearly the same, hidden ones, packages, videos and others. Each may name a file or a
+/// folder.
 rc::Gen<std::string> names()
 {
     return rc::gen::weightedOneOf<std::string>(
@@ -86,7 +87,7 @@ Texts anyRoots()
     return *rc::gen::resize(5, rc::gen::container<Texts>(rc::gen::elementOf(roots)));
 }
 
-/// The engine's list, which is the model's to the letter.
+/// The engine's list, after checking that it equals the model's.
 VideoList checkedScan(const Texts& places)
 {
     const VideoList found = scan(places);
@@ -108,7 +109,7 @@ protected:
     std::string language;
 };
 
-RC_GTEST_FIXTURE_PROP(EngineModel, scansMatchesAndOrdersAsItDoes, ())
+RC_GTEST_FIXTURE_PROP(EngineModel, scansMatchesAndOrdersAsTheModel, ())
 {
     speak(*rc::gen::element<std::string>("es_ES", "en_US", "sv_SE", "cs_CZ", "ja_JP"));
     const FileTree tree(anyTree());
@@ -124,7 +125,7 @@ RC_GTEST_FIXTURE_PROP(EngineModel, scansMatchesAndOrdersAsItDoes, ())
     RC_ASSERT(VideoSyncService::missingVideos(source, backwards) == missing);
 }
 
-/// Whether a folder between `root` and the file `below` it is a link: what is copied there is where no analysis looks.
+/// Whether a folder between `root` and the file `below` it is a link, which no analysis follows.
 bool leadsThroughALink(const std::string& root, const std::string& below)
 {
     for (auto end = below.find('/'); end != std::string::npos; end = below.find('/', end + 1))
@@ -133,8 +134,8 @@ bool leadsThroughALink(const std::string& root, const std::string& below)
     return false;
 }
 
-/// What the engine and the model do to two equal trees, and what an analysis finds then.
-RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsItDoesAndThenMissesWhatItOmitted, ())
+/// Engine and model copy in equal trees, and an analysis follows.
+RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsTheModelAndThenMissesWhatItOmitted, ())
 {
     const auto description = anyTree();
     const FileTree tree(description);
@@ -167,7 +168,7 @@ RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsItDoesAndThenMissesWhatItOmitted, ())
         const std::string below = preserves ? video.relativePath : video.fileName;
         const bool isReviewed = !leadsThroughALink(tree.path(destination), below);
         areAllReviewed &= isReviewed;
-        // A shortened path leads to another file, or to none.
+        // A shortened path refers to another file, or to none.
         if (isReviewed && video.url == twin.path(source) + "/" + video.relativePath)
             RC_ASSERT(std::none_of(after.begin(), after.end(), [&](const VideoFile& still) {
                 return still.size == video.size && naive::isSameName(still.fileName, video.fileName);
@@ -177,9 +178,8 @@ RC_GTEST_FIXTURE_PROP(EngineModel, copiesAsItDoesAndThenMissesWhatItOmitted, ())
         RC_ASSERT(after.size() <= missing.size() - expected.copied.size());
 }
 
-/// Found by the property above: what is copied into a linked folder of the disk is there, but no analysis follows
-/// links.
-TEST(EngineModelLinkedFolder, takesACopyThatAnAnalysisStillMisses)
+/// Found by the property above: a copy goes into a linked folder of the disk, but no analysis follows links.
+TEST(EngineModelLinkedFolder, receivesACopyThatAnAnalysisStillMisses)
 {
     const TemporaryFolder place;
     place.file("card/DCIM/x.mov", "video");
@@ -197,7 +197,7 @@ TEST(EngineModelLinkedFolder, takesACopyThatAnAnalysisStillMisses)
     EXPECT_EQ(copy(missing(), (place / "card").path(), (place / "disk").path(), true).summary.skippedCount, 1);
 }
 
-RC_GTEST_FIXTURE_PROP(EngineModel, meetsTheSameClosedFolders, ())
+RC_GTEST_FIXTURE_PROP(EngineModel, skipsOrFailsAtTheSameForbiddenFolders, ())
 {
     const FileTree tree(anyTree(rc::gen::element(-1, 0000, 0111, 0222, 0333, 0444, 0555, 0666)));
     const Texts places = placesOf(anyRoots(), tree);
@@ -219,9 +219,9 @@ RC_GTEST_FIXTURE_PROP(EngineModel, meetsTheSameClosedFolders, ())
         RC_ASSERT(outcome == "found\n" + textOf(*expected));
 }
 
-// --- The laws of the order
+// --- Properties of the order
 
-/// Pieces of which nearly equal names are made.
+/// Parts of nearly equal names.
 rc::Gen<std::string> nearNames()
 {
     const auto pieces = rc::gen::element<std::string>("a", "A", "b", "1", "01", "2", "10", "0", ".", "/", " ", "_", "-",
@@ -240,7 +240,7 @@ VideoFile record(const std::string& name, const std::string& path)
     return {.id = path, .url = {}, .relativePath = path, .fileName = name, .size = 1, .createdAt = std::nullopt};
 }
 
-/// Asked of the engine's only operation that orders: whatever stands first already may not move.
+/// By the engine's only operation that orders, which leaves the first of two where it is unless the other precedes it.
 bool isBefore(const VideoFile& one, const VideoFile& other)
 {
     return VideoSyncService::missingVideos({other, one}, {})[0] == one && !(one == other);
@@ -270,7 +270,7 @@ RC_GTEST_FIXTURE_PROP(EngineModel, ordersStrictlyAndWeakly, ())
         RC_ASSERT(isBefore(a, b) == naive::isBefore(a.relativePath, b.relativePath, collation));
 }
 
-RC_GTEST_FIXTURE_PROP(EngineModel, takesNamesForTheSameAsItDoes, ())
+RC_GTEST_FIXTURE_PROP(EngineModel, takesNamesForEqualAsTheModel, ())
 {
     const std::string one = *nearNames();
     const std::string other = *nearNames();

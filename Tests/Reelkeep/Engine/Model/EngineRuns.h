@@ -15,12 +15,12 @@ std::vector<std::string> placesOf(const std::vector<std::string>& relative, cons
 
 VideoList scan(const std::vector<std::string>& places);
 
-/// Throws std::logic_error for a record whose fields do not fit each other.
+/// Throws std::logic_error if the fields of a record contradict each other.
 std::vector<naive::Video> plain(const VideoList& videos);
 std::string textOf(const std::vector<naive::Video>& videos);
 
 struct EngineCopy {
-    std::vector<std::string> reports; ///< As naive::Copy has them.
+    std::vector<std::string> reports; ///< In the form of naive::Copy.
     CopySummary summary;
     bool failed = false;
 };

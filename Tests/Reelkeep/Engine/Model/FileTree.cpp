@@ -49,7 +49,7 @@ FileTree::FileTree(const std::vector<TreeEntry>& entries)
 
 FileTree::~FileTree()
 {
-    // From above to below, since what is above was made first.
+    // Parents come first.
     for (const std::string& place : restricted)
         ::chmod(place.c_str(), 0755);
 }

@@ -12,16 +12,16 @@ namespace reelkeep {
 struct TreeEntry {
     enum class Kind { file, folder, link, pipe };
     Kind kind = Kind::file;
-    std::vector<std::string> path; ///< Its components; `cardPath` stands for the whole path of the folder "card".
+    std::vector<std::string> path; ///< Its components; `cardPath` means the whole path of the folder "card".
     int size = 0;                  ///< Of a file.
     std::string leadsTo;           ///< Of a link.
-    int mode = -1;                 ///< Of a folder, once everything stands; -1 for the usual one.
+    int mode = -1;                 ///< Of a folder, set after the tree is complete; -1 for the usual one.
 };
 
 /// A component that makes the path of the card occur again below it.
 extern const std::string cardPath;
 
-/// A folder in memory with a tree in it. Entries that find their place taken are left out.
+/// A folder in memory with a tree in it. Entries whose path is taken are left out.
 class FileTree {
 public:
     explicit FileTree(const std::vector<TreeEntry>& entries);
@@ -29,7 +29,7 @@ public:
 
     /// "" for the whole tree.
     std::string path(const std::string& relative) const;
-    /// What stands where: the content of files, "folder", where links lead. Of the tree's own path nothing shows.
+    /// Every entry by path: the content of a file, "folder", or the target of a link. Equal trees give equal results.
     std::map<std::string, std::string> everything() const;
 
 private:

@@ -25,7 +25,7 @@ namespace {
 /// Code points, and negative numbers for bytes that are not UTF-8.
 using Letters = std::vector<std::int32_t>;
 
-/// The length of the character at `at`, and the character; 1 and a negative number where there is none.
+/// The length of the character at `at`, and the character; 1 and a negative number if there is none.
 std::pair<std::size_t, std::int32_t> letterAt(const std::string& text, std::size_t at)
 {
     const auto byte = [&](std::size_t i) {
@@ -70,7 +70,7 @@ Letters lower(const Letters& letters)
     return result;
 }
 
-/// Composed, each run between bytes that are not UTF-8 for itself.
+/// The composed form; runs between bytes that are not UTF-8 are composed separately.
 Letters composed(const Letters& letters)
 {
     UErrorCode status = U_ZERO_ERROR;
@@ -145,7 +145,7 @@ std::string withoutOccurrences(const std::string& text, const std::string& part)
     return result;
 }
 
-/// False where the scan fails.
+/// False if the scan fails.
 bool walk(const std::string& folder, const std::string& root, bool isPrivileged, std::vector<Video>& found)
 {
     if (!isAllowed(folder, S_IROTH, isPrivileged))
@@ -212,7 +212,7 @@ std::vector<Video> missing(const std::vector<Video>& source, const std::vector<V
             isThere = isThere || (other.size == video.size && isSameName(other.fileName, video.fileName));
         if (isThere)
             continue;
-        // Behind all that it does not come before.
+        // After all that it does not precede.
         auto place = sorted.end();
         while (place != sorted.begin()) {
             const Video& previous = *std::prev(place);

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// The engine's rules once more, in the plainest way: loops over what the file system shows, no index, no shortcut. It
-/// shares no code with the engine; only Unicode's tables are the same.
+/// The engine's rules a second time, as plain loops over the file system, without index or shortcut. It shares no code
+/// with the engine, only Unicode's tables.
 namespace reelkeep::naive {
 
 struct Video {
@@ -19,14 +19,14 @@ struct Video {
     bool operator==(const Video&) const = default;
 };
 
-/// Absent where the scan fails. `isPrivileged`: whether permissions are not looked at; else those of all others count.
+/// Absent if the scan fails. `isPrivileged`: ignores permissions; otherwise those for others apply.
 std::optional<std::vector<Video>> scan(const std::vector<std::string>& roots, bool isPrivileged);
 
 /// In the order of `language`, "es_ES" for example.
 std::vector<Video> missing(const std::vector<Video>& source, const std::vector<Video>& reviewed,
                            const std::string& language);
 
-/// Whether names are the same but for letter case and normal form.
+/// Whether names are the same except for letter case and normal form.
 bool isSameName(const std::string& one, const std::string& other);
 
 /// Whether a file browser lists `one` before `other`.

@@ -60,7 +60,7 @@ TEST(SharedText, isHashedByItsBytes)
     EXPECT_NE(hash(SharedText("CLIP.MOV")), hash(SharedText("clip.mov")));
 }
 
-TEST(SharedTextArena, makesTextsOfAnyLengthThatStay)
+TEST(SharedTextArena, makesTextsOfAnyLengthThatStayValid)
 {
     std::vector<std::string> expected;
     std::vector<SharedText> made;
@@ -79,7 +79,7 @@ TEST(SharedTextArena, makesTextsOfAnyLengthThatStay)
     }
 }
 
-TEST(SharedTextArena, makesTextsThatOtherThreadsMayLetGoOfMeanwhile)
+TEST(SharedTextArena, makesTextsThatOtherThreadsMayReleaseMeanwhile)
 {
     SharedTextArena texts;
     std::vector<std::thread> threads;

@@ -29,12 +29,12 @@ TEST(TextOrderLowercased, foldsLettersOfEveryScript)
     EXPECT_EQ(lowercased("\u212A"), "k"); // The Kelvin sign.
 }
 
-TEST(TextOrderLowercased, doesNotLookAtThePlaceInTheWord)
+TEST(TextOrderLowercased, doesNotDependOnThePositionInTheWord)
 {
     EXPECT_EQ(lowercased("ΟΔΟΣ"), "οδοσ");
 }
 
-TEST(TextOrderLowercased, keepsTheDotOfACapitalIWithOne)
+TEST(TextOrderLowercased, keepsTheDotOfADottedCapitalI)
 {
     EXPECT_EQ(lowercased("\u0130"), "i\u0307");
 }
@@ -47,13 +47,13 @@ TEST(TextOrderLowercased, doesNotKnowTheTurkishLocale)
     unsetenv("LC_ALL");
 }
 
-TEST(TextOrderLowercased, keepsSharpSApart)
+TEST(TextOrderLowercased, distinguishesSharpS)
 {
     EXPECT_EQ(lowercased("\u1E9E"), "ß");
     EXPECT_NE(foldedName("straße"), foldedName("strasse"));
 }
 
-TEST(TextOrderFoldedName, makesOneNameOfItsComposedAndDecomposedForm)
+TEST(TextOrderFoldedName, isTheSameForComposedAndDecomposedForms)
 {
     EXPECT_EQ(foldedName("Nin\u0303o.MOV"), "niño.mov");
     EXPECT_EQ(foldedName("NI\u00D1O.mov"), "niño.mov");
@@ -65,7 +65,7 @@ TEST(TextOrderFoldedName, ordersMarksAsTheComposedFormDoes)
     EXPECT_EQ(foldedName("q\u0307\u0323"), foldedName("Q\u0323\u0307"));
 }
 
-TEST(TextOrderFoldedName, knowsLettersThatAreComposedInOneCaseOnly)
+TEST(TextOrderFoldedName, handlesLettersThatAreComposedInOneCaseOnly)
 {
     EXPECT_EQ(foldedName("J\u030C"), "\u01F0");
     EXPECT_EQ(foldedName("\u01F0"), "\u01F0");
@@ -73,7 +73,7 @@ TEST(TextOrderFoldedName, knowsLettersThatAreComposedInOneCaseOnly)
     EXPECT_NE(foldedName("\u0130"), foldedName("i"));
 }
 
-TEST(TextOrderFoldedName, keepsCompatibleButDifferentLettersApart)
+TEST(TextOrderFoldedName, distinguishesCompatibleButDifferentLetters)
 {
     EXPECT_NE(foldedName("\uFB01lm.mov"), foldedName("film.mov")); // The ligature fi.
 }
@@ -128,7 +128,7 @@ TEST(TextOrderCollationLocale, isTheFirstThatIsSet)
     EXPECT_EQ(collationLocale(), "es_ES.UTF-8");
     setenv("LC_COLLATE", "sv_SE.UTF-8", 1);
     EXPECT_EQ(collationLocale(), "sv_SE.UTF-8");
-    setenv("LC_ALL", "", 1); // Set to nothing counts as not set.
+    setenv("LC_ALL", "", 1); // An empty value counts as not set.
     EXPECT_EQ(collationLocale(), "sv_SE.UTF-8");
     setenv("LC_ALL", "C", 1);
     EXPECT_EQ(collationLocale(), "C");
@@ -157,7 +157,7 @@ TEST_P(TextOrderFileBrowserOrderIn, comparesRunsOfDigitsByValue)
     EXPECT_EQ(sorted(GetParam(), {"x20231231235959999", "x3"}), (Names{"x3", "x20231231235959999"}));
 }
 
-TEST_P(TextOrderFileBrowserOrderIn, looksAtLetterCaseLast)
+TEST_P(TextOrderFileBrowserOrderIn, comparesLetterCaseLast)
 {
     EXPECT_EQ(sorted(GetParam(), {"b.mov", "C.mov", "A.mov"}), (Names{"A.mov", "b.mov", "C.mov"}));
     EXPECT_EQ(sorted(GetParam(), {"CLIP2.mov", "clip10.mov", "clip1.mov"}),
@@ -232,7 +232,7 @@ TEST(TextOrderFoldedName, isOneForBothCasesOfEveryAsciiLetter)
     }
 }
 
-TEST(TextOrderFoldedName, canBeOfAsciiThoughTheNameIsNot)
+TEST(TextOrderFoldedName, canBeAsciiThoughTheNameIsNot)
 {
     EXPECT_EQ(foldedName("\u212Aino.MOV"), "kino.mov"); // the sign for kelvin
     EXPECT_TRUE(isSameName("\u212Aino.MOV", "kino.mov"));
@@ -240,7 +240,7 @@ TEST(TextOrderFoldedName, canBeOfAsciiThoughTheNameIsNot)
     EXPECT_EQ(foldedHash("\u212Aino.MOV"), foldedHash("kino.mov"));
 }
 
-RC_GTEST_PROP(FoldedName, isWhatHashAndComparisonGoBy, (const std::string& one, const std::string& other))
+RC_GTEST_PROP(FoldedName, decidesHashAndComparison, (const std::string& one, const std::string& other))
 {
     RC_ASSERT(isSameName(one, other) == (foldedName(one) == foldedName(other)));
     const std::string folded = foldedName(one);
