@@ -84,7 +84,7 @@ std::vector<std::string> AnnouncementRecorder::writes() const
         for (std::size_t field = 0; field < after.size(); ++field) {
             if (after[field] == seen[i][field])
                 continue;
-            // A moment differs from test to test; that there is a new one is all that counts.
+            // The date differs in every run; only that there is a new one matters.
             const std::string value = after[field].first == "lastScanDate" ? "now" : after[field].second;
             line += (line.empty() ? "" : " and ") + after[field].first + " = " + value;
         }

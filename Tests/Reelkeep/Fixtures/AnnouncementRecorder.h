@@ -8,19 +8,19 @@
 
 namespace reelkeep {
 
-/// All twelve fields of a session at one moment, by name, as texts that tell them apart.
+/// All twelve fields of a session at one moment, by name, as texts that differ if the values do.
 using Snapshot = std::vector<std::pair<std::string, std::string>>;
 Snapshot snapshot(const VideoSyncViewModel& session);
 /// The same without one field.
 Snapshot snapshotWithout(const std::string& field, const VideoSyncViewModel& session);
 
-/// Reads all twelve fields at every announcement, at once, so that it sees the values from before the write.
+/// Reads all twelve fields in the slot of every announcement, so it sees the values from before the write.
 class AnnouncementRecorder {
 public:
     explicit AnnouncementRecorder(const VideoSyncViewModel& session);
 
-    /// One line for each announcement: what the write behind it changed ("isScanning = true"), or "nothing" for the
-    /// write of an equal value. The write behind the last announcement must have happened.
+    /// One line for each announcement: what the write after it changed ("isScanning = true"), or "nothing" for the
+    /// write of an equal value. The write after the last announcement must have happened.
     std::vector<std::string> writes() const;
 
     std::size_t count() const { return seen.size(); }

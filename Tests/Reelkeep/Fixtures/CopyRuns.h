@@ -13,10 +13,11 @@ namespace reelkeep {
 
 /// Bytes that do not repeat, the same ones for the same `seed`.
 std::string contentOfLength(std::size_t length, unsigned seed);
-/// As of `lstat`; throws FileError.
+/// The result of `lstat`; throws FileError.
 struct stat attributesOf(const Location& file);
 
-/// Ten videos with names that every disk admits and sizes around those of blocks and chunks, and a file that is none.
+/// Ten videos with names that every disk allows and sizes around those of blocks and chunks, and a file of another
+/// kind.
 void fillCard(const TemporaryFolder& card);
 
 /// Analyses both and returns what `disk` lacks.
@@ -25,10 +26,10 @@ VideoList missing(const Location& card, const Location& disk);
 CopySummary copyMissing(const Location& card, const Location& disk, const std::stop_token& stop = {});
 /// The same; "none", or the text of the failure.
 std::string failureOfCopy(const Location& card, const Location& disk);
-/// Every video of the card that stands on the disk stands there whole, and nothing of ours is left in hiding.
+/// Every video of the card that is on the disk is complete there, and no hidden file of ours is left.
 void expectOnlyWholeVideos(const Location& card, const Location& disk);
 
-/// Whether the condition came true before patience ended.
+/// Whether the condition came true in time.
 bool waitUntil(const std::function<bool()>& condition);
 
 } // namespace reelkeep

@@ -75,7 +75,7 @@ QScreen* screenNamed(const char* name)
 PaletteChange::PaletteChange(const QPalette& palette) : before(QApplication::palette())
 {
     QApplication::setPalette(palette);
-    QCoreApplication::processEvents(); // Widgets hear of it in a later turn.
+    QCoreApplication::processEvents(); // Widgets are notified in a later turn.
 }
 
 PaletteChange::~PaletteChange()

@@ -10,11 +10,11 @@ class QScreen;
 
 namespace reelkeep {
 
-/// The font that the window's measures are given for, or one larger by a factor.
+/// The font for which the window's measures are defined, or a larger one.
 QFont designFont(double scale = 1);
 bool isDesignFontInstalled();
 
-/// The palettes that the window's colours are given for.
+/// The palettes for which the window's colours are defined.
 QPalette lightPalette();
 QPalette darkPalette();
 
@@ -22,15 +22,15 @@ struct NamedPalette {
     std::string name;
     QPalette palette;
 };
-/// The two of the design and those that common desktops come with.
+/// The two of the design, and those of common desktops.
 std::vector<NamedPalette> commonPalettes();
 std::vector<NamedPalette> highContrastPalettes();
 
 /// One of the screens that the tests run on: "full" (1920 x 1080), "laptop" (1366 x 768), "small" (800 x 600), "tall",
-/// "uneven" (one and a half pixels to the point).
+/// "uneven" (one and a half pixels per point).
 QScreen* screenNamed(const char* name);
 
-/// Sets the application's palette, or font, for the length of a test.
+/// Sets the application's palette or font for the duration of a test.
 class PaletteChange {
 public:
     explicit PaletteChange(const QPalette& palette);

@@ -9,7 +9,7 @@ namespace reelkeep {
 bool waitUntil(const std::function<bool()>& condition)
 {
     const QDeadlineTimer deadline(30'000);
-    QTimer wake; // What is waited for may not be an event.
+    QTimer wake; // The condition may come true without an event.
     wake.start(2);
     while (!condition()) {
         if (deadline.hasExpired())

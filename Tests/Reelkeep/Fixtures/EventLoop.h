@@ -4,10 +4,10 @@
 
 namespace reelkeep {
 
-/// Lets the event loop turn until `condition` holds. False when it does not within half a minute.
+/// Runs the event loop until `condition` holds. False if it does not within half a minute.
 bool waitUntil(const std::function<bool()>& condition);
 
-/// Lets the event loop turn until nothing is left to do that was posted before.
+/// Runs the event loop until all events that were posted before are handled.
 void letEventsPass();
 
 } // namespace reelkeep

@@ -4,7 +4,7 @@
 
 namespace reelkeep {
 
-/// The number of rounds of a test that gains from many: `many` where REELKEEP_LONG is set, else a few.
+/// The number of rounds of a test that benefits from many: `many` if REELKEEP_LONG is set, else a few.
 inline int rounds(int few, int many)
 {
     return std::getenv("REELKEEP_LONG") != nullptr ? many : few;

@@ -12,7 +12,7 @@
 
 namespace reelkeep {
 
-/// Files held in memory, by path, with whatever goes wrong on real disks. Any thread may use it at any time.
+/// Files held in memory, by path, with the failures of real disks. Thread-safe.
 class MemoryFileManager : public FileManager {
 public:
     void add(const std::string& path, std::int64_t size = 100);
@@ -22,14 +22,14 @@ public:
     /// From now on everything below `path` fails with that text.
     void failBelow(const std::string& path, const std::string& text);
 
-    /// From now on walks and copies wait until `open`, or throw Stopped when they are told to stop.
+    /// From now on walks and copies wait until `open`, or throw Stopped if they are stopped.
     void close();
-    /// The same, but deaf to stop requests, as a system call on a dead disk is.
+    /// The same, but ignoring stop requests, like a system call on a dead disk.
     void hang();
     void open();
-    /// How many walks and copies wait.
+    /// How many walks and copies are waiting.
     int waitingCount() const;
-    /// How many were told to stop while they waited.
+    /// How many were stopped while they waited.
     int stoppedCount() const;
     /// The roots that were walked, in order.
     std::vector<std::string> walkedRoots() const;

@@ -28,7 +28,8 @@ void requireRun(const std::vector<std::string>& command)
         throw std::runtime_error("failed: " + command[0] + " " + command.back());
 }
 
-/// A block device over `image` that goes by itself when nobody uses it any more. It is ours until `hold` is closed.
+/// A block device over `image` that the kernel detaches once it is no longer in use. `hold` keeps it in use until it is
+/// closed.
 std::string attach(const Location& image, bool isDirect, FileDescriptor& hold)
 {
     const FileDescriptor backing(::open(image.path().c_str(), O_RDWR | O_CLOEXEC));
@@ -36,7 +37,7 @@ std::string attach(const Location& image, bool isDirect, FileDescriptor& hold)
     struct loop_config config = {};
     config.fd = static_cast<__u32>(backing.get());
     config.info.lo_flags = LO_FLAGS_AUTOCLEAR | (isDirect ? LO_FLAGS_DIRECT_IO : 0);
-    for (int attempt = 0; attempt < 100; ++attempt) { // others look for a free one too
+    for (int attempt = 0; attempt < 100; ++attempt) { // other processes look for a free one too
         const std::string device = "/dev/loop" + std::to_string(::ioctl(control.get(), LOOP_CTL_GET_FREE));
         hold = FileDescriptor(::open(device.c_str(), O_RDWR | O_CLOEXEC));
         if (hold && ::ioctl(hold.get(), LOOP_CONFIGURE, &config) == 0)
@@ -45,8 +46,8 @@ std::string attach(const Location& image, bool isDirect, FileDescriptor& hold)
     throw std::runtime_error("no loop device");
 }
 
-/// A file system in memory of this process's own in place of /dev/shm, which is small in containers. It goes with the
-/// process and what it holds. Mounted before any test can make files there.
+/// Whether a private file system in memory is mounted over /dev/shm, which is small in containers. It and its files end
+/// with this process. Mounted before any test can make files there.
 const bool hasPrivateMemory = takePrivateView() && ::mount("none", "/dev/shm", "tmpfs", 0, "mode=1777") == 0;
 
 dev_t deviceOf(const Location& place)

@@ -10,14 +10,14 @@ namespace reelkeep {
 
 class FaultDisk;
 
-/// A real file system on a disk of its own: an image in memory, mounted for the test.
-/// It is mounted in a view of the file system that only this process and its keeper have, and its FUSE program dies
-/// with the process: however a test ends, no mount, loop device, process or image stays.
+/// A real file system: an image in memory, mounted for the test.
+/// The mount is visible only to this process and its keeper, and its FUSE program dies with the process: however a test
+/// ends, no mount, loop device, process or image is left.
 class MountedDisk {
 public:
-    /// `kind` is one of ext4, btrfs, xfs, ntfs, exfat, tmpfs. Throws where the tools are missing.
+    /// `kind` is one of ext4, btrfs, xfs, ntfs, exfat, tmpfs. Throws if the tools are missing.
     explicit MountedDisk(std::string kind, int mebibytes = 512);
-    /// A new file system of any of these kinds but tmpfs above `disk`, which must outlive it.
+    /// A new file system of any of these kinds except tmpfs on `disk`, which must outlive it.
     MountedDisk(std::string kind, FaultDisk& disk);
     /// The file system that is on this image already.
     MountedDisk(std::string kind, const Location& image);
@@ -25,7 +25,7 @@ public:
     MountedDisk& operator=(const MountedDisk&) = delete;
     ~MountedDisk();
 
-    /// Whether this process may mount. Tests skip, loudly, where it may not.
+    /// Whether this process may mount. If not, tests skip loudly.
     static bool isPossible();
 
     const Location& location() const { return mountPoint; }
@@ -37,7 +37,7 @@ public:
     void makeReadOnly();
     /// Pulls the plug of a FUSE disk: its program is killed.
     void kill();
-    /// Takes it from the tree of folders while it may be in use.
+    /// Detaches it from the tree of folders, even if it is in use.
     void detach();
 
 private:

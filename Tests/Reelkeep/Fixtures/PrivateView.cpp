@@ -45,7 +45,7 @@ bool hasOthers(const std::string& self, const fs::path& view)
     ::_exit(0);
 }
 
-/// Not a child of this process: what ends a test often ends its children too.
+/// Not a child of this process, since whatever kills a test often kills its children too.
 bool startKeeper()
 {
     const auto self = static_cast<int>(::syscall(SYS_pidfd_open, ::getpid(), 0));
@@ -55,7 +55,7 @@ bool startKeeper()
             ::_exit(0);
         const int nowhere = ::open("/dev/null", O_RDWR);
         for (const int output : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-            ::dup2(nowhere, output); // the test runner waits for the end of the test's output
+            ::dup2(nowhere, output); // the test runner waits until the test's output is closed
         const int test = ::dup2(self, STDERR_FILENO + 1);
         ::close_range(static_cast<unsigned>(test) + 1, ~0U, 0);
         keep(test);

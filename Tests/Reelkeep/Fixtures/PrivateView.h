@@ -2,10 +2,10 @@
 
 namespace reelkeep {
 
-/// Gives this process mounts of its own, which go when it and the programs it started have ended. False if it may not.
+/// Gives this process private mounts, which end with it and the programs it started. False if it may not.
 ///
-/// A second process keeps them until then. Otherwise a killed test could leave the driver of an NTFS disk as the last
-/// user of its own mount: it would then be asked to unmount itself while it exits, and neither ever ends.
+/// A second process, the keeper, keeps them until then. Otherwise a killed test could leave the driver of an NTFS disk
+/// as the last user of its own mount: its exit would wait for the unmounting, and the unmounting for the driver.
 bool takePrivateView();
 
 } // namespace reelkeep

@@ -13,8 +13,8 @@
 
 namespace reelkeep {
 
-/// The real file manager, watched: it records every call in order, and lets calls fail or wait at will.
-/// Calls are counted from 1. Any thread may use it.
+/// The real file manager, observed: records every call in order, and makes calls fail or wait.
+/// Calls are counted from 1. Thread-safe.
 class RecordingFileManager : public LinuxFileManager {
 public:
     /// For example "copyItem /card/CLIP.MOV -> /disk/CLIP.MOV"; a walk is "regularFiles /card".
@@ -22,9 +22,9 @@ public:
 
     /// From now on the `number`-th call does nothing and throws this error.
     void failAt(std::size_t number, const FileError& error);
-    /// From now on the `number`-th call waits, before it does anything, until it is released or its stop token asks.
+    /// From now on the `number`-th call waits, before it does anything, until it is released or stopped.
     void blockAt(std::size_t number);
-    /// Returns once that call has come and waits.
+    /// Returns once that call is waiting.
     void waitUntilBlocked() const;
     void release();
 

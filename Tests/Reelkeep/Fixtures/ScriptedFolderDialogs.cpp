@@ -67,7 +67,7 @@ void ScriptedFolderDialogs::willChoose(const std::vector<std::string>& paths)
 
 void ScriptedFolderDialogs::willCancel()
 {
-    // The dialog may still report what was marked in it.
+    // A cancelled dialog may still report what was selected in it.
     answers.push_back({.response = FolderDialog::Response::cancel, .chosen = locations({"/marked"}), .whileOpen = {}});
 }
 

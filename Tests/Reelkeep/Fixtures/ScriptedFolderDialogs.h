@@ -12,7 +12,7 @@ namespace reelkeep {
 
 std::vector<Location> locations(const std::vector<std::string>& paths);
 
-/// Answers folder dialogs from a script and records how they were shown. Outlives the dialogs it makes.
+/// Answers folder dialogs from a script and records how they were shown. Must outlive the dialogs it makes.
 class ScriptedFolderDialogs {
 public:
     struct Answer {
@@ -40,10 +40,10 @@ public:
 
     std::deque<Answer> answers; ///< One for each dialog that will be shown.
     std::vector<Shown> shown;
-    int openCount = 0; ///< Dialogs that exist now.
+    int openCount = 0; ///< Number of dialogs that exist now.
 };
 
-/// How a failed test writes a dialog.
+/// How a failed test prints a dialog.
 void PrintTo(const ScriptedFolderDialogs::Shown& dialog, std::ostream* stream);
 
 } // namespace reelkeep

@@ -12,7 +12,7 @@ std::vector<std::string> relativePaths(const VideoList& videos)
 
 SessionTest::~SessionTest()
 {
-    files->open(); // Nothing may be left waiting behind a test.
+    files->open(); // Nothing may be left waiting after a test.
     EXPECT_EQ(dialogs.openCount, 0);
 }
 

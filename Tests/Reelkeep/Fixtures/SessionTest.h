@@ -16,13 +16,13 @@ namespace reelkeep {
 
 using Lines = std::vector<std::string>;
 
-/// The verdict on a card of which nothing is missing.
+/// The verdict on a card from which nothing is missing.
 inline const std::string allSaved =
     "Todo lo de la camara ya esta guardado en las ubicaciones revisadas. Los videos extra se ignoran.";
 
 std::vector<std::string> relativePaths(const VideoList& videos);
 
-/// A session over files in memory, whose dialogs are answered by the test.
+/// A session on files in memory, with dialogs that the test answers.
 class SessionTest : public testing::Test {
 protected:
     ~SessionTest() override;

@@ -4,7 +4,7 @@
 
 namespace reelkeep {
 
-/// Files in memory whose copying can be stopped in the middle, and whose analyses can be.
+/// Files in memory on which copies and analyses can be held in the middle.
 class StagedFiles : public MemoryFileManager {
 public:
     /// The copy with this number, counted from 0, waits until `releaseCopy`.

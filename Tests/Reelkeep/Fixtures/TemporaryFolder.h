@@ -8,10 +8,10 @@
 
 namespace reelkeep {
 
-/// A new folder on disk that goes, with everything in it, at the end of the test.
+/// A new folder that is removed, with everything in it, at the end of the test.
 class TemporaryFolder {
 public:
-    /// Below `base`, else below the system's folder for temporary files.
+    /// In `base`, or in the system's folder for temporary files.
     explicit TemporaryFolder(const std::string& base = "");
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
@@ -19,7 +19,7 @@ public:
 
     const Location& location() const { return place; }
     Location operator/(std::string_view relative) const { return place.appending(relative); }
-    /// Makes a file, and the folders above it.
+    /// Makes a file and its parent folders.
     Location file(std::string_view relative, std::string_view content = "x") const;
     Location folder(std::string_view relative) const;
 

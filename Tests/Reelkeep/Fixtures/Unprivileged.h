@@ -10,7 +10,7 @@ namespace reelkeep {
 /// keep out the owner too.
 std::string runUnprivileged(const std::function<std::string()>& action);
 
-/// Within such an action: from now on the system refuses to start another thread.
+/// In such an action: from now on the system refuses to start threads.
 void allowNoMoreThreads();
 
 } // namespace reelkeep

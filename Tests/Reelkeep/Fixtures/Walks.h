@@ -7,7 +7,7 @@
 
 namespace reelkeep {
 
-/// Walks with a given number of threads, whatever the disk.
+/// Walks with a given number of threads on any disk.
 class FixedWalkers : public LinuxFileManager {
 public:
     explicit FixedWalkers(unsigned count) : walkers(count) {}
@@ -18,7 +18,7 @@ private:
     unsigned walkers;
 };
 
-/// All that a walk finds.
+/// Everything that a walk finds.
 inline std::vector<FileManager::Entry> entriesBelow(const Location& root, const FileManager::NameFilter& wanted,
                                                     const FileManager& files = LinuxFileManager(),
                                                     const std::stop_token& stop = {})

@@ -33,7 +33,7 @@ QImage picture(QWidget& widget)
 
 void turnWheel(QWidget& widget, QPoint place, int notches)
 {
-    // A wheel that nobody turned is not passed on by the toolkit to what stands behind a widget that ignores it.
+    // The toolkit does not pass a synthetic wheel event on to the parent of a widget that ignores it.
     for (QWidget* target = &widget; target; target = target->isWindow() ? nullptr : target->parentWidget()) {
         QWheelEvent event(place, target->mapToGlobal(place), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
                           Qt::NoModifier, Qt::NoScrollPhase, false);

@@ -10,7 +10,7 @@
 
 class QAccessibleInterface;
 
-/// How a failed test writes a text.
+/// How a failed test prints a text.
 void PrintTo(const QString& text, std::ostream* stream);
 
 namespace reelkeep {
@@ -18,27 +18,27 @@ namespace reelkeep {
 class Button;
 class TextWidget;
 
-/// Shows a widget and waits until it has the keyboard.
+/// Shows a widget and waits until its window is active.
 void showActive(QWidget& widget);
 
-/// What is painted, with the widget's window as its ground.
+/// The widget as painted on the background of its window.
 QImage picture(QWidget& widget);
 
-/// Turns the wheel over a place; negative notches turn it towards the user, which shows what is below.
+/// Turns the wheel over a point; negative notches turn it towards the user, which scrolls down.
 void turnWheel(QWidget& widget, QPoint place, int notches);
 
-/// All texts that are shown below `root`, in reading order.
+/// All visible texts in `root`, in reading order.
 std::vector<TextWidget*> shownTexts(const QWidget& root);
 QStringList shownWords(const QWidget& root);
 
-/// Whether a line ends inside a word, and not where texts are commonly broken.
+/// Whether a line ends inside a word, that is, not at a usual break.
 bool breaksAWord(const TextWidget& text);
 
 /// What a screen reader calls a widget.
 QString spokenName(QWidget& widget);
 QAccessibleInterface& spoken(QWidget& widget);
 
-/// The widget of a kind that is shown and that a screen reader calls `name`; null where there is none, or more.
+/// The visible widget of a kind that a screen reader calls `name`; null if there is none, or more than one.
 template <class Widget>
 Widget* shownWidget(const QWidget& root, const QString& name)
 {

@@ -39,7 +39,7 @@ WindowTest::WindowTest(std::shared_ptr<StagedFiles> stagedFiles)
 
 WindowTest::~WindowTest()
 {
-    files->open(); // Nothing may be left waiting behind a test.
+    files->open(); // Nothing may be left waiting after a test.
     files->releaseCopy();
     window.reset();
     EXPECT_EQ(dialogs.openCount, 0);

@@ -24,7 +24,7 @@ namespace reelkeep {
 enum class WindowState { fresh, chosen, analysed, copying, allSaved };
 std::ostream& operator<<(std::ostream& stream, WindowState state);
 
-/// The window as a user meets it, over files in memory, with dialogs that the test answers.
+/// The window as a user sees it, on files in memory, with dialogs that the test answers.
 class WindowTest : public testing::Test {
 protected:
     WindowTest() : WindowTest(std::make_shared<StagedFiles>()) {}
@@ -33,18 +33,18 @@ protected:
 
     VideoSyncViewModel& session() { return content->viewModel(); }
 
-    /// Waits until the window shows what the session holds, and stands still.
+    /// Waits until the window shows what the session holds, and no longer changes.
     void settle() const;
     void resize(int width, int height);
-    /// As low as the content allows at a width.
+    /// As low as the content allows at this width.
     void resizeToContent(int width);
 
-    // What the user sees. A name is what a screen reader says; asking for something that is not shown fails the test.
+    // What the user sees. A name is what a screen reader says; a query for something that is not shown fails the test.
     Button& button(const QString& name) const;
     bool hasButton(const QString& name) const { return shownWidget<Button>(*content, name) != nullptr; }
     Switch& toggle() const;
     PopUp* chooser() const { return shownWidgetWith<PopUp>(QStringLiteral("HD de copia activo")); }
-    /// The part of the window with a name; its words in reading order.
+    /// The part of the window with a name; its texts in reading order.
     QWidget& part(const QString& name) const;
     QStringList wordsIn(const QString& partName) const { return shownWords(part(partName)); }
     QStringList words() const { return shownWords(*content); }
@@ -66,7 +66,7 @@ protected:
     void willCancel() { dialogs.willCancel(); }
     bool becomesIdle();
 
-    /// A card with `onCard` videos of 1000 bytes each, of which the first `onDisk` stand on the disk too.
+    /// A card with `onCard` videos of 1000 bytes each, of which the first `onDisk` are on the disk too.
     void fill(const std::string& card, const std::string& disk, int onCard, int onDisk);
 
     /// Does what a user would do to get there from a new window.

@@ -1,4 +1,4 @@
-// Preloaded, makes a file system without a lock service of every disk: flock fails with the errno value in
+// Preloaded, makes every disk a file system without locks: flock fails with the errno value in
 // REELKEEP_FLOCK_ERROR.
 
 #include <cerrno>

@@ -11,7 +11,7 @@
 namespace reelkeep {
 namespace {
 
-/// Ends when it is told to.
+/// A job that ends when it is stopped.
 void waitForStop(const std::stop_token& stop)
 {
     std::promise<void> stopped;
@@ -19,7 +19,7 @@ void waitForStop(const std::stop_token& stop)
     stopped.get_future().wait();
 }
 
-TEST(BackgroundTasks, runsAJobOnAThreadOfItsOwn)
+TEST(BackgroundTasks, runsAJobOnANewThread)
 {
     std::promise<std::thread::id> ranOn;
     BackgroundTasks tasks;
@@ -40,7 +40,7 @@ TEST(BackgroundTasks, runsAllJobsAtOnce)
     one.get_future().wait();
 }
 
-TEST(BackgroundTasks, tellsItsJobsToStopAndWaitsForThem)
+TEST(BackgroundTasks, stopsItsJobsAndWaitsForThem)
 {
     std::atomic<int> ended = 0;
     {
@@ -56,7 +56,7 @@ TEST(BackgroundTasks, tellsItsJobsToStopAndWaitsForThem)
     EXPECT_EQ(ended, 2);
 }
 
-TEST(BackgroundTasks, tellsJobsThatStartLaterToStopToo)
+TEST(BackgroundTasks, stopsJobsThatStartLaterToo)
 {
     std::promise<bool> told;
     BackgroundTasks tasks;
@@ -65,7 +65,7 @@ TEST(BackgroundTasks, tellsJobsThatStartLaterToStopToo)
     EXPECT_TRUE(told.get_future().get());
 }
 
-TEST(BackgroundTasks, leavesAJobThatHangsToItself)
+TEST(BackgroundTasks, abandonsAJobThatHangs)
 {
     const auto release = std::make_shared<std::promise<void>>();
     const auto ended = std::make_shared<std::promise<void>>();
@@ -80,7 +80,7 @@ TEST(BackgroundTasks, leavesAJobThatHangsToItself)
     const auto waited = std::chrono::steady_clock::now() - start;
     EXPECT_GE(waited, std::chrono::milliseconds(400));
     EXPECT_LT(waited, std::chrono::seconds(5));
-    release->set_value(); // The job still ends well after its tasks are gone.
+    release->set_value(); // The job still ends well after its owner is gone.
     ended->get_future().wait();
 }
 

@@ -9,26 +9,26 @@ using Dialogs = std::vector<ScriptedFolderDialogs::Shown>;
 
 class FolderSelection : public SessionTest {};
 
-TEST_F(FolderSelection, asksForTheSourceWithADialogForOneFolder)
+TEST_F(FolderSelection, choosesTheSourceInADialogForOneFolder)
 {
     chooseSource("/card");
     EXPECT_EQ(dialogs.shown, Dialogs{ScriptedFolderDialogs::forOneFolder("Selecciona la carpeta de origen")});
 }
 
-TEST_F(FolderSelection, asksForTheDestinationWithADialogForOneFolder)
+TEST_F(FolderSelection, choosesTheDestinationInADialogForOneFolder)
 {
     chooseDestination("/A");
     EXPECT_EQ(dialogs.shown, Dialogs{ScriptedFolderDialogs::forOneFolder("Selecciona la carpeta de destino")});
 }
 
-TEST_F(FolderSelection, asksForReviewFoldersWithADialogForSeveral)
+TEST_F(FolderSelection, choosesReviewFoldersInADialogForSeveral)
 {
     addReviewFolders({"/A"});
     EXPECT_EQ(dialogs.shown,
               Dialogs{ScriptedFolderDialogs::forSeveralFolders("Selecciona uno o varios HDs o carpetas a revisar")});
 }
 
-TEST_F(FolderSelection, makesANewDialogForEachQuestionAndKeepsNone)
+TEST_F(FolderSelection, makesANewDialogForEachChoiceAndKeepsNone)
 {
     int openMeanwhile = 0;
     for (int i = 0; i < 2; ++i) {
@@ -41,7 +41,7 @@ TEST_F(FolderSelection, makesANewDialogForEachQuestionAndKeepsNone)
     EXPECT_EQ(openMeanwhile, 2);
 }
 
-TEST_F(FolderSelection, setsTheSourceAlone)
+TEST_F(FolderSelection, setsOnlyTheSource)
 {
     const AnnouncementRecorder recorder(*session);
     chooseSource("/card");
@@ -56,7 +56,7 @@ TEST_F(FolderSelection, reviewsTheFirstDestination)
     EXPECT_EQ(recorder.writes(), (Lines{"copyDestinationFolder = /A", "destinationReviewFolders = [/A]"}));
 }
 
-TEST_F(FolderSelection, keepsReviewingTheDestinationBefore)
+TEST_F(FolderSelection, keepsReviewingThePreviousDestination)
 {
     chooseDestination("/A");
     const AnnouncementRecorder recorder(*session);
@@ -74,7 +74,7 @@ TEST_F(FolderSelection, addsReviewFoldersAtTheEndAsOneChange)
     EXPECT_EQ(recorder.writes(), (Lines{"destinationReviewFolders = [/B, /D, /C]"}));
 }
 
-TEST_F(FolderSelection, announcesOnceWhereNoAddedFolderIsNew)
+TEST_F(FolderSelection, announcesOnceIfNoAddedFolderIsNew)
 {
     addReviewFolders({"/Volumes/B"});
     const AnnouncementRecorder recorder(*session);
@@ -98,7 +98,7 @@ TEST_F(FolderSelection, addsTheDestinationToo)
     EXPECT_EQ(session->effectiveDestinationReviewFolders(), locations({"/A", "/B"}));
 }
 
-TEST_F(FolderSelection, comparesAddedFoldersByTheirPathsAlone)
+TEST_F(FolderSelection, comparesAddedFoldersByTheirPathsOnly)
 {
     addReviewFolders({"/Volumes/B"});
     addReviewFolders({"/volumes/b", "/Volumes/B/"});
@@ -159,7 +159,7 @@ TEST_F(FolderSelection, removesEveryEntryOfAFolderAsOneChange)
     EXPECT_EQ(recorder.count(), 2U);
 }
 
-TEST_F(FolderSelection, removesAFolderThatIsNamedByTheListItself)
+TEST_F(FolderSelection, removesAFolderGivenByAReferenceIntoTheList)
 {
     addReviewFolders({"/A", "/B", "/A"});
     session->removeDestinationReviewFolder(session->destinationReviewFolders().front());
@@ -175,7 +175,7 @@ TEST_F(FolderSelection, goesOnReviewingADestinationThatWasRemoved)
     EXPECT_EQ(session->effectiveDestinationReviewFolders(), locations({"/A", "/B"}));
 }
 
-TEST_F(FolderSelection, takesAnyFolderForAnyChoice)
+TEST_F(FolderSelection, acceptsAnyFolderForAnyChoice)
 {
     chooseSource("/card");
     chooseDestination("/card");
@@ -184,7 +184,7 @@ TEST_F(FolderSelection, takesAnyFolderForAnyChoice)
     EXPECT_EQ(session->destinationReviewFolders(), locations({"/card", "/card/DCIM", "/missing"}));
 }
 
-TEST_F(FolderSelection, leavesTheResultsOfTheScanBefore)
+TEST_F(FolderSelection, keepsTheResultsOfThePreviousScan)
 {
     files->add("/card/a.mov");
     chooseSource("/card");
@@ -216,7 +216,7 @@ TEST_F(FolderSelection, receivesResultsWhileADialogIsOpen)
     EXPECT_EQ(session->destinationReviewFolders(), locations({"/A", "/B"}));
 }
 
-TEST_F(FolderSelection, survivesItsEndWhileADialogIsOpen)
+TEST_F(FolderSelection, survivesTheEndOfTheSessionWhileADialogIsOpen)
 {
     using Operation = void (VideoSyncViewModel::*)();
     for (const Operation operation :

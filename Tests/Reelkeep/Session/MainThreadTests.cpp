@@ -40,7 +40,7 @@ TEST(MainThread, runsJobsInTheOrderInWhichTheyWerePosted)
     EXPECT_EQ(ran, upTo(count));
 }
 
-TEST(MainThread, losesNoJobOfSeveralThreads)
+TEST(MainThread, losesNoJobThatSeveralThreadsPost)
 {
     constexpr int count = 2'000;
     QObject owner;
@@ -67,12 +67,12 @@ TEST(MainThread, runsJobsOnTheInterfaceThread)
     const MainThread mainThread(&owner);
     QThread* ranOn = nullptr;
     std::thread([&] { mainThread.post([&] { ranOn = QThread::currentThread(); }); }).join();
-    EXPECT_EQ(ranOn, nullptr); // Not before the event loop turns.
+    EXPECT_EQ(ranOn, nullptr); // Not before the event loop runs.
     EXPECT_TRUE(waitUntil([&] { return ranOn != nullptr; }));
     EXPECT_EQ(ranOn, QCoreApplication::instance()->thread());
 }
 
-TEST(MainThread, runsAJobThatAJobPostsAfterThoseThatWait)
+TEST(MainThread, runsAJobThatAJobPostsAfterThoseThatWereWaiting)
 {
     QObject owner;
     const MainThread mainThread(&owner);
@@ -86,7 +86,7 @@ TEST(MainThread, runsAJobThatAJobPostsAfterThoseThatWait)
     EXPECT_EQ(ran, upTo(3));
 }
 
-TEST(MainThread, letsTheEventLoopTurnDuringABurst)
+TEST(MainThread, letsTheEventLoopRunDuringABurst)
 {
     constexpr int count = 1'000;
     QObject owner;
@@ -109,7 +109,7 @@ TEST(MainThread, letsTheEventLoopTurnDuringABurst)
     EXPECT_GE(turnsDuringTheBurst, 10);
 }
 
-TEST(MainThread, goesOnServingWhileAJobRunsAnEventLoopOfItsOwn)
+TEST(MainThread, goesOnRunningJobsWhileAJobRunsANestedEventLoop)
 {
     QObject owner;
     const MainThread mainThread(&owner);
@@ -124,7 +124,7 @@ TEST(MainThread, goesOnServingWhileAJobRunsAnEventLoopOfItsOwn)
     EXPECT_EQ(ran, upTo(3));
 }
 
-TEST(MainThread, dropsTheJobsThatWaitWhenItsOwnerEnds)
+TEST(MainThread, dropsWaitingJobsWhenItsOwnerEnds)
 {
     auto owner = std::make_unique<QObject>();
     const MainThread mainThread(owner.get());
@@ -139,7 +139,7 @@ TEST(MainThread, dropsTheJobsThatWaitWhenItsOwnerEnds)
     EXPECT_FALSE(ran);
 }
 
-TEST(MainThread, dropsTheJobsThatComeAfterItsOwnerEnded)
+TEST(MainThread, dropsJobsThatArriveAfterItsOwnerEnded)
 {
     auto owner = std::make_unique<QObject>();
     const MainThread mainThread(owner.get());
@@ -151,7 +151,7 @@ TEST(MainThread, dropsTheJobsThatComeAfterItsOwnerEnded)
     letEventsPass();
 }
 
-TEST(MainThread, dropsWhatFollowsAJobThatEndsItsOwner)
+TEST(MainThread, dropsJobsAfterOneThatEndsItsOwner)
 {
     auto owner = std::make_unique<QObject>();
     const MainThread mainThread(owner.get());

@@ -32,7 +32,7 @@ TEST_F(ScanWorkflow, needsASource)
     EXPECT_EQ(recorder.writes(), (Lines{"statusMessage = Selecciona primero la carpeta de origen."}));
 }
 
-TEST_F(ScanWorkflow, looksForTheSourceBeforeTheDestination)
+TEST_F(ScanWorkflow, checksTheSourceBeforeTheDestination)
 {
     session->scanFolders();
     EXPECT_EQ(session->statusMessage(), "Selecciona primero la carpeta de origen.");
@@ -77,7 +77,7 @@ TEST_F(ScanWorkflow, announcesEqualResultsToo)
                      "isScanning = false"}));
 }
 
-TEST_F(ScanWorkflow, touchesNothingElseWhileItRuns)
+TEST_F(ScanWorkflow, changesNothingElseWhileItRuns)
 {
     prepare();
     scan();
@@ -97,14 +97,14 @@ TEST_F(ScanWorkflow, touchesNothingElseWhileItRuns)
     EXPECT_TRUE(becomesIdle());
 }
 
-TEST_F(ScanWorkflow, walksTheSourceAndThenEveryReviewLocationInItsOrder)
+TEST_F(ScanWorkflow, walksTheSourceAndThenEveryReviewLocationInOrder)
 {
     prepare();
     scan();
     EXPECT_EQ(files->walkedRoots(), (Lines{"/card", "/A", "/B"}));
 }
 
-TEST_F(ScanWorkflow, reviewsADestinationThatIsInNoList)
+TEST_F(ScanWorkflow, reviewsADestinationThatIsNotInTheList)
 {
     files->add("/card/a.mov");
     files->add("/A/a.mov");
@@ -126,7 +126,7 @@ TEST_F(ScanWorkflow, remembersWhenItsResultsWereApplied)
     EXPECT_GE(after, *session->lastScanDate());
 }
 
-TEST_F(ScanWorkflow, saysThatAllIsSavedWhereTheCameraHoldsNoVideo)
+TEST_F(ScanWorkflow, reportsAllSavedIfTheCameraHasNoVideos)
 {
     chooseSource("/card");
     chooseDestination("/A");
@@ -171,7 +171,7 @@ TEST_F(ScanWorkflow, ignoresExtraVideosOnTheDisks)
     EXPECT_EQ(session->statusMessage(), allSaved);
 }
 
-TEST_F(ScanWorkflow, keepsTheResultsBeforeWhenAWalkFails)
+TEST_F(ScanWorkflow, keepsThePreviousResultsIfAWalkFails)
 {
     prepare();
     scan();
@@ -188,7 +188,7 @@ TEST_F(ScanWorkflow, keepsTheResultsBeforeWhenAWalkFails)
     EXPECT_EQ(snapshotWithout("statusMessage", *session), before);
 }
 
-TEST_F(ScanWorkflow, failsWhenTheSourceCannotBeRead)
+TEST_F(ScanWorkflow, failsIfTheSourceCannotBeRead)
 {
     prepare();
     files->failBelow("/card", "Tarjeta retirada");
@@ -198,7 +198,7 @@ TEST_F(ScanWorkflow, failsWhenTheSourceCannotBeRead)
     EXPECT_EQ(session->lastScanDate(), std::nullopt);
 }
 
-TEST_F(ScanWorkflow, failsInTheUsersWordsWithoutAThread)
+TEST_F(ScanWorkflow, failsInTheUsersWordsIfNoThreadCanStart)
 {
     const std::string status = runUnprivileged([this] {
         prepare();
@@ -210,7 +210,7 @@ TEST_F(ScanWorkflow, failsInTheUsersWordsWithoutAThread)
                       "Cierra otros programas y vuelve a intentarlo.");
 }
 
-TEST_F(ScanWorkflow, worksOnTheChoicesOfItsStart)
+TEST_F(ScanWorkflow, usesTheChoicesFromItsStart)
 {
     prepare();
     files->close();
@@ -224,7 +224,7 @@ TEST_F(ScanWorkflow, worksOnTheChoicesOfItsStart)
     EXPECT_EQ(files->walkedRoots(), (Lines{"/card", "/A", "/B"}));
 }
 
-TEST_F(ScanWorkflow, appliesTheResultsOfEveryScanThatOverlaps)
+TEST_F(ScanWorkflow, appliesTheResultsOfAllOverlappingScans)
 {
     prepare();
     files->close();
@@ -254,7 +254,7 @@ TEST_F(ScanWorkflow, appliesTheResultsOfEveryScanThatOverlaps)
     EXPECT_EQ(finished, 1);
 }
 
-TEST_F(ScanWorkflow, tellsItsWorkerToStopWhenTheSessionEnds)
+TEST_F(ScanWorkflow, stopsItsWorkerWhenTheSessionEnds)
 {
     prepare();
     files->close();
@@ -274,7 +274,7 @@ TEST_F(ScanWorkflow, dropsTheResultsOfAWorkerThatOutlivesTheSession)
     session.reset();
     EXPECT_EQ(files->waitingCount(), 1);
     files->open();
-    // The worker's last share in the files ends with it.
+    // The worker's reference to the files ends with it.
     EXPECT_TRUE(waitUntil([&] { return files.use_count() == 1; }));
     letEventsPass();
 }

@@ -39,7 +39,7 @@ TEST_F(VideoSyncViewModelTest, derivesTheInitialTextsAndRules)
     EXPECT_EQ(session->cameraVideosAlreadyInDestinationCount(), 0U);
 }
 
-TEST_F(VideoSyncViewModelTest, usesARealFileManagerWhereNoneIsGiven)
+TEST_F(VideoSyncViewModelTest, usesTheRealFileManagerIfNoneIsGiven)
 {
     VideoSyncViewModel real(dialogs.factory());
     willChoose({"/missing folder of a test"});
@@ -72,7 +72,7 @@ TEST_F(VideoSyncViewModelTest, announcesTheWriteOfAnEqualValueToo)
     EXPECT_EQ(recorder.writes(), (Lines{"nothing", "nothing"}));
 }
 
-TEST_F(VideoSyncViewModelTest, setsTheDestinationWithoutAnyOtherEffect)
+TEST_F(VideoSyncViewModelTest, setsTheDestinationAndNothingElse)
 {
     session->setCopyDestinationFolder(Location("/A"));
     EXPECT_EQ(session->copyDestinationFolder(), Location("/A"));
@@ -106,7 +106,7 @@ TEST_F(VideoSyncViewModelTest, cannotScanReviewFoldersWithoutADestination)
     EXPECT_FALSE(session->canScan());
 }
 
-TEST_F(VideoSyncViewModelTest, countsLocationsByTheirPathsAlone)
+TEST_F(VideoSyncViewModelTest, countsLocationsByTheirPathsOnly)
 {
     addReviewFolders({"/Volumes/A", "/volumes/a", "/Volumes/./A"});
     EXPECT_EQ(session->destinationReviewSummary(), "3 ubicaciones seleccionadas");
@@ -200,7 +200,7 @@ TEST_F(VideoSyncViewModelTest, countsTheVideosThatAreSaved)
     EXPECT_EQ(session->cameraVideosAlreadyInDestinationCount(), 1U);
 }
 
-TEST_F(VideoSyncViewModelTest, neverCountsLessThanNoSavedVideo)
+TEST_F(VideoSyncViewModelTest, neverCountsFewerThanZeroSavedVideos)
 {
     for (int i = 0; i < 12; ++i)
         files->add("/card/" + std::to_string(i) + ".mov");
@@ -210,7 +210,7 @@ TEST_F(VideoSyncViewModelTest, neverCountsLessThanNoSavedVideo)
     files->remove("/card/0.mov");
     files->remove("/card/1.mov");
     bool wasCounted = false;
-    // Between two writes the lists are of different scans.
+    // Between two writes the lists come from different scans.
     QObject::connect(session.get(), &VideoSyncViewModel::objectWillChange, session.get(), [&] {
         if (session->sourceVideos().size() != 10 || session->missingVideos().size() != 12)
             return;
@@ -228,7 +228,7 @@ TEST_F(VideoSyncViewModelTest, survivesASlotThatDestroysIt)
     EXPECT_EQ(session, nullptr);
 }
 
-/// Every way into the session, called from a thread on which it does not live.
+/// Every operation of the session, called from another thread than its own.
 using Call = void (*)(VideoSyncViewModel&);
 class VideoSyncViewModelDeathTest : public testing::TestWithParam<Call> {};
 

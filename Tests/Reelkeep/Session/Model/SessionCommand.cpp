@@ -41,7 +41,7 @@ void showValue(const Command& command, std::ostream& stream)
 rc::Gen<Command> commands()
 {
     using Going = SteppedFiles::Going;
-    // The more often, the likelier.
+    // Repeated entries are likelier.
     const auto deeds = rc::gen::weightedElement<Deed>({
         {3, Deed::resumeWorker},
         {2, Deed::resumeAllWorkers},

@@ -36,8 +36,8 @@ enum class Meanwhile { nothing, serving, destruction };
 
 struct Command {
     Deed deed = Deed::serve;
-    int target = 0; ///< Which worker, folder or file, counted round.
-    int step = 0;   ///< From one folder that is chosen in a dialog to the next.
+    int target = 0; ///< Which worker, folder or file, modulo their number.
+    int step = 0;   ///< The distance between the folders that are chosen in a dialog.
     Reply reply = Reply::folders;
     Meanwhile meanwhile = Meanwhile::nothing;
     SteppedFiles::Going going = SteppedFiles::Going::well;
@@ -45,7 +45,7 @@ struct Command {
     int fatalWrite = 0; ///< See SessionModel::destroyAt.
 };
 
-/// How a failure writes a command.
+/// How a failure prints a command.
 void showValue(const Command& command, std::ostream& stream);
 
 rc::Gen<Command> commands();

@@ -23,7 +23,7 @@
 namespace reelkeep {
 namespace {
 
-/// Names of letters in both cases, one folder within another, a path that repeats its root, and files that are none.
+/// Names of letters in both cases, nested folders, a path that repeats its root, and files that are not videos.
 const std::vector<std::string> paths = {"/card/a.mov",          "/card/B.mov",   "/card/x/a.mov", "/card/x/b.MOV",
                                         "/card/x/card/c.mov",   "/card/y/a.mov", "/card/d.txt",   "/A/A.mov",
                                         "/A/x/a.mov",           "/A/x/B.mov",    "/A/extra.mp4",  "/B/b.mov",
@@ -37,7 +37,7 @@ const Value& pick(const std::vector<Value>& values, int number)
     return values[static_cast<std::size_t>(number) % values.size()];
 }
 
-/// A session and its model, led through the same commands.
+/// A session and its model, given the same commands.
 class SessionMachine {
 public:
     SessionMachine() { begin(); }
@@ -64,7 +64,7 @@ public:
         compare();
     }
 
-    /// Lets everything come to its end: a scan may follow a copy, and nothing follows that.
+    /// Lets everything finish: a copy may be followed by a scan, and that by nothing.
     void finish()
     {
         for (int round = 0; round < 2; ++round) {
@@ -131,7 +131,7 @@ private:
         model.begin();
     }
 
-    // --- Deeds
+    // --- Commands
 
     void resumeWorker(const Command& command)
     {
@@ -148,7 +148,7 @@ private:
         files->resume(*run.worker, going);
     }
 
-    /// One worker after the other, each to its end.
+    /// Runs one worker after another to its end.
     void resumeAllWorkers()
     {
         while (!model.runs().empty()) {
@@ -269,9 +269,9 @@ private:
         session.reset();
     }
 
-    // --- What holds after each of them
+    // --- Checks after each command
 
-    /// Waits until every worker has come as far as its model.
+    /// Waits until every worker has reached the state of its model.
     void settle()
     {
         std::vector<std::thread::id> known;
@@ -289,7 +289,7 @@ private:
             require(run.worker.has_value(), "not called by a new worker: " + run.callInHand);
             known.push_back(*run.worker);
         }
-        // Each worker holds the files until it has posted its outcome.
+        // Each worker keeps the files until it has posted its outcome.
         const auto holders = static_cast<long>(1 + (model.isAlive() ? 1 : 0) + model.runs().size());
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (files.use_count() != holders && std::chrono::steady_clock::now() < deadline)
@@ -345,7 +345,7 @@ private:
     std::string trace;
 };
 
-/// Whatever users and disks do in whatever order, each write is the one that the rules name, in its turn.
+/// Whatever users and disks do, in any order, the session writes exactly what the rules require, in their order.
 TEST(SessionMachine, doesWhatItsModelDoes)
 {
     std::size_t deeds = 0;
@@ -356,7 +356,7 @@ TEST(SessionMachine, doesWhatItsModelDoes)
         const int destination = *rc::gen::inRange(1, 4);
         const auto sequence = *rc::gen::container<std::vector<Command>>(commands());
         SessionMachine machine;
-        // Files, and choices without which little happens.
+        // Files, and the choices that most commands need.
         for (const int path : {0, 1, 2, 3, 5, 7, 9, 10})
             machine.perform({.deed = Deed::addFile, .target = path, .size = (path + sizes) % 3});
         machine.perform({.deed = Deed::chooseSource, .target = source});

@@ -34,7 +34,7 @@ std::string swappedCase(std::string text)
     return text;
 }
 
-/// Small letters first, and that counts last. It is the file browser's order for names of ASCII letters and dots.
+/// Case-insensitive, then lower case first: the file browser's order for names of ASCII letters and dots.
 bool isBefore(const std::string& one, const std::string& other)
 {
     return lower(one) != lower(other) ? lower(one) < lower(other) : swappedCase(one) < swappedCase(other);

@@ -15,14 +15,14 @@
 
 namespace reelkeep {
 
-/// What a session does, written down from its rules in the plainest way: it knows each write and its order, which call
-/// every worker has in hand, and what the workers have posted. It shares no code with the session or the engine.
+/// A second, plain implementation of the session's rules. It knows each write and its order, the call that every worker
+/// is executing, and what the workers have posted. It shares no code with the session or the engine.
 class SessionModel {
 public:
     /// A scan or a copy on its worker.
     struct Run {
         std::string callInHand;                ///< "walk /card"; empty once the worker has posted its outcome.
-        std::optional<std::thread::id> worker; ///< Noted here by whoever found it.
+        std::optional<std::thread::id> worker; ///< Set by the test that found it.
 
         bool isCopy = false;
         bool endsACopy = false; ///< A scan that follows a copy.
@@ -38,7 +38,7 @@ public:
         std::size_t copied = 0;
     };
     using Folders = std::vector<std::string>;
-    /// What the user answers in a dialog; absent for a cancelled one.
+    /// The user's answer in a dialog; absent if it is cancelled.
     using Answer = std::optional<Folders>;
 
     std::map<std::string, std::int64_t> disk;
@@ -61,17 +61,17 @@ public:
     void scanFolders() { beginScan(false); }
     void copyMissingVideos();
 
-    /// The call that this worker has in hand goes on.
+    /// The call that this worker is executing continues.
     void resume(Run& run, SteppedFiles::Going going);
-    /// The interface thread does what the workers have posted so far.
+    /// The interface thread runs what the workers have posted so far.
     void serve();
 
-    /// The session ends, and with it all that runs and waits.
+    /// The session ends, with everything that runs and waits.
     void destroy();
-    /// The session is destroyed by whoever hears of the write with this number among those not taken yet, from 1;
-    /// 0 for none.
+    /// The session is destroyed in the slot of the write with this number among those not taken yet, from 1; 0 for
+    /// none.
     void destroyAt(std::size_t write) { fatalWrite = write; }
-    /// A new session, over the same disk.
+    /// A new session on the same disk.
     void begin();
 
 private:

@@ -24,7 +24,7 @@ std::vector<Video> plain(const VideoList& videos)
 {
     std::vector<Video> plainVideos;
     for (const VideoFile& video : videos) {
-        // Two fields say the same, and one says nothing: a record for which that does not hold is equal to none.
+        // Two fields repeat others, and one is always absent; a record that differs in them is equal to none.
         const bool isSound = video.id == video.relativePath && !video.createdAt;
         plainVideos.push_back({video.url.path(), video.relativePath, video.fileName, isSound ? video.size : -1});
     }

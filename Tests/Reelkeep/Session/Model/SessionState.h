@@ -9,7 +9,7 @@
 
 namespace reelkeep {
 
-/// A record as the files in memory give it: nothing but texts and a number.
+/// A record as it comes from files in memory: texts and a number.
 struct Video {
     std::string url;
     std::string relativePath;
@@ -62,7 +62,7 @@ struct DerivedValues {
 };
 
 DerivedValues derivedValuesOf(const VideoSyncViewModel& session);
-/// By the rules alone.
+/// Derived by the rules.
 DerivedValues derivedValuesOf(const SessionState& state);
 
 /// For the message of a failed comparison.

@@ -13,24 +13,24 @@
 
 namespace reelkeep {
 
-/// Files in memory on which every walk and every copy waits until the test lets it go on. Each worker thread has one
-/// call in hand at most, so the test decides in which order overlapping runs get on, and what fails.
+/// Files in memory on which every walk and every copy waits until the test lets it continue. Each worker thread
+/// executes one call at a time, so the test decides in which order overlapping runs advance, and what fails.
 class SteppedFiles : public MemoryFileManager {
 public:
-    /// How a call goes on. The failures are of the kinds that a worker may meet.
+    /// How a call continues. The failures are those that a worker may meet.
     enum class Going { well, intoDiskError, intoOtherError, outOfMemory };
 
     /// The text of the failures that have one.
     static constexpr const char* diskReason = "se ha roto";
     static constexpr const char* otherText = "algo raro";
 
-    /// Waits, without letting an event pass, until `worker` has `call` in hand: "walk /card", "copy /card/a -> /A/a".
+    /// Waits, without handling events, until `worker` executes `call`: "walk /card", "copy /card/a -> /A/a".
     bool waitForCall(std::thread::id worker, const std::string& call) const;
-    /// The same for a worker that is none of `known`.
+    /// The same for a worker that is not among `known`.
     std::optional<std::thread::id> waitForNewWorker(const std::vector<std::thread::id>& known,
                                                     const std::string& call) const;
     void resume(std::thread::id worker, Going going);
-    /// How many calls are in hand.
+    /// How many calls are being executed.
     std::size_t callCount() const;
 
     void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
@@ -45,7 +45,7 @@ private:
         std::optional<Going> going;
     };
 
-    /// `failing` is the path that a disk error names.
+    /// `failing` is the path in the text of a disk error.
     void waitForTurn(const std::string& text, const Location& failing, const std::stop_token& stop) const;
 
     struct Steps {
