@@ -15,11 +15,11 @@ def is_missed(value: str, goal: str) -> bool:
 
 
 class Results:
-    """Rows are printed as they come; `finish` reports what they add up to."""
+    """Prints rows as they are added; `finish` prints the verdict."""
 
     def __init__(self) -> None:
         self.missed: list[str] = []
-        self.left_out: dict[str, str] = {}  # the reason by what was left out
+        self.left_out: dict[str, str] = {}  # reasons by program or section
         print("| work | program | ratio | goal |\n|---|---|---|---|", flush=True)
 
     def row(self, work: str, what: str, value: str, goal: str) -> None:

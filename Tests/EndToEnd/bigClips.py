@@ -7,7 +7,7 @@ MEBIBYTE = 1 << 20
 
 
 class BigClips:
-    """Holes for the most part, so that they cost no room on the card; yet each has a content and a time of its own."""
+    """Sparse files, so that they take no space on the card; each has its own content and time."""
 
     def __init__(self, folder, count, size=24 * MEBIBYTE, card=None, disk=None):
         self.card = card or folder / "card"
@@ -24,19 +24,19 @@ class BigClips:
             os.utime(self.card / name, (1_600_000_000, 1_600_000_000 + number))
 
     def copied(self):
-        """The clips that stand on the disk under their names."""
+        """The clips that are on the disk under their final names."""
         return [name for name in self.names if (self.disk / name).exists()]
 
     def growing(self):
-        """How many bytes the file has that is just being copied; 0 while there is none."""
+        """The size of the file that is being copied; 0 if there is none."""
         try:
             return max((entry.stat().st_size for entry in os.scandir(self.disk / "DCIM") if "reelkeep" in entry.name),
                        default=0)
-        except FileNotFoundError:  # Gone while we were looking.
+        except FileNotFoundError:  # Removed in the meantime.
             return 0
 
     def flaws(self):
-        """What is wrong on the disk: what is neither a whole clip with its time nor a folder for it."""
+        """Files on the disk that are not complete clips with their time."""
         wrong = []
         for folder, _, files in os.walk(self.disk):
             for file in files:

@@ -1,4 +1,4 @@
-"""What all tests of the real program stand on: a desktop, the program on it, and proof of what it wrote."""
+"""The base of all tests of the real program: a desktop, the program on it, and proof of what it wrote."""
 
 import functools
 import os
@@ -12,7 +12,7 @@ from window import Window
 
 
 def snapshot(root):
-    """Everything below a folder, hidden things too: path, and for a file its time and content."""
+    """Everything in a folder, hidden entries too: paths, with the time and content of files."""
     entries = {}
     for folder, folders, files in os.walk(root):
         for name in folders + files:
@@ -23,7 +23,7 @@ def snapshot(root):
 
 
 def keeping_evidence(test):
-    """Makes a test that fails keep a picture of the display, and tell what the program has said."""
+    """Makes a failing test save a picture of the display and print the output of the program."""
 
     @functools.wraps(test)
     def watched(self):
@@ -34,14 +34,14 @@ def keeping_evidence(test):
         except BaseException:
             picture = Path.cwd() / f"{test.__name__}-failed.png"
             self.desktop.picture(picture)
-            print(f"\nWhat it looked like: {picture}\nWhat the program said:\n{self.desktop.said()}", file=sys.stderr)
+            print(f"\nThe display: {picture}\nThe output of the program:\n{self.desktop.said()}", file=sys.stderr)
             raise
 
     return watched
 
 
 class DesktopTest(unittest.TestCase):
-    """A test with a desktop of its own. Only one of them can run in a process, see Desktop."""
+    """A test with its own desktop. Only one of them can run in a process, see Desktop."""
 
     program = None
     screen = (1366, 768)
@@ -58,7 +58,7 @@ class DesktopTest(unittest.TestCase):
         return Window(self.desktop.run(self.program, **more))
 
     def close(self):
-        """Closes the window; the program must then end well by itself."""
+        """Closes the window; the program must then end without an error."""
         close_window(self.desktop.program)
         self.assertEqual(self.desktop.program.returncode, 0)
 
@@ -68,7 +68,7 @@ class DesktopTest(unittest.TestCase):
 
 
 def main(usage):
-    """Runs the one test that the command line names, with the program that it names first."""
+    """Runs the test that is named on the command line after the program."""
     if len(sys.argv) != 3:
         sys.exit(usage)
     DesktopTest.program = Path(sys.argv.pop(1)).absolute()

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Disks that are pulled out or cease to answer in the middle of work, one test in a process:
+"""Disks that are pulled out or stop responding in the middle of work, one test in a process:
 deadDiskTests.py PROGRAM DeadDisk.TEST"""
 
 import os
@@ -46,14 +46,14 @@ class DeadDisk(DesktopTest):
         pending = window.pending()
         window.button(COPY).press()
         wait_for(lambda: clips.copied() and clips.growing() > 4 * MEBIBYTE,
-                 "one clip to be copied and the next to be on its way")
+                 "one clip to be copied and the next to be growing")
         self.drive.pull()
         self.wait_for_failure(window, "No he podido copiar los videos: ")
         self.assertEqual(window.pending(), pending)
         return window
 
     def complete(self, window, clips):
-        """Puts the disk in again and finishes what was cut off."""
+        """Inserts the disk again and completes the copy."""
         self.drive.unmount("-l")
         self.drive.mount()
         left = len(clips.names) - len(clips.copied())
@@ -70,8 +70,8 @@ class DeadDisk(DesktopTest):
         window = self.analysed(clips, milliseconds=0, look=20)
         pending, cards = window.pending(), window.cards()
         window.button(ANALYSE).press()
-        # Before the card is opened it is a folder that is missing, which is no failure.
-        wait_for(lambda: self.holds_open(clips.card), "the card to be read")
+        # Before it is opened, a pulled card would be a missing folder, which is not a failure.
+        wait_for(lambda: self.holds_open(clips.card), "the program to read the card")
         self.drive.pull()
         self.wait_for_failure(window, "No he podido escanear las carpetas: ")
         self.assertEqual(window.pending(), pending)
@@ -88,7 +88,7 @@ class DeadDisk(DesktopTest):
         clips = BigClips(self.desktop.folder / "media", 8, size=16 * MEBIBYTE, disk=self.drive.place / "disk")
         self.complete(self.pull_in_mid_copy(clips), clips)
 
-    def test_a_disk_that_does_not_answer_leaves_the_window_alive(self):
+    def test_the_window_works_while_a_disk_does_not_respond(self):
         clips = BigClips(self.desktop.folder / "media", 3, size=1000)
         window = self.analysed(clips, milliseconds=0)
         self.hold.write_text("held", encoding="ascii")
@@ -108,7 +108,7 @@ class DeadDisk(DesktopTest):
         window.wait_until_idle()
         self.assertEqual(clips.flaws(), [])
 
-    def test_a_disk_that_hangs_keeps_no_dialog_from_opening(self):
+    def test_dialogs_open_while_a_disk_hangs(self):
         subprocess.run(["mount", "-t", "tmpfs", "tmpfs", "/media"], check=True)
         good = self.enterContext(MountedDisk(Path("/media"), "ext4"))
         hanging = self.enterContext(MountedDisk(Path("/media"), "ntfs"))
@@ -125,7 +125,7 @@ class DeadDisk(DesktopTest):
         self.assertNotIn(hanging.place.name, offered)
 
     def offered(self, window):
-        """The names in the side bar of the folder dialog."""
+        """The names in the sidebar of the folder dialog."""
         dialog = window.ask(DESTINATION)
         names = {row.name for row in dialog.window.find(LIST, "Barra lateral").children()}
         dialog.cancel()

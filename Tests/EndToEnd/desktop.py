@@ -1,7 +1,7 @@
-"""A desktop of its own for one run of the program: display, window manager, session bus and accessibility bus.
+"""A private desktop for one run of the program: display, window manager, session bus and accessibility bus.
 
-Nothing of the desktop of whoever runs this is used or touched, and the services have another home than the program,
-so that what the program itself writes can be told.
+Nothing of the caller's desktop is used or touched. The services have another home than the program, so that everything
+in the program's home was written by the program.
 """
 
 import os
@@ -24,7 +24,7 @@ from janitor import clean_up_after_this_process, ends_with_this_process  # noqa:
 
 TIMEOUT = 30
 
-# The same typefaces everywhere, so that pictures can be compared; and no cache of them in the program's home.
+# The same fonts everywhere, so that pictures can be compared, and no font cache in the program's home.
 FONTS = """<?xml version="1.0"?>
 <!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd">
 <fontconfig>
@@ -39,8 +39,8 @@ FONTS = """<?xml version="1.0"?>
 """
 
 def wait_for(condition, what, timeout=TIMEOUT):
-    """The condition's first true value; fails naming what was waited for. A part of the window that is just being
-    built or torn down answers with an error: that is no value."""
+    """Returns the condition's first true value, or fails and names what it waited for. While a part of the window is
+    being built or torn down a query may raise an error, which counts as not yet."""
     end = time.monotonic() + timeout
     trouble = None
     while True:
@@ -57,8 +57,8 @@ def wait_for(condition, what, timeout=TIMEOUT):
 
 
 def until(condition, act, what, patience=3):
-    """Acts until the condition holds: its first true value. What a person does can be lost on its way into a busy
-    program, and is then done again, so `act` must do no harm when only the effect is late."""
+    """Acts until the condition holds; returns its first true value. A busy program may lose a click or a key, so the
+    action is repeated: `act` must do no harm if only its effect is late."""
     end = time.monotonic() + TIMEOUT
     while True:
         try:
@@ -70,8 +70,8 @@ def until(condition, act, what, patience=3):
 
 
 class Desktop:
-    """Use as a context manager, once in a process: its accessibility bus is the one that the process then keeps.
-    `home` is the program's home, empty at first; `folder` is for anything else."""
+    """A context manager, to be used once in a process, since a process can use only one accessibility bus. `home` is
+    the program's home, empty at first; `folder` is for everything else."""
 
     def __init__(self, width=1366, height=768):
         self.size = f"{width}x{height}x24"
@@ -79,7 +79,7 @@ class Desktop:
         self.program = None
 
     def __enter__(self):
-        signal.signal(signal.SIGTERM, lambda *_: sys.exit("Told to end."))
+        signal.signal(signal.SIGTERM, lambda *_: sys.exit("Stopped by a signal."))
         self.folder = Path(tempfile.gettempdir()).absolute() / f"reelkeep-desktop-{secrets.token_hex(4)}"
         clean_up_after_this_process(self.folder)
         self.folder.mkdir(mode=0o700)
@@ -102,7 +102,7 @@ class Desktop:
         services = self.make("services")
         fonts = self.folder / "fonts.conf"
         fonts.write_text(FONTS.format(cache=services / "fontconfig"), encoding="ascii")
-        # Only what every login has: an answer must not depend on how the one was set up who runs this.
+        # Only what every login has: results must not depend on the caller's settings.
         self.environment = {"PATH": "/usr/local/bin:/usr/bin:/bin", "LANG": "es_ES.UTF-8", "TZ": "Europe/Madrid",
                             "FONTCONFIG_FILE": str(fonts)}
         self.own = own = {**self.environment, "HOME": str(services), "XDG_RUNTIME_DIR": str(self.make("services-runtime")),
@@ -113,7 +113,7 @@ class Desktop:
                            f"--address=unix:path={self.folder}/bus"], own)
         own["DBUS_SESSION_BUS_ADDRESS"] = self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus
         self.launch(["openbox"], own)
-        # A window that is there before it would never get the focus.
+        # A window that opens before the window manager runs would never get the focus.
         wait_for(lambda: subprocess.run(["xdotool", "get_num_desktops"], env=own, stdin=subprocess.DEVNULL,
                                         capture_output=True).returncode == 0, "the window manager")
         self.join_accessibility_bus(bus)
@@ -124,12 +124,12 @@ class Desktop:
         return folder
 
     def launch_display(self):
-        """Starts a display in memory: its name."""
+        """Starts a display in memory; returns its name."""
         return ":" + self.launch(["Xvfb", "-displayfd", "{fd}", "-screen", "0", self.size, "-nolisten", "tcp", "-noreset"],
                                  self.own)
 
     def launch(self, command, environment):
-        """Starts a service of this desktop. One that is given a descriptor says there when it is ready: the answer."""
+        """Starts a service of this desktop. If its command contains {fd}, waits for a line there and returns it."""
         reading, writing = os.pipe()
         log = open(self.folder / f"{Path(command[0]).name}.log", "wb")
         process = subprocess.Popen([word.format(fd=writing) for word in command], env=environment, pass_fds=[writing],
@@ -147,7 +147,7 @@ class Desktop:
         return line
 
     def join_accessibility_bus(self, bus):
-        """Makes this very process, as the reader of the screen, a part of the desktop. To ask for the bus starts it."""
+        """Connects this process to the desktop as its screen reader. The query for the bus starts it."""
         connection = Gio.DBusConnection.new_for_address_sync(
             bus, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
 
@@ -161,8 +161,8 @@ class Desktop:
         os.environ["DISPLAY"] = self.environment["DISPLAY"]
 
     def run(self, program, output=None, **more):
-        """Starts the program as a person's session would, from the home folder. What it writes goes to a file, see
-        `said`, or to the descriptor `output`. `more` is added to its environment; a name whose value is None is removed."""
+        """Starts the program as a desktop session would, in the home folder. Its output goes to a file, see `said`, or
+        to the descriptor `output`. `more` is added to its environment; a name whose value is None is removed."""
         environment = {**self.environment, "HOME": str(self.home), "XDG_RUNTIME_DIR": str(self.runtime),
                        "TMPDIR": str(self.temporary), "QT_QPA_PLATFORM": "xcb", "QT_ACCESSIBILITY": "1",
                        "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", **more}
@@ -175,24 +175,24 @@ class Desktop:
         return self.program
 
     def said(self):
-        """What the program has written to its standard output and error."""
+        """The program's standard output and error so far."""
         log = self.folder / "program.log"
         return log.read_text(encoding="utf-8", errors="replace") if log.exists() else ""
 
     def colour(self, x, y):
-        """What the display shows at a place."""
+        """The colour of a pixel of the display."""
         return subprocess.run(["import", "-window", "root", "-crop", f"1x1+{x}+{y}", "-depth", "8", "rgb:-"], check=True,
                               stdin=subprocess.DEVNULL, capture_output=True,
                               env={**self.environment, "HOME": str(self.folder)}).stdout
 
     def picture(self, path):
-        """Saves what the display shows."""
+        """Saves a picture of the display."""
         subprocess.run(["import", "-window", "root", str(path)], check=True, stdin=subprocess.DEVNULL,
                        env={**self.environment, "HOME": str(self.folder)})
 
 
 def stop(process):
-    """Ends a process and what it started."""
+    """Ends a process and its group."""
     for blow in (signal.SIGTERM, signal.SIGKILL):
         try:
             os.killpg(process.pid, blow)

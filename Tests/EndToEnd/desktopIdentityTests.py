@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""How the program stands on the desktop, one test in a process: desktopIdentityTests.py PROGRAM DesktopIdentity.TEST"""
+"""How the desktop sees the program, one test in a process: desktopIdentityTests.py PROGRAM DesktopIdentity.TEST"""
 
 import subprocess
 
@@ -12,7 +12,7 @@ ID = "org.reelkeep.Reelkeep"
 
 class DesktopIdentity(DesktopTest):
     def property(self, window, name):
-        """What an X11 window tells the desktop of itself."""
+        """A property of an X11 window."""
         said = subprocess.run(["xprop", "-notype", "-name", window, name], env=self.desktop.environment,
                               stdin=subprocess.DEVNULL, capture_output=True, text=True, check=True).stdout
         return said.partition(" = ")[2].strip()

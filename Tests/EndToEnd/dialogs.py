@@ -1,4 +1,4 @@
-"""The folder dialogs, worked as a person works them."""
+"""The folder dialogs, used as a person uses them."""
 
 import os
 import re
@@ -10,7 +10,7 @@ from screen import BUTTON, CHOOSER, DIALOG, FIELD, LIST, ROW
 
 
 class FolderDialog:
-    """The open folder dialog of the given title; closed by accept or cancel."""
+    """The open folder dialog with this title; accept or cancel closes it."""
 
     def __init__(self, application, title):
         self.application = application
@@ -35,7 +35,7 @@ class FolderDialog:
         return wait_for(lambda: self.rows().get(name), f"{name!r} in {self.folder()}")
 
     def go(self, folder):
-        """Walks to a folder: up with the button, down with double clicks."""
+        """Goes to a folder: up with the button, down with double clicks."""
 
         def step():
             here = self.folder()
@@ -48,11 +48,11 @@ class FolderDialog:
             until(lambda: self.folder() != here, step, f"to get from {here} to {folder}")
 
     def select(self, folder, names, by_keyboard=False):
-        """Marks several folders of one folder, with the mouse or, where they stand one below the other, by keys."""
+        """Selects several folders in a folder, with the mouse or, if they are adjacent, with the keyboard."""
         self.go(folder)
 
         def mark():
-            # Also takes back what was marked before, so that all can be done again.
+            # Also clears the selection, so that everything can be repeated.
             until(lambda: self.marked() == {names[0]}, self.row(names[0]).click, f"{names[0]!r} to be selected")
             for name in names[1:]:
                 if by_keyboard:
@@ -66,7 +66,7 @@ class FolderDialog:
         return self.window.find(FIELD, "Directorio:").text()
 
     def marked(self):
-        """The folders that stand in the field: one as it is, several between quotes."""
+        """The folders in the text field: one as it is, several in quotes."""
         return set(re.findall('"([^"]*)"', self.typed()) or [self.typed()])
 
     def type(self, folder):

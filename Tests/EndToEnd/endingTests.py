@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The program's end in the middle of its work, one test in a process: endingTests.py PROGRAM Endings.TEST"""
+"""The end of the program in the middle of its work, one test in a process: endingTests.py PROGRAM Endings.TEST"""
 
 import os
 import random
@@ -20,7 +20,7 @@ SOON = 1.0  # seconds
 
 
 def by(blow):
-    """An ending by something that reaches the program for sure: how long it takes."""
+    """Makes an ending of something that reliably reaches the program; it returns how long the program took."""
 
     def end(program):
         began = time.monotonic()
@@ -55,22 +55,22 @@ class Endings(DesktopTest):
         return window
 
     def begin_copy(self, **more):
-        """A window that copies to a slow disk: one clip more is there than before, and of the next one a part."""
+        """A window that copies to a slow disk, when one more clip is complete and the next one is growing."""
         window = self.begin(**slow_disk(self.desktop.folder, 30), **more)
         before = self.clips.copied()
         window.analyse(found(len(self.clips.names) - len(before)))
         window.button(COPY).press()
         wait_for(lambda: len(self.clips.copied()) > len(before) and self.clips.growing() > 8 * MEBIBYTE,
-                 "one clip to be copied and the next to be on its way")
+                 "one clip to be copied and the next to be growing")
         return window
 
     def begin_held_copy(self, **more):
-        """A window that copies to a disk that has ceased to answer in the middle of a clip."""
+        """A window that copies to a disk that has stopped responding in the middle of a clip."""
         window = self.begin_copy(**more)
 
         def hold():
             self.hold.unlink(missing_ok=True)
-            wait_for(self.clips.growing, "a clip to be on its way")
+            wait_for(self.clips.growing, "a clip to be growing")
             self.hold.write_text("held", encoding="ascii")
             wait_for(lambda: self.hold.read_bytes() == b"", "the disk to hold")
 
@@ -78,7 +78,7 @@ class Endings(DesktopTest):
         return window
 
     def end(self, name, ending, status=0, parts=0):
-        """Ends the program: it must be gone soon, without a crash, and leave whole clips and no parts of any."""
+        """Ends the program: it must end soon, without a crash, and leave only complete clips."""
         took = ending(self.desktop.program)
         print(f"\n{name}: {took * 1000:.0f} ms", flush=True)
         self.assertEqual(self.desktop.program.returncode, status, self.desktop.said())
@@ -86,7 +86,7 @@ class Endings(DesktopTest):
         self.assertEqual(len(self.clips.flaws()), parts, self.clips.flaws())
 
     def complete(self):
-        """What was cut off is finished by the next run."""
+        """The next run completes the copy."""
         window = self.begin()
         left = len(self.clips.names) - len(self.clips.copied())
         window.analyse(found(left))
@@ -98,7 +98,7 @@ class Endings(DesktopTest):
         self.assertEqual(self.clips.flaws(), [])
         self.assert_left_no_trace()
 
-    def test_a_copy_ends_in_every_way_and_the_next_run_completes_it(self):
+    def test_a_copy_can_end_in_every_way_and_the_next_run_completes_it(self):
         self.clips = BigClips(self.desktop.folder / "media", 12)
         for name, ending in ENDINGS.items():
             with self.subTest(name):
@@ -137,11 +137,11 @@ class Endings(DesktopTest):
         self.hold = self.desktop.folder / "hold"
         window = self.begin_held_copy(SESSION_MANAGER=session.address)
         session.wait_for_event("joined")
-        session.tell_all("save")
+        session.send_all("save")
         session.wait_for_event("saved")
-        self.assertTrue(window.status().startswith("Copiando "), "nobody is ended by being asked to save")
+        self.assertTrue(window.status().startswith("Copiando "), "a request to save must not end the program")
         self.hold.unlink()
-        self.end("logout", by(lambda _: session.tell_all("die")))
+        self.end("logout", by(lambda _: session.send_all("die")))
         self.assertLess(len(self.clips.copied()), len(self.clips.names))
         self.complete()
 
@@ -153,8 +153,8 @@ class Endings(DesktopTest):
                 self.end(f"SIGTERM at a dialog, {begin.__name__}", send(signal.SIGTERM))
         self.assert_left_no_trace()
 
-    def test_a_disk_that_does_not_answer_keeps_nobody_waiting(self):
-        """The one case in which a part of a clip is left, under a hidden name of the program's own."""
+    def test_a_disk_that_does_not_respond_does_not_delay_the_end(self):
+        """The only case in which a part of a clip is left, under a hidden name of the program."""
         self.clips = BigClips(self.desktop.folder / "media", 8)
         self.hold = self.desktop.folder / "hold"
         self.begin_held_copy()
@@ -165,7 +165,7 @@ class Endings(DesktopTest):
         self.complete()
 
     def test_a_broken_pipe_ends_nothing(self):
-        """As when the terminal goes that the program was started from, with its output led into another program."""
+        """As when the program was started from a terminal that closes, with its output piped to another program."""
         self.clips = BigClips(self.desktop.folder / "media", 8)
         reading, writing = os.pipe()
         os.close(reading)
@@ -191,7 +191,7 @@ class Endings(DesktopTest):
                 window.button(COPY).press()
                 time.sleep(moments.uniform(0, 2))
                 self.end(f"closing, {len(self.clips.copied())} copied", close_window)
-                if (self.clips.disk / "DCIM").exists():  # else it was closed before it made the first folder
+                if (self.clips.disk / "DCIM").exists():  # otherwise it was closed before it made the first folder
                     shutil.rmtree(self.clips.disk / "DCIM")
         self.assert_left_no_trace()
 
@@ -227,10 +227,10 @@ class EndingsOnASlowStick(Endings):
                     self.assertLess(took, SOON)
                     self.assertEqual(flaws, [])
 
-    def test_of_exfat_nothing_stays_behind(self):
+    def test_on_exfat_nothing_is_left(self):
         self.end_copies_at_any_moment("exfat")
 
-    def test_of_ntfs_nothing_stays_behind(self):
+    def test_on_ntfs_nothing_is_left(self):
         self.end_copies_at_any_moment("ntfs")
 
 

@@ -1,7 +1,7 @@
-"""Mouse and keyboard as a person uses them: what they do goes to whatever is under the pointer or has the focus.
+"""Mouse and keyboard: events go to whatever is under the pointer or has the focus, as when a person uses them.
 
-Nothing here knows whether it had an effect. On a busy machine a click can come before the window takes it, so whoever
-uses these looks for the effect: see `until`."""
+Nothing here checks the effect. On a busy machine a click may come before the window accepts it, so callers repeat it
+until they see the effect: see `until`."""
 
 import subprocess
 import time
@@ -10,13 +10,13 @@ from desktop import until, wait_for
 
 
 def xdotool(*words, check=True):
-    """What `xdotool` says."""
+    """The output of `xdotool`."""
     return subprocess.run(["xdotool", *(str(word) for word in words)], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.DEVNULL, text=True, check=check).stdout
 
 
 def strike(*keys):
-    """Keys by their names, with what is held down before them: "shift+Tab"."""
+    """Presses keys, given by name and with modifiers: "shift+Tab"."""
     xdotool("key", *keys)
 
 
@@ -25,7 +25,7 @@ def type_text(text):
 
 
 def click(x, y, times=1, holding=None):
-    """A click of the mouse somewhere on the display, or two in quick succession, while a key is held down."""
+    """Clicks a point of the display, or double-clicks it, optionally while a key is held down."""
     clicks = ["click", "--repeat", times, "--delay", 50, 1]
     if holding:
         clicks = ["keydown", holding, *clicks, "keyup", holding]
@@ -33,12 +33,12 @@ def click(x, y, times=1, holding=None):
 
 
 def shows_window(title):
-    """Whether a window of this title is on the display and takes what is typed."""
+    """Whether a window with this title is active."""
     return xdotool("getactivewindow", "getwindowname", check=False).rstrip("\n") == title
 
 
 def close_window(process):
-    """Closes the program's window by the keyboard, as one closes any: how long the program took to end, in seconds."""
+    """Closes the program's window with the keyboard; returns how many seconds the program took to end."""
     began = 0
 
     def close():

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the program does when it has nothing to do, one test in a process: idleTests.py PROGRAM Idle.TEST"""
+"""What the program does while it is idle, one test in a process: idleTests.py PROGRAM Idle.TEST"""
 
 import os
 import time
@@ -12,7 +12,7 @@ from mountedDisk import MountedDisk, take_private_view
 from window import ALL_SAVED, CAMERA, COPY, DESTINATION, REVIEW, found, slow_disk
 
 WATCHED = 5  # seconds
-WAKE_UPS = 5  # in a second, at most
+WAKE_UPS = 5  # per second, at most
 
 
 class Idle(DesktopTest):
@@ -26,14 +26,14 @@ class Idle(DesktopTest):
         return Path("/proc") / str(self.desktop.program.pid)
 
     def held(self):
-        """What the program has open or stands in, below the disk."""
+        """What the program has open on the disk, its working folder included."""
         places = [self.process() / "cwd", self.process() / "root", *(self.process() / "fd").iterdir()]
         opened = [os.readlink(place) for place in places if place.is_symlink()]
         mapped = (self.process() / "maps").read_text(encoding="utf-8").splitlines()
         return [place for place in opened + mapped if str(self.drive.place) in place]
 
     def wake_ups(self):
-        """How often its threads have been given the processor so far."""
+        """How often its threads have been scheduled so far."""
         return sum(int(line.split()[1]) for task in (self.process() / "task").iterdir()
                    for line in (task / "status").read_text(encoding="ascii").splitlines()
                    if line.startswith(("voluntary_ctxt", "nonvoluntary_ctxt")))
@@ -60,7 +60,7 @@ class Idle(DesktopTest):
         hold = self.desktop.folder / "hold"
         hold.write_text("held", encoding="ascii")
         window.button(COPY).press()
-        wait_for(lambda: hold.read_bytes() == b"", "the copy to be under way")
+        wait_for(lambda: hold.read_bytes() == b"", "the copy to be running")
         self.assertNotEqual(self.held(), [])
         hold.unlink()
         window.wait_for_status(ALL_SAVED)

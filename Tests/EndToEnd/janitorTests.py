@@ -14,17 +14,17 @@ from desktop import wait_for
 from janitor import processes_of
 
 TESTS = (("endingTests.py", "Endings.test_a_copy_ends_with_the_session"),
-         ("endingTests.py", "EndingsOnASlowStick.test_of_ntfs_nothing_stays_behind"),
-         ("deadDiskTests.py", "DeadDisk.test_a_disk_that_hangs_keeps_no_dialog_from_opening"))
+         ("endingTests.py", "EndingsOnASlowStick.test_on_ntfs_nothing_is_left"),
+         ("deadDiskTests.py", "DeadDisk.test_dialogs_open_while_a_disk_hangs"))
 
 
 class Janitor(unittest.TestCase):
     def setUp(self):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory(prefix="reelkeep-janitor-")))
-        self.pictures = self.enterContext(tempfile.TemporaryDirectory())  # of failures, as an interrupted test is
+        self.pictures = self.enterContext(tempfile.TemporaryDirectory())  # which interrupted tests save
 
     def left(self):
-        """What a test of ours has not taken away yet."""
+        """What is left of an interrupted test."""
         processes = [Path(f"/proc/{process}/cmdline").read_bytes() for process in processes_of(self.folder)]
         images = [image.read_text() for image in Path("/sys/block").glob("loop*/loop/backing_file")]
         return [*processes, *(image for image in images if str(self.folder) in image), *os.listdir(self.folder)]
@@ -57,7 +57,7 @@ class Janitor(unittest.TestCase):
     def test_a_killed_test_leaves_nothing_behind(self):
         self.interrupt_at_any_moment(lambda test: os.kill(test, signal.SIGKILL))
 
-    def test_a_test_that_is_interrupted_leaves_nothing_behind(self):
+    def test_an_interrupted_test_leaves_nothing_behind(self):
         self.interrupt_at_any_moment(lambda test: os.killpg(test, signal.SIGINT))  # as Ctrl-C does
 
 

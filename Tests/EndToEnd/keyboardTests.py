@@ -25,13 +25,13 @@ class Keyboard(DesktopTest):
         self.focus = Focus()
 
     def tab_to(self, name):
-        """Strikes Tab until this has the focus. Whatever has it on the way must be in view."""
+        """Presses Tab until this has the focus. Every element that gets it on the way must be in view."""
         passed = []
         while name not in passed:
             self.assertLess(len(passed), 50, f"{name!r} is not among {passed}")
             self.focus.step("Tab")
             here = self.focus.here()
-            if here.name:  # The content as a whole has the focus at first, and the news of that may come late.
+            if here.name:  # At first the content as a whole has the focus, and that event may come late.
                 wait_for(lambda: is_inside(here.box(), self.window.element.box()), f"{here.name!r} to be in view")
             passed.append(here.name)
 

@@ -1,4 +1,4 @@
-"""Disks made of files and mounted, seen by this process and what it starts, and by nobody else."""
+"""Disks in files, mounted so that only this process and its children see them."""
 
 import contextlib
 import errno
@@ -19,15 +19,15 @@ MAKERS = {"ext4": ["mkfs.ext4", "-q", "-F"], "ntfs": ["mkfs.ntfs", "-q", "-Q", "
 
 
 def take_private_view():
-    """To be called before anything is started. Skips the test where mounting is not allowed."""
+    """To be called before anything is started. Skips the test if mounting is not allowed."""
     if SYSTEM.unshare(NEW_MOUNTS) != 0 or subprocess.run(["mount", "--make-rprivate", "/"], check=False).returncode != 0:
         raise unittest.SkipTest("SKIPPED: mounting file systems needs root")
 
 
 @contextlib.contextmanager
 def loop_device(image, flags=0):
-    """The path of a block device over a file. The kernel detaches it once neither the `with` block nor a file system uses
-    it, however this process ends."""
+    """The path of a block device over a file. The kernel detaches it once neither the `with` block nor a file system
+    uses it, however this process ends."""
     with open(image, "r+b") as backing, open("/dev/loop-control", "rb") as control:
         configuration = struct.pack("=I56xI240x", backing.fileno(), AUTOCLEAR | flags)
 
@@ -47,7 +47,7 @@ def loop_device(image, flags=0):
 
 
 class MountedDisk:
-    """Use as a context manager. A disk of `ntfs` is served by a program that can be stopped or killed."""
+    """A context manager. The driver of an `ntfs` disk is a program, which can be stopped or killed."""
 
     def __init__(self, folder, kind, mebibytes=256):
         self.kind = kind
@@ -71,7 +71,7 @@ class MountedDisk:
 
     def mount(self):
         if self.kind == "ntfs":
-            # A block device, as a stick is: a file behind a driver would count as a disk that others may write to.
+            # A block device, like a real stick: without one it would count as a disk that other machines may write to.
             with loop_device(self.image) as device:
                 self.program = subprocess.Popen(["ntfs-3g", "-o", "no_detach", device, str(self.place)],
                                                 preexec_fn=ends_with_this_process())
@@ -80,7 +80,7 @@ class MountedDisk:
             subprocess.run(["mount", "-o", "loop", str(self.image), str(self.place)], check=True)
 
     def unmount(self, *options):
-        """What `umount` says against it."""
+        """Returns the complaint of `umount`, if any."""
         return subprocess.run(["umount", *options, str(self.place)], capture_output=True, text=True, check=False).stderr
 
     def pull(self):

@@ -1,4 +1,4 @@
-"""Reads and works a program's window as a screen reader does: by roles and names, never by its inner structure."""
+"""Reads and operates a program's window as a screen reader does: by roles and names, never by its inner structure."""
 
 import gi
 
@@ -17,12 +17,12 @@ LABEL = ("label", "static", "text")
 LIST = ("list", "tree", "tree table", "table")
 ROW = ("list item", "table cell", "tree item")
 
-# A program that is given little of the processor answers late, and that is no failure of it.
+# On a busy machine the program answers late, which is not a failure.
 Atspi.set_timeout(TIMEOUT * 1000, TIMEOUT * 1000)
 
 
 class Element:
-    """One element of the window as it is now; every question is asked anew."""
+    """One element of the window; every query reads its current state."""
 
     def __init__(self, accessible):
         self.accessible = accessible
@@ -49,7 +49,7 @@ class Element:
         return [Element(child) for child in found if child is not None]
 
     def descendants(self):
-        """Everything inside, in reading order."""
+        """All elements inside, in reading order."""
         for child in self.children():
             yield child
             try:
@@ -58,14 +58,14 @@ class Element:
                 continue  # Gone while we were reading.
 
     def search(self, roles, name=None):
-        """What is inside of one of these roles, with this name or one that the given function accepts."""
+        """The elements inside with one of these roles, and with this name or one that the function accepts."""
         accepts = name if callable(name) else lambda text: name is None or text == name
         for child in self.children():
             try:
                 role = child.role
                 if role in roles and accepts(child.name):
                     yield child
-                if role not in LIST or roles == ROW:  # Nothing but rows is in a list, and there can be many.
+                if role not in LIST or roles == ROW:  # A list holds only rows, and there can be many.
                     yield from child.search(roles, accepts)
             except GLib.Error:
                 continue  # Gone while we were reading.
@@ -77,7 +77,7 @@ class Element:
         return next(self.search(roles, name), None)
 
     def find(self, roles, name=None):
-        """The first such element, waited for."""
+        """Waits for such an element; returns the first."""
         return wait_for(lambda: self.maybe(roles, name), f"{roles[0]} {name!r} in {self.name!r}")
 
     def press(self):
@@ -97,7 +97,7 @@ class Element:
         return Atspi.Text.get_text(self.accessible, 0, -1)
 
     def choose(self, name):
-        """Opens a chooser and clicks an entry."""
+        """Opens the chooser and clicks an entry."""
 
         def pick():
             if not self.has("expanded"):
@@ -107,7 +107,7 @@ class Element:
         until(lambda: self.name.endswith(name) and not self.has("expanded"), pick, f"{name!r} to be chosen")
 
     def box(self):
-        """Where it stands on the display: left, top, width, height."""
+        """Its rectangle on the display: left, top, width, height."""
         box = Atspi.Component.get_extents(self.accessible, Atspi.CoordType.SCREEN)
         return box.x, box.y, box.width, box.height
 
@@ -116,13 +116,13 @@ class Element:
         return x + width // 2, y + height // 2
 
     def click(self, times=1, holding=None):
-        """A click of the mouse in its middle, or two."""
+        """Clicks or double-clicks its centre."""
         click(*self.middle(), times, holding)
 
 
 class Ear:
-    """What programs tell screen readers by themselves. To be opened before the program starts, which asks only then,
-    and now and then, what anybody wants to hear."""
+    """Events that programs send to screen readers. To be opened before the program starts, which looks for listeners
+    only then and at long intervals."""
 
     def __init__(self, kind):
         self.heard = []
@@ -130,33 +130,33 @@ class Ear:
         self.listener.register(kind)
 
     def events(self):
-        """Everything heard so far: whom it is about, and a number that belongs to it."""
+        """All events so far: the element, and the number in the event."""
         while GLib.MainContext.default().iteration(False):
             pass
         return self.heard
 
 
 class Focus:
-    """Follows the focus of the keyboard."""
+    """Follows the keyboard focus."""
 
     def __init__(self):
         self.ear = Ear("object:state-changed:focused")
 
     def stops(self):
-        """Everything that has had the focus so far, in order."""
+        """All elements that have had the focus so far, in order."""
         return [element for element, gained in self.ear.events() if gained]
 
     def here(self):
         return self.stops()[-1]
 
     def step(self, key):
-        """Strikes a key that moves the focus."""
+        """Presses a key that moves the focus."""
         before = len(self.stops())
         until(lambda: len(self.stops()) > before, lambda: strike(key), f"{key} to move the focus")
 
 
 def program(process):
-    """The running program's element: its windows and dialogs are its children."""
+    """The element of the running program; its windows and dialogs are its children."""
     root = Atspi.get_desktop(0)
     root.set_cache_mask(Atspi.Cache.NONE)
 

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""What the program tells a screen reader unasked, one test in a process: screenReaderTests.py PROGRAM ScreenReader.TEST"""
+"""Events that the program sends to a screen reader, one test in a process:
+screenReaderTests.py PROGRAM ScreenReader.TEST"""
 
 from bigClips import BigClips
 from case import DesktopTest, main
@@ -26,7 +27,7 @@ class ScreenReader(DesktopTest):
         window.choose(DESTINATION, self.clips.disk)
         before = len(self.changes_of_status())
         window.analyse(found(3))
-        wait_for(lambda: len(self.changes_of_status()) > before, "word of the new status")
+        wait_for(lambda: len(self.changes_of_status()) > before, "an event for the new status")
 
         window.element.find(LIST, "Videos pendientes").take_focus()
         self.focus.step("Down")

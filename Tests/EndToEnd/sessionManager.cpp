@@ -1,5 +1,5 @@
-// A session manager that ends the session: each line on its standard input is a step, "save" or "die". It prints where
-// it can be reached, and then a line for each thing that its programs do: "joined", "saved" and "left".
+// A session manager that ends the session: each line on its standard input is a step, "save" or "die". It prints its
+// address, and then a line for each event of its programs: "joined", "saved" and "left".
 
 #include <X11/ICE/ICElib.h>
 #include <X11/SM/SMlib.h>
@@ -15,7 +15,7 @@
 static std::vector<SmsConn> programs;
 static std::vector<IceConn> connections;
 
-static void tell(const std::string& what)
+static void print(const std::string& what)
 {
     std::cout << what << std::endl;
 }
@@ -24,7 +24,7 @@ static Status join(SmsConn program, SmPointer, char*)
 {
     SmsRegisterClientReply(program, SmsGenerateClientID(program));
     programs.push_back(program);
-    tell("joined");
+    print("joined");
     return 1;
 }
 
@@ -36,7 +36,7 @@ static void leave(SmsConn program, SmPointer, int, char**)
     IceSetShutdownNegotiation(connection, False);
     IceCloseConnection(connection);
     std::erase(connections, connection);
-    tell("left");
+    print("left");
 }
 
 static Status welcome(SmsConn, SmPointer, unsigned long* mask, SmsCallbacks* answers, char**)
@@ -50,7 +50,7 @@ static Status welcome(SmsConn, SmPointer, unsigned long* mask, SmsCallbacks* ans
     answers->interact_done.callback = [](SmsConn, SmPointer, Bool) {};
     answers->save_yourself_request.callback = [](SmsConn, SmPointer, int, Bool, int, Bool, Bool) {};
     answers->save_yourself_phase2_request.callback = [](SmsConn program, SmPointer) { SmsSaveYourselfPhase2(program); };
-    answers->save_yourself_done.callback = [](SmsConn, SmPointer, Bool) { tell("saved"); };
+    answers->save_yourself_done.callback = [](SmsConn, SmPointer, Bool) { print("saved"); };
     answers->close_connection.callback = leave;
     answers->set_properties.callback = [](SmsConn, SmPointer, int count, SmProp** properties) {
         for (int index = 0; index < count; ++index)
@@ -83,16 +83,16 @@ int main()
         std::cerr << trouble << std::endl;
         return 1;
     }
-    // A connection that breaks is a program that has ended.
+    // A broken connection means that the program has ended.
     IceSetIOErrorHandler([](IceConn connection) {
         std::erase(connections, connection);
         std::erase_if(programs, [=](SmsConn program) { return SmsGetIceConnection(program) == connection; });
-        tell("left");
+        print("left");
     });
     for (int index = 0; index < count; ++index)
         IceSetHostBasedAuthProc(places[index], [](char*) -> Bool { return True; });
     char* reach = IceComposeNetworkIdList(count, places);
-    tell(reach);
+    print(reach);
 
     for (;;) {
         std::vector<pollfd> watched = {{STDIN_FILENO, POLLIN, 0}};

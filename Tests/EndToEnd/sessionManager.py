@@ -1,4 +1,4 @@
-"""A session that programs join and that can be ended, as when somebody logs out."""
+"""A desktop session that programs join and that can end, as at a logout."""
 
 import subprocess
 from pathlib import Path
@@ -7,7 +7,7 @@ from desktop import stop, wait_for
 
 
 class SessionManager:
-    """Use as a context manager. A program joins that is started with `address` as its SESSION_MANAGER."""
+    """A context manager. A program joins if it is started with `address` as its SESSION_MANAGER."""
 
     def __init__(self, desktop):
         self.desktop = desktop
@@ -28,11 +28,11 @@ class SessionManager:
         stop(self.process)
 
     def events(self):
-        """Where it can be reached, then what the programs have done."""
+        """The address of the session manager, then what the programs have done."""
         return self.log.read_text(encoding="utf-8").splitlines()
 
-    def tell_all(self, step):
-        """Tells the programs to "save" or to "die"."""
+    def send_all(self, step):
+        """Sends all programs "save" or "die"."""
         self.process.stdin.write(f"{step}\n")
         self.process.stdin.flush()
 

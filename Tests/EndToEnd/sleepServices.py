@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""Stands in for what desktops offer against suspending: sleepServices.py READY LOG ADDRESS SERVICE...
+"""Imitates the services by which desktops prevent suspending: sleepServices.py READY LOG ADDRESS SERVICE...
 
-Each SERVICE is one of `portal`, `latePortal` (it answers once the file LOG.answer exists), `refusingPortal` (by an
-error), `portalRefusingAfterwards` and `portalRefusingBeforehand` (it accepts the request, and refuses it by a signal
-after or even before that), `screenSaver`, `loginManager` and `lateRefusingLoginManager`. READY is a descriptor that gets a line when all stand on
-the bus of ADDRESS. The file LOG gets a line for each hold that begins or ends. SIGUSR1 makes the services drop all
-holds of a portal or login manager."""
+Each SERVICE is one of `portal`, `latePortal` (answers once the file LOG.answer exists), `refusingPortal` (by an error),
+`portalRefusingAfterwards` and `portalRefusingBeforehand` (accepts the request, and refuses it by a signal after or even
+before that), `screenSaver`, `loginManager` and `lateRefusingLoginManager`. READY is a descriptor that gets a line when
+all are on the bus at ADDRESS. The file LOG gets a line for each hold that begins or ends. SIGUSR1 makes the services
+drop all holds of a portal or login manager."""
 
 import os
 import signal
@@ -37,8 +37,8 @@ class SleepServices:
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION,
             None, None)
         self.last = 0
-        self.requests = {}  # Open ones of the portal: who has made which.
-        self.locks = {}  # Our ends of the login manager's locks, with what watches them.
+        self.requests = {}  # Of the portal, still open, by path: the caller and a number.
+        self.locks = {}  # Our ends of the login manager's locks, with their watches.
         GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, signal.SIGUSR1, self.drop_all)
 
     def write(self, *words):
@@ -60,7 +60,7 @@ class SleepServices:
         assert owned.unpack() == (1,), name
 
     def watch(self, sender):
-        """A hold ends with whoever holds it."""
+        """Logs the end of the process that has a hold."""
         Gio.bus_watch_name_on_connection(self.connection, sender, Gio.BusNameWatcherFlags.NONE, None,
                                          lambda *_: self.write("holder left"))
 
@@ -129,7 +129,7 @@ class SleepServices:
         return path
 
     def respond(self, path, response):
-        """Says what became of a request. One that has failed is over."""
+        """Reports the outcome of a request. A failed one is over."""
         sender, number = self.requests[path]
         if response != SUCCESS:
             self.write(f"portal drops {number}")

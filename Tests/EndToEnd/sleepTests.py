@@ -14,7 +14,7 @@ from window import ALL_SAVED, ANALYSE, CAMERA, COPY, DESTINATION, found, slow_di
 
 
 class Sleep(DesktopTest):
-    screen = (1200, 2200)  # All of the window can be seen.
+    screen = (1200, 2200)  # Large enough for the whole window.
 
     def setUp(self):
         super().setUp()
@@ -23,7 +23,7 @@ class Sleep(DesktopTest):
         self.hold = self.desktop.folder / "hold"
 
     def serve(self, *services, bus=None):
-        """Starts what the desktop offers against suspending: its process."""
+        """Starts services that prevent suspending; returns their process."""
         self.desktop.launch([sys.executable, "-B", str(Path(__file__).with_name("sleepServices.py")), "{fd}", str(self.log),
                              bus or self.desktop.own["DBUS_SESSION_BUS_ADDRESS"], *services], self.desktop.own)
         return self.desktop.processes[-1]
@@ -33,7 +33,7 @@ class Sleep(DesktopTest):
                                     f"--address=unix:path={self.desktop.folder}/system-bus"], self.desktop.own)
 
     def session_bus(self):
-        """Its process."""
+        """The process of the session bus."""
         return next(process for process in self.desktop.processes if process.args[0] == "dbus-daemon")
 
     def events(self):
@@ -46,7 +46,7 @@ class Sleep(DesktopTest):
             self.assertEqual(self.events(), list(events))
 
     def analysed(self, **more):
-        """A window that has found what is missing. The disk is one that does not answer until `hold` is gone."""
+        """A window that has found what is missing. The disk does not respond while `hold` exists."""
         window = self.start(**slow_disk(self.desktop.folder, 0), **more)
         window.choose(CAMERA, self.clips.card)
         window.choose(DESTINATION, self.clips.disk)
@@ -56,7 +56,7 @@ class Sleep(DesktopTest):
     def begin_copy(self, window):
         self.hold.write_text("held", encoding="ascii")
         window.button(COPY).press()
-        wait_for(lambda: self.hold.read_bytes() == b"", "the copy to be under way")
+        wait_for(lambda: self.hold.read_bytes() == b"", "the copy to be running")
 
     def finish_copy(self, window):
         self.hold.unlink()
@@ -80,7 +80,7 @@ class Sleep(DesktopTest):
         self.begin_copy(window)
         second = [*first, "portal holds 2: 4 Copiando videos"]
         self.wait_for_events(*second)
-        place.touch()  # Another program takes it in the meantime.
+        place.touch()  # Another program takes the name in the meantime.
         self.hold.unlink()
         wait_for(lambda: window.status().startswith("No he podido copiar los videos: "), "the copy to fail")
         second.append("portal releases 2")
@@ -175,7 +175,7 @@ class Sleep(DesktopTest):
         self.wait_for_events(*held, "login manager releases")
 
     def test_a_service_that_arrives_after_all_have_refused_is_queried(self):
-        window = self.analysed()  # Without any service, nor a system bus.
+        window = self.analysed()  # Without any service or system bus.
         self.begin_copy(window)
         self.serve("portal")
         held = ["portal holds 1: 4 Copiando videos"]
@@ -206,20 +206,20 @@ class Sleep(DesktopTest):
         self.finish_copy(window)
         self.wait_for_events(*held, "login manager releases")
 
-    def test_copies_in_silence_if_no_service_answers(self):
+    def test_copies_silently_if_no_service_answers(self):
         self.copy_watched()
         nowhere = f"unix:path={self.desktop.folder}/nowhere"
         for name, bus in {"no bus": None, "dead bus": nowhere}.items():
             with self.subTest(name):
                 for clip in self.clips.copied():
                     (self.clips.disk / clip).unlink()
-                # A locale that is installed everywhere: newer toolkits say so where one is not.
+                # A locale that is installed everywhere: newer toolkits print a warning if it is not.
                 self.copy_blindly(DBUS_SESSION_BUS_ADDRESS=bus, DBUS_SYSTEM_BUS_ADDRESS=nowhere, LC_ALL="C.UTF-8")
                 self.assertEqual(self.desktop.said(), "")
         self.assert_left_no_trace()
 
     def copy_watched(self):
-        """Copies, and remembers where and in which colour each button stands when it is its turn."""
+        """Copies, and remembers the position and colour of each button when it is to be pressed."""
         window = self.start()
         self.spots = {}
         for question, folder in ((CAMERA, self.clips.card), (DESTINATION, self.clips.disk)):
@@ -241,7 +241,7 @@ class Sleep(DesktopTest):
         self.spots[button] = place, self.desktop.colour(*place)
 
     def copy_blindly(self, **more):
-        """The same with mouse and keyboard: without a bus the program cannot report what it shows."""
+        """The same with mouse and keyboard alone: without a bus the window cannot be read."""
         self.desktop.run(self.program, **more)
         for (button, title), folder in ((CAMERA, self.clips.card), (DESTINATION, self.clips.disk)):
             self.click(button, lambda: shows_window(title))
@@ -260,7 +260,7 @@ class Sleep(DesktopTest):
         wait_for(lambda: self.ready(button), f"{button!r} to be ready")
         until(effect, lambda: click(*self.spots[button][0]), f"an effect of {button!r}")
 
-    def test_the_bus_in_the_runtime_folder_serves_if_no_address_is_set(self):
+    def test_the_bus_in_the_runtime_folder_is_used_if_no_address_is_set(self):
         self.serve("portal")
         (self.desktop.runtime / "bus").hardlink_to(self.desktop.folder / "bus")
         window = self.analysed(DBUS_SESSION_BUS_ADDRESS=None)
@@ -270,7 +270,7 @@ class Sleep(DesktopTest):
         self.finish_copy(window)
         self.wait_for_events(*held, "portal releases 1")
 
-    def test_a_copy_survives_the_bus(self):
+    def test_a_copy_survives_the_end_of_the_bus(self):
         system_bus = self.system_bus()
         self.serve("portal")
         self.serve("loginManager", bus=system_bus)

@@ -1,7 +1,7 @@
-// Preloaded into the program, makes disks as slow as external ones can be, so that work on small clips can be watched.
-// SLOW_DISK_MS: how long a write-out takes, in milliseconds, and likewise a write of a megabyte or more, which may be
-// one. SLOW_DISK_HOLD: a file; while it exists, none ends; the first that is held empties it. SLOW_DISK_LOOK_MS: how
-// long it takes to read an entry's attributes.
+// Preloaded into the program, makes disks as slow as external ones can be, so that work on small clips can be observed.
+// SLOW_DISK_MS: the milliseconds that a sync takes, and a write of a megabyte or more, which may bypass the page cache.
+// SLOW_DISK_HOLD: a file; while it exists, these calls wait; the first that waits empties it. SLOW_DISK_LOOK_MS: the
+// milliseconds that it takes to read an entry's attributes.
 
 #include <cstdlib>
 #include <ctime>

@@ -1,4 +1,4 @@
-"""A stick that is slow and otherwise healthy, with a file system whose driver is a program."""
+"""A slow but healthy stick with a file system in user space."""
 
 import mmap
 import os
@@ -12,12 +12,12 @@ from mountedDisk import DIRECT_IO, loop_device
 MAKERS = {"exfat": ["mkfs.exfat"], "ntfs": ["mkfs.ntfs", "-q", "-Q", "-F"]}
 DRIVERS = {"exfat": ["mount.exfat-fuse", "-d"], "ntfs": ["ntfs-3g", "-o", "no_detach"]}
 CONTROL_SIZE = 4096
-BYTES_PER_SECOND = 8 * 8  # where the fault disk's program looks for it
+BYTES_PER_SECOND = 8 * 8  # its offset in the control file of the fault disk
 
 
 class SlowStick:
-    """Use as a context manager, in a private view of the file system. `program` is that of the tests' fault disk. The
-    stick lives in memory that is mounted at `folder`."""
+    """A context manager, for use after `take_private_view`. `program` is the tests' fault disk. The stick is kept in
+    memory that is mounted at `folder`."""
 
     def __init__(self, program, kind, folder, mebibytes=400):
         self.folder = folder
@@ -60,5 +60,5 @@ class SlowStick:
         subprocess.run(["umount", "-l", str(self.folder)], check=False)
 
     def limit(self, megabytes_per_second):
-        """From now on it reads and writes so fast; 0 is without limit."""
+        """Limits its speed from now on; 0 means no limit."""
         self.control[BYTES_PER_SECOND:BYTES_PER_SECOND + 8] = struct.pack("=Q", megabytes_per_second * 1_000_000)

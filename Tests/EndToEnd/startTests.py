@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""How the program starts, and where it cannot, one test in a process: startTests.py PROGRAM Start.TEST"""
+"""How the program starts, or fails to, one test in a process: startTests.py PROGRAM Start.TEST"""
 
 import subprocess
 
@@ -9,7 +9,7 @@ SENTENCE = b"Reelkeep no ha podido abrir ninguna pantalla. Inicialo desde un esc
 
 
 class Start(DesktopTest):
-    def test_without_a_display_is_a_sentence_and_a_status(self):
+    def test_without_a_display_fails_with_a_sentence(self):
         plain = {name: value for name, value in self.desktop.environment.items() if name != "DISPLAY"}
         plain |= {"HOME": str(self.desktop.home), "XDG_RUNTIME_DIR": str(self.desktop.runtime)}
         for surroundings in ({}, {"DISPLAY": ":987"}, {"DISPLAY": "nonsense"}, {"WAYLAND_DISPLAY": "wayland-987"},
@@ -23,7 +23,7 @@ class Start(DesktopTest):
         self.assert_left_no_trace()
 
     def test_ignores_arguments(self):
-        # A script, since the desktop starts a program without any.
+        # A script adds them, since Desktop.run takes none.
         start = self.desktop.folder / "start"
         start.write_text(f"#!/bin/sh\nexec '{self.program}' -platform no-such-platform --help -stylesheet x /etc\n",
                          encoding="utf-8")

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Drives the program through a typical run on a display of its own and keeps a picture of each step:
+"""Drives the program through a typical run on a virtual display and saves a picture of each step:
 tour.py PROGRAM FOLDER"""
 
 import json

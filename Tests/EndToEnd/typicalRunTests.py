@@ -37,7 +37,7 @@ class TypicalRun(DesktopTest):
         self.assertEqual(window.cards(), {"En camara": on_card, "Ya en destinos": saved, "Pendientes": pending})
 
     def assert_only_copied(self, root, targets):
-        """Nothing was written but, below `root`, the missing videos at `targets`, with the folders that hold them."""
+        """Nothing was written except the missing videos, at `targets` in `root`, and their folders."""
         expected = dict(self.before)
         for video, target in zip(self.missing, targets):
             source = self.card / video["path"]
@@ -81,7 +81,7 @@ class TypicalRun(DesktopTest):
         self.assert_left_no_trace()
 
     def watch_copy(self, window):
-        """Copies: the different status texts in the order in which they were seen, and how far the bar stood."""
+        """Copies; returns the different status texts in the order in which they appeared, and the values of the bar."""
         analyse, copy = window.button(ANALYSE), window.button(COPY)
         seen, bars = [], []
         window.progress()
@@ -110,7 +110,7 @@ class TypicalRun(DesktopTest):
         window.chooser().choose(disk.name)
         window.analyse(found(len(self.missing)))
 
-        # Two of the missing clips have one name, so in a flat copy the second of them finds its place taken.
+        # Two of the missing clips have the same name, so in a flat copy the second finds its name taken.
         window.button(COPY).press()
         window.wait_for_status(found(1))
         window.wait_until_idle()
@@ -121,7 +121,7 @@ class TypicalRun(DesktopTest):
         self.assert_only_copied(disk, [video["name"] for video in self.missing])
         self.assert_left_no_trace()
 
-    def test_dialogs_take_several_folders_by_keyboard_and_nothing_when_cancelled(self):
+    def test_dialogs_choose_several_folders_by_keyboard_and_none_when_cancelled(self):
         window = self.start()
         for question in (CAMERA, DESTINATION, REVIEW):
             dialog = window.ask(question)
@@ -130,7 +130,7 @@ class TypicalRun(DesktopTest):
         self.assertNotIn(str(self.card), window.texts())
         self.assertEqual(window.texts().count("Pendiente"), 3)
 
-        # Sorted by name the two stand one below the other, so the keyboard can mark them together.
+        # Sorted by name the two are adjacent, so the keyboard can select both.
         dialog = window.ask(REVIEW)
         dialog.select(self.media, ["Archivo 2026", "Boda Marta"], by_keyboard=True)
         dialog.accept()

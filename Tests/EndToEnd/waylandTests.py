@@ -11,10 +11,10 @@ from screen import BUTTON
 from window import ALL_SAVED, CAMERA, COPY, DESTINATION, found
 
 
-@unittest.skipUnless(shutil.which("weston"), "there is no weston here")
+@unittest.skipUnless(shutil.which("weston"), "SKIPPED: weston is not installed")
 class Wayland(DesktopTest):
     def start_compositor(self):
-        """A Wayland desktop that is a window of the test's own: what the program needs to find it."""
+        """Starts a Wayland desktop in a window on the test's display; returns the environment for the program."""
         socket = self.desktop.folder / "wayland"
         runtime = self.desktop.make("compositor-runtime")
         self.desktop.launch(["weston", "--backend=x11-backend.so", f"--socket={socket}", "--idle-time=0", "--no-config"],

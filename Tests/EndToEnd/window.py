@@ -1,4 +1,4 @@
-"""Reelkeep's window in its own words: what it shows, and what a person does in it."""
+"""Reelkeep's window: what it shows, and what a person does in it."""
 
 import re
 import subprocess
@@ -46,8 +46,8 @@ class Window:
         return [label.name for label in self.element.all(LABEL) if label.showing]
 
     def status(self):
-        """The text of the footer. Its element is looked for once: reading the whole window takes longer than some
-        texts stay."""
+        """The text of the footer. Its element is searched only once, as reading the whole window takes longer than some
+        texts are shown."""
         if self.status_line is None:
             self.status_line = self.element.find(("status bar",))
         return self.status_line.name
@@ -68,30 +68,30 @@ class Window:
         return cards
 
     def pending(self):
-        """The names of the list's rows, in order, those out of view too; empty where there is no list."""
+        """The names of the list's rows in order, also of those out of view; empty if there is no list."""
         view = self.element.maybe(LIST, "Videos pendientes")
         return [row.name for row in view.children() if row.role in ROW] if view and view.showing else []
 
     def progress(self):
-        """How far the bar has come; none while there is no bar. Its element, too, is looked for once."""
+        """The value of the progress bar; None if it is hidden. Its element, too, is searched only once."""
         if self.bar is None:
             self.bar = self.element.find(("progress bar",))
         return self.bar.value() if self.bar.showing else None
 
     def maximize(self):
-        """Double clicks the title bar, which stands above what the accessibility bus calls the window."""
+        """Double-clicks the title bar, which is above the rectangle that the accessibility bus reports."""
         x, y, width, height = self.element.box()
         until(lambda: self.element.box()[3] > height, lambda: click(x + width // 2, y - 8, times=2),
               "the window to fill the display", patience=10)
 
     def ask(self, question):
-        """Presses a button that asks for folders: the open dialog."""
+        """Presses a button that opens a folder dialog; returns the dialog."""
         button, title = question
         self.button(button).press()
         return FolderDialog(self.application, title)
 
     def choose(self, question, folder):
-        """Answers such a question with one folder, its path typed."""
+        """Chooses a folder in such a dialog by typing its path."""
         dialog = self.ask(question)
         dialog.type(folder)
         dialog.accept()
@@ -113,8 +113,8 @@ class Window:
 
 
 def slow_disk(folder, milliseconds, look=0):
-    """The environment in which a program's disks are slow: each write-out takes this long, and none ends while the file
-    `hold` exists in the folder, which is empty once one is held; each look at an entry's attributes takes `look` milliseconds."""
+    """The environment that makes a program's disks slow. Each write-out takes this long and waits while the file `hold`
+    exists in the folder, which is emptied once one waits. Reading an entry's attributes takes `look` milliseconds."""
     library = Path(folder) / "slowDisk.so"
     if not library.exists():
         subprocess.run(["c++", "-shared", "-fPIC", "-O1", "-o", str(library), str(Path(__file__).with_name("slowDisk.cpp"))],

@@ -5,7 +5,7 @@
 
 namespace reelkeep {
 
-/// Ends the program, which keeps the input at hand, where something does not hold.
+/// Ends the program if a condition does not hold; the fuzzer then saves the input.
 inline void require(bool holds, const char* what)
 {
     if (holds)

@@ -84,6 +84,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const naive::Copy expected = naive::copy(missingThere, twin.path(source), twin.path(destination), preserves);
     require(done.reports == expected.reports, "the reports are the model's");
     require(done.failed == expected.failed, "a run fails where the model's does");
-    require(here.everything() == twin.everything(), "what stands on the disk afterwards is the same");
+    require(here.everything() == twin.everything(), "the disk holds the same afterwards");
     return 0;
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the documents say, held against the program and the sources: documentsTests.py BUILD_FOLDER Documents.TEST"""
+"""The documents, compared with the program and the sources: documentsTests.py BUILD_FOLDER Documents.TEST"""
 
 import re
 import subprocess
@@ -22,19 +22,19 @@ def read(path):
 
 
 def extensions():
-    """Those that the program looks at."""
+    """The extensions that the program knows."""
     listed = re.search(r"extensions = \{([^}]*)\}", read("Sources/Reelkeep/Engine/VideoSyncService.cpp"))[1]
     return set(re.findall(r'"(\w+)"', listed))
 
 
 def code():
-    """All the program's sources as one text, long literals that stand on two lines joined."""
+    """All sources of the program as one text, with literals joined that are split over two lines."""
     return re.sub(r'"\s*\n\s*"', "", "".join(path.read_text(encoding="utf-8")
                                              for path in sorted((SOURCES / "Sources").rglob("*.cpp"))))
 
 
 def commands(document):
-    """The lines of a document that stand as commands, without the explanations beside them."""
+    """The lines of a document that are commands, without the explanations beside them."""
     lines = re.findall(r"(?m)^(?: {4}| {8})(\S.*)$", read(document))
     return [re.split(r" {2,}|\s#", line)[0].strip() for line in lines]
 
@@ -102,7 +102,7 @@ class Documents(unittest.TestCase):
         program = code()
         for document in FOR_USERS:
             text = re.sub(r"\s+", " ", read(document))
-            # Texts of the window begin with a capital; other words stand between such marks too.
+            # Texts of the window begin with a capital; other words are quoted too.
             quoted = set(re.findall(r"«([A-Z][^»]+)»", text))
             self.assertGreater(len(quoted), 1, document)
             for words in quoted:

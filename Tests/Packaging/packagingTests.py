@@ -48,7 +48,7 @@ class Packaging(unittest.TestCase):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
 
     def run_quietly(self, *command, **more):
-        """What the command says, which must end well."""
+        """Runs a command, which must succeed; returns its output."""
         result = subprocess.run(command, text=True, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                 stderr=subprocess.STDOUT, **more)
         self.assertEqual(result.returncode, 0, result.stdout)
@@ -63,7 +63,7 @@ class Packaging(unittest.TestCase):
         self.assertEqual(said, "")
 
     def validate(self, metainfo):
-        """What the real validator objects to, as its tags, in its strictest mode that counts what it calls pedantic out."""
+        """The tags of the validator's objections in its strict mode, which leaves out pedantic ones."""
         said = subprocess.run(["appstreamcli", "validate", "--strict", "--no-net", str(metainfo)], text=True,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         objections = re.findall(r"(?m)^[EWI]: \S+ (\S+)", said.stdout)
@@ -151,7 +151,7 @@ class Packaging(unittest.TestCase):
             self.assertIn(f'"Reelkeep {version()}"', (PACKAGING / page).read_text(encoding="utf-8"), page)
 
     def test_no_package_without_its_tools(self):
-        """cpack alone would end well without dpkg-shlibdeps, with a package that depends on no library."""
+        """Without dpkg-shlibdeps cpack alone would succeed, with a package that depends on no library."""
         tools = self.folder / "tools"
         tools.mkdir()
         for tool in ("cmake", "cpack", "file", "dpkg", "strip", "tar", "gzip", "sh"):
@@ -162,7 +162,7 @@ class Packaging(unittest.TestCase):
                 if other != missing:
                     (tools / other).symlink_to(shutil.which(other))
             for command in (["cmake", "-P", str(PACKAGING / "packageTools.cmake")],
-                            # It would look into the system's own folders too.
+                            # Otherwise cpack would search the system's folders too.
                             ["cpack", "-D", "CMAKE_IGNORE_PATH=/usr/bin;/bin", "-G", "DEB", "--config",
                              str(BUILD / "CPackConfig.cmake"), "-B", str(self.folder)]):
                 result = subprocess.run([str(tools / command[0]), *command[1:]], env={"PATH": str(tools)}, text=True,

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""The scripts that install packages and make ours: scriptsTests.py BUILD_FOLDER Scripts.TEST
+"""The scripts that install packages and summarise tests: scriptsTests.py BUILD_FOLDER Scripts.TEST
 
-Package managers are played by scripts of a few lines that write down what they were asked for."""
+Scripts of a few lines stand in for package managers and log how they were called."""
 
 import shutil
 import subprocess
@@ -37,7 +37,7 @@ class Scripts(unittest.TestCase):
         self.asked = self.folder / "asked"
 
     def play(self, name, script):
-        """Puts a program in the path; `asked` is what it was started with, a line each time."""
+        """Adds a program to the path that logs its arguments in `asked`, a line for each call."""
         program = self.tools / name
         program.write_text(f"#!/bin/sh\necho \"{name} $*\" >>'{self.asked}'\n{script}\n", encoding="utf-8")
         program.chmod(0o755)
@@ -70,7 +70,7 @@ class Scripts(unittest.TestCase):
             for section in ("build", "run"):
                 self.assertEqual(len(needs(section, column)), len(needs(section, 0)), section)
 
-    def test_asks_apt_and_says_first_what_comes(self):
+    def test_prints_what_apt_will_install_before_it_does(self):
         self.play_apt()
         result = self.install("build", "run")
         self.assertEqual((result.returncode, result.stderr), (0, ""))
@@ -80,21 +80,21 @@ class Scripts(unittest.TestCase):
         self.assertEqual(len(asked), 2)
         self.assertTrue(asked[1].endswith(f"install --no-install-recommends {names}"), asked[1])
 
-    def test_installs_nothing_that_is_there(self):
+    def test_installs_nothing_that_is_installed(self):
         self.play_apt()
         self.play("dpkg-query", "printf installed")
         result = self.install("build", "run", "tour", "test")
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
         self.assertFalse(self.lines("apt-get"))
 
-    def test_takes_the_alternative_that_the_system_knows(self):
+    def test_takes_the_alternative_that_the_system_has(self):
         self.play_apt()
         self.play("apt-cache", 'case "$2" in qt6-svg-dev) exit 100 ;; esac; echo Filename: pool/x.deb')
         self.assertEqual(self.install("build").returncode, 0)
         self.assertIn(" libqt6svg6-dev", self.lines("apt-get")[-1])
         self.assertNotIn(" qt6-svg-dev", self.lines("apt-get")[-1])
 
-    def test_ends_in_a_sentence_and_a_line_to_paste_without_a_network(self):
+    def test_without_a_network_ends_with_a_sentence_and_a_command_to_paste(self):
         noise = "; ".join(f"echo 'E: Failed to fetch package {number}' >&2" for number in range(20))
         self.play_apt(update=f"{noise}; exit 100", install=f"{noise}; exit 100")
         result = self.install("build")
@@ -104,9 +104,9 @@ class Scripts(unittest.TestCase):
         self.assertIn("Is there a network?", said[-2])
         names = " ".join(need[0] for need in needs("build", 0))
         self.assertEqual(said[-1].strip(), f"sudo apt-get install --no-install-recommends {names}")
-        self.assertEqual(len(self.lines("apt-get")), 4)  # what comes, once, new lists, once again
+        self.assertEqual(len(self.lines("apt-get")), 4)  # size, install, update, install again
 
-    def test_says_so_where_the_lists_know_no_such_package(self):
+    def test_reports_packages_that_the_lists_do_not_have(self):
         self.play_apt()
         self.play("apt-cache", 'case "$2" in *svg*) exit 100 ;; esac; echo Filename: pool/x.deb')
         result = self.install("build")
@@ -114,7 +114,7 @@ class Scripts(unittest.TestCase):
         self.assertIn("do not have: qt6-svg-dev or libqt6svg6-dev.", result.stderr)
         self.assertFalse([line for line in self.lines("apt-get") if " install " in line])
 
-    def test_asks_the_managers_of_other_systems(self):
+    def test_uses_the_managers_of_other_systems(self):
         managers = {"dnf": (1, "dnf -y install", "rpm"), "zypper": (2, "zypper --non-interactive install --no-recommends", "rpm"),
                     "pacman": (3, "pacman -S --needed --noconfirm", "pacman")}
         for manager, (column, command, query) in managers.items():
@@ -135,7 +135,7 @@ class Scripts(unittest.TestCase):
                 self.assertRegex(result.stderr.splitlines()[-1], rf"^    sudo {manager} .* {names[-1]}$")
                 (self.tools / manager).unlink()
 
-    def test_stops_where_nothing_can_install(self):
+    def test_stops_if_nothing_can_install(self):
         result = self.install("build")
         self.assertEqual(result.returncode, 1)
         self.assertIn("    qt6-svg-dev or libqt6svg6-dev\n", result.stderr)
