@@ -154,7 +154,7 @@ class Scripts(unittest.TestCase):
             return (f'<testcase name="{name}" classname="{name}" time="{time}" status="run">\n{skipped}\n'
                     f"<system-out>{said}\n</system-out>\n</testcase>\n")
 
-        tests = [test("Slow.test", 61.25, "")] + [test("Fast.test", 0.1, "a.cpp:1: Skipped\nnot at all")] * 20
+        tests = [test("Slow.test/1  # GetParam() = &quot;1&quot;", 61.25, "")] + [test("Fast.test", 0.1, "a.cpp:1: Skipped\nnot at all")] * 20
         for said in ("x.cpp:7: Skipped\nneeds root", "x.cpp:9: Skipped\nneeds root", "NOT CHECKED: no formatter",
                      "test_window ... skipped 'there is no weston here'", "mute"):
             tests.append(test("Skipped.test", 0.2, said, '<skipped message=""/>'))
@@ -167,7 +167,7 @@ class Scripts(unittest.TestCase):
                          {("2", "needs root"), ("1", "NOT CHECKED: no formatter"), ("1", "there is no weston here"),
                           ("1", "Skipped.test")})
         self.assertEqual(len(longest), 10)
-        self.assertEqual(longest[0].split(), ["61.2", "s", "release", "Slow.test"])
+        self.assertEqual(longest[0].split(), ["61.2", "s", "release", "Slow.test/1"])
 
 
 
