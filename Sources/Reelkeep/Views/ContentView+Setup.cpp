@@ -157,10 +157,10 @@ View ContentView::destinationReviewFoldersSection()
                 )
             ),
             reviewSummaryPanel(),
-            ForEach<ReviewRow>(
+            ForEach<Location>(
                 8,
-                [this] { return reviewRows(); },
-                [this](const ReviewRow& row) { return reviewRow(row); }
+                [this] { return session.effectiveDestinationReviewFolders(); },
+                [this](const Location& folder) { return reviewRow(folder); }
             ).visible(isReviewed)
         )
     );
@@ -186,29 +186,18 @@ View ContentView::reviewSummaryPanel()
     );
 }
 
-std::vector<ContentView::ReviewRow> ContentView::reviewRows() const
+View ContentView::reviewRow(const Location& folder)
 {
-    std::vector<ReviewRow> rows;
-    for (Location& folder : session.effectiveDestinationReviewFolders()) {
-        const bool isCopyDestination = folder == session.copyDestinationFolder();
-        rows.push_back({std::move(folder), isCopyDestination});
-    }
-    return rows;
-}
-
-View ContentView::reviewRow(const ReviewRow& row)
-{
-    const QString name = displayText(row.folder.name());
-    const QString path = displayText(row.folder.path());
-    const QString named = QStringLiteral("%1, %2").arg(name, path);
-    const auto isCopyDestination = [is = row.isCopyDestination] { return is; };
+    const QString name = displayText(folder.name());
+    const QString path = displayText(folder.path());
+    const auto isCopyDestination = [this, folder] { return folder == session.copyDestinationFolder(); };
+    const auto spoken = [isCopyDestination, named = QStringLiteral("%1, %2").arg(name, path)] {
+        return isCopyDestination() ? named + QStringLiteral(", ") + tr("Copia") : named;
+    };
     return HStack(
-        {.spacing = 12,
-         .alignment = Qt::AlignCenter,
-         .plate = plate::reviewRow,
-         .name = row.isCopyDestination ? named + QStringLiteral(", ") + tr("Copia") : named},
-        row.isCopyDestination ? Symbol(glyph::copyDestination).color(accent::copyGreen)
-                              : Symbol(glyph::reviewFolder).secondary(),
+        {.spacing = 12, .alignment = Qt::AlignCenter, .plate = plate::reviewRow, .name = spoken},
+        Symbol(glyph::copyDestination).color(accent::copyGreen).visible(isCopyDestination),
+        Symbol(glyph::reviewFolder).secondary().visible(std::not_fn(isCopyDestination)),
         HStack(
             {.spacing = 12, .alignment = Qt::AlignCenter, .staysReadable = true},
             VStack({.spacing = 3}, Text(name).headline(), Text(path).monospacedCaption().secondary().selectable()),
@@ -216,7 +205,7 @@ View ContentView::reviewRow(const ReviewRow& row)
                 {.spacing = 12, .alignment = Qt::AlignCenter},
                 HStack({.plate = plate::copyTag}, Text(tr("Copia")).style(type::tag).color(accent::copyGreen))
                     .visible(isCopyDestination),
-                PushButton(tr("Quitar"), [this, folder = row.folder] { session.removeDestinationReviewFolder(folder); })
+                PushButton(tr("Quitar"), [this, folder] { session.removeDestinationReviewFolder(folder); })
                     .enabled(std::not_fn(isCopyDestination))
                     .accessibleDescription(path)
             )

@@ -48,12 +48,6 @@ private:
         QColor accent;
         Action action;
     };
-    struct ReviewRow {
-        Location folder;
-        bool isCopyDestination;
-
-        bool operator==(const ReviewRow&) const = default;
-    };
     struct SummaryCard {
         QString title;
         std::function<std::size_t()> value;
@@ -71,8 +65,7 @@ private:
     View selectionStateBadge(const Condition& isSelected, const QColor& accent);
     View destinationReviewFoldersSection();
     View reviewSummaryPanel();
-    std::vector<ReviewRow> reviewRows() const;
-    View reviewRow(const ReviewRow& row);
+    View reviewRow(const Location& folder);
 
     View actionArea();
     View panelHeader(const Glyph& glyph, const QColor& accent, const QString& title, const QString& subtitle);

@@ -72,13 +72,30 @@ void FocusHome::returnFocusTo(const QWidget& element)
         owner->setFocus(reasonFor(absentHadRing));
 }
 
-void FocusHome::passFocus(const QWidget& from, QWidget& to)
+void FocusHome::passFocusOn(const QWidget& element, const QWidget& list)
 {
-    const bool hadRing = absent == &from ? absentHadRing : FocusRing::isShownAround(from);
-    to.setFocus(reasonFor(hadRing));
+    const QWidget* owner = ownerIn(element);
+    if (!owner)
+        return;
+    const auto canTakeIt = [&](const QWidget& widget) {
+        return widget.metaObject() == owner->metaObject() && (widget.focusPolicy() & Qt::TabFocus) &&
+               widget.isEnabled() && widget.isVisible() && isAncestorOf(&widget);
+    };
+    QWidget* next = owner->nextInFocusChain();
+    while (list.isAncestorOf(next) && !canTakeIt(*next))
+        next = next->nextInFocusChain();
+    if (!list.isAncestorOf(next)) {
+        next = owner->previousInFocusChain();
+        while (next != owner && !canTakeIt(*next))
+            next = next->previousInFocusChain();
+    }
+    if (next == owner)
+        return;
+    const bool hadRing = absent == owner ? absentHadRing : FocusRing::isShownAround(*owner);
+    next->setFocus(reasonFor(hadRing));
     // When the layouts know the new places.
     if (hadRing)
-        QTimer::singleShot(0, &to, [&to] { scrollTo(to); });
+        QTimer::singleShot(0, next, [next] { scrollTo(*next); });
 }
 
 void FocusHome::mousePressEvent(QMouseEvent* event)

@@ -23,8 +23,9 @@ public:
     void takeFocusFrom(const QWidget& element);
     /// Gives it back if it was taken from a control inside `element` that can be used again.
     void returnFocusTo(const QWidget& element);
-    /// Moves it from one control to another. The view follows if the keyboard had moved it there.
-    void passFocus(const QWidget& from, QWidget& to);
+    /// Moves it from a control inside `element`, which is going from `list`, to the next one of its kind in the list,
+    /// or else to the closest one before it. The view follows if the keyboard had moved it there.
+    void passFocusOn(const QWidget& element, const QWidget& list);
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

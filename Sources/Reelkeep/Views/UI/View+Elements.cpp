@@ -2,6 +2,7 @@
 
 #include "UI/Announcer.h"
 #include "UI/Controls.h"
+#include "UI/RecentMove.h"
 #include "UI/SymbolWidget.h"
 
 #include <QSignalBlocker>
@@ -26,7 +27,10 @@ View labelled(Widget* widget, TextSource text)
 
 View button(TextSource label, Action action, Button* widget)
 {
-    QObject::connect(widget, &QPushButton::clicked, widget, std::move(action));
+    QObject::connect(widget, &QPushButton::clicked, widget, [widget, action = std::move(action)] {
+        if (!hasJustMoved(*widget))
+            action();
+    });
     return labelled(widget, std::move(label));
 }
 

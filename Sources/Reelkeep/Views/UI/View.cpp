@@ -3,6 +3,7 @@
 #include "UI/AdaptiveGridLayout.h"
 #include "UI/Box.h"
 #include "UI/FocusHome.h"
+#include "UI/RecentMove.h"
 #include "UI/StackLayout.h"
 
 #include <algorithm>
@@ -175,6 +176,28 @@ View Circle(int diameter, PlateSource plate, std::vector<View> children)
 View Spacer()
 {
     return {new SpacerMark, {}};
+}
+
+void arrangeElements(QWidget& column, const std::vector<View>& elements, const std::vector<View>& gone)
+{
+    for (const View& element : gone) {
+        setVisibleKeepingFocus(*element.widget, false);
+        column.layout()->removeWidget(element.widget);
+    }
+    if (FocusHome* home = FocusHome::around(column)) {
+        for (const View& element : gone)
+            home->passFocusOn(*element.widget, column);
+    }
+    // Deleted later: the refresh may come from a button inside the element that goes.
+    for (const View& element : gone)
+        element.widget->deleteLater();
+    for (const View& element : elements) {
+        column.layout()->removeWidget(element.widget);
+        column.layout()->addWidget(element.widget);
+        element.widget->raise(); // The order of siblings is that of the Tab key and of screen readers.
+        if (!gone.empty())
+            markMoved(*element.widget);
+    }
 }
 
 void restoreTabOrder(QWidget* root)

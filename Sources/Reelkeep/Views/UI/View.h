@@ -157,9 +157,14 @@ View ProgressBar(const QString& name, std::function<double()> value);
 /// Makes the Tab key go through everything below `root` in reading order. To be called again when elements change.
 void restoreTabOrder(QWidget* root);
 
-/// One element per item, built again only when the items change.
+/// One element per item, as long as the item is there: an element keeps its widgets, and the focus inside it, wherever
+/// its item is in the list now. The focus of one that goes passes to the next control of its kind, and buttons of those
+/// that stay do nothing until the time of a double click has passed: its second press was not meant for them.
 template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build);
+
+/// For ForEach: puts elements into a column in this order, and takes out those that are gone.
+void arrangeElements(QWidget& column, const std::vector<View>& elements, const std::vector<View>& gone);
 
 /// A scrolling list that builds only the rows in view. When it is given other items it stays at the same ones, known by
 /// their ids, as long as they are still about there.

@@ -4,9 +4,8 @@
 
 #include "UI/View.h"
 
-#include <QLayout>
-
-#include <optional>
+#include <algorithm>
+#include <memory>
 
 namespace reelkeep {
 
@@ -47,29 +46,35 @@ template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build)
 {
     struct Shown {
-        std::optional<std::vector<Item>> items;
+        std::vector<Item> items;
         std::vector<View> views;
     };
     View column = VStack({.spacing = spacing}, {});
     auto shown = std::make_shared<Shown>();
     column.updates.emplace_back([widget = column.widget, shown, items = std::move(items), build = std::move(build)] {
         std::vector<Item> now = items();
-        if (now != shown->items) {
-            // Deleted later: the refresh may come from a button inside the element that goes.
-            for (const View& gone : shown->views) {
-                widget->layout()->removeWidget(gone.widget);
-                gone.widget->hide();
-                gone.widget->deleteLater();
-            }
-            shown->views.clear();
+        const bool isChanged = now != shown->items;
+        std::vector<View> gone;
+        if (isChanged) {
+            Shown before = std::exchange(*shown, {});
             for (const Item& item : now) {
-                shown->views.push_back(build(item));
-                widget->layout()->addWidget(shown->views.back().widget);
+                const auto known = std::find(before.items.begin(), before.items.end(), item);
+                if (known == before.items.end()) {
+                    shown->views.push_back(build(item));
+                } else {
+                    const auto view = before.views.begin() + (known - before.items.begin());
+                    shown->views.push_back(std::move(*view));
+                    before.views.erase(view);
+                    before.items.erase(known);
+                }
             }
             shown->items = std::move(now);
+            gone = std::move(before.views);
         }
         for (const View& view : shown->views)
             view.refresh();
+        if (isChanged)
+            arrangeElements(*widget, shown->views, gone);
     });
     return column;
 }

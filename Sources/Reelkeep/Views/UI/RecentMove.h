@@ -1,0 +1,14 @@
+#pragma once
+
+class QWidget;
+
+namespace reelkeep {
+
+/// Notes that an element stands where another one stood a moment ago.
+void markMoved(QWidget& element);
+
+/// Whether a control is inside an element that was moved so lately that a press may be the second of a double click,
+/// meant for what stood there before.
+bool hasJustMoved(const QWidget& control);
+
+} // namespace reelkeep

@@ -1,0 +1,212 @@
+#include "Fixtures/WindowTest.h"
+#include "UI/FocusRing.h"
+
+#include <QApplication>
+#include <QScrollBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace reelkeep {
+namespace {
+
+/// "Quitar" under a person's hand: what the same key or click does a moment later, where other controls stand then.
+class ContentViewRemoval : public WindowTest {
+protected:
+    ContentViewRemoval() { pressQuickly(); }
+    ~ContentViewRemoval() override { QApplication::setDoubleClickInterval(before); }
+
+    /// From now on every press comes soon enough, or too late, to be the second of a double click, however slow the
+    /// machine is.
+    static void pressQuickly() { QApplication::setDoubleClickInterval(60'000); }
+    static void pressSlowly() { QApplication::setDoubleClickInterval(0); }
+
+    Button& removeButton(const char* path) const
+    {
+        for (Button* button : content->findChildren<Button*>()) {
+            if (button->isVisible() && button->accessibleDescription() == QLatin1String(path))
+                return *button;
+        }
+        throw std::invalid_argument(path);
+    }
+    QScrollBar& page() const { return *window->scrollArea()->verticalScrollBar(); }
+    QPoint placeOf(const QWidget& widget) const { return widget.mapTo(window.get(), widget.rect().center()); }
+    void clickAt(QPoint place) const
+    {
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
+        settle();
+    }
+    void scrollTo(const Button& button, int y) const
+    {
+        page().setValue(page().value() + placeOf(button).y() - y);
+        ASSERT_EQ(placeOf(button).y(), y);
+    }
+    void reachByTab(Button& button) const
+    {
+        content->setFocus();
+        button.setFocus(Qt::TabFocusReason);
+    }
+    void strike(Qt::Key key) const
+    {
+        QTest::keyClick(window->windowHandle(), key);
+        settle();
+    }
+    QWidget* focused() const { return window->focusWidget(); }
+    static bool hasRing(const QWidget& widget) { return FocusRing::isShownAround(widget); }
+    std::vector<Location> reviewed() { return session().destinationReviewFolders(); }
+
+private:
+    int before = QApplication::doubleClickInterval();
+};
+
+TEST_F(ContentViewRemoval, handsTheFocusToTheNextButtonOfItsKind)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    reachByTab(removeButton("/media/b"));
+    strike(Qt::Key_Space);
+    EXPECT_EQ(reviewed(), locations({"/media/a", "/media/c"}));
+    EXPECT_EQ(focused(), &removeButton("/media/c"));
+    EXPECT_TRUE(hasRing(removeButton("/media/c")));
+}
+
+TEST_F(ContentViewRemoval, handsTheFocusBackFromTheLastRow)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    reachByTab(removeButton("/media/c"));
+    strike(Qt::Key_Return);
+    EXPECT_EQ(focused(), &removeButton("/media/b"));
+    EXPECT_TRUE(hasRing(removeButton("/media/b")));
+}
+
+TEST_F(ContentViewRemoval, handsTheFocusToAddingWhenNoRowIsLeft)
+{
+    addReviewFolders({"/media/a"});
+    reachByTab(removeButton("/media/a"));
+    strike(Qt::Key_Space);
+    EXPECT_EQ(focused(), &button(QStringLiteral("Anadir ubicaciones")));
+    EXPECT_TRUE(hasRing(*focused()));
+}
+
+TEST_F(ContentViewRemoval, handsTheFocusToAddingWhenOnlyTheCopyDestinationIsLeft)
+{
+    chooseDestination("/media/disk");
+    addReviewFolders({"/media/a"});
+    reachByTab(removeButton("/media/a"));
+    strike(Qt::Key_Space);
+    EXPECT_EQ(focused(), &button(QStringLiteral("Anadir ubicaciones")));
+}
+
+TEST_F(ContentViewRemoval, takesASecondSpaceForTheSamePress)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    reachByTab(removeButton("/media/a"));
+    for (int count = 0; count < 5; ++count)
+        strike(Qt::Key_Space);
+    EXPECT_EQ(reviewed(), locations({"/media/b", "/media/c"}));
+    EXPECT_TRUE(session().preserveFolderStructure());
+    EXPECT_TRUE(dialogs.shown.size() == 1) << "no dialog but the one that added the rows";
+}
+
+TEST_F(ContentViewRemoval, removesRowAfterRowWithOneKey)
+{
+    pressSlowly();
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    reachByTab(removeButton("/media/a"));
+    for (int count = 0; count < 3; ++count)
+        strike(Qt::Key_Space);
+    EXPECT_TRUE(reviewed().empty());
+    EXPECT_TRUE(session().preserveFolderStructure());
+}
+
+TEST_F(ContentViewRemoval, takesADoubleClickForOne)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    const QPoint place = placeOf(removeButton("/media/b"));
+    clickAt(place);
+    clickAt(place);
+    EXPECT_EQ(reviewed(), locations({"/media/a", "/media/c"}));
+}
+
+TEST_F(ContentViewRemoval, switchesNothingBelowTheRowsWithADoubleClick)
+{
+    chooseDestination("/media/disk");
+    addReviewFolders({"/media/a"});
+    const QPoint place = placeOf(removeButton("/media/a"));
+    const auto removed = [this] { return session().destinationReviewFolders() == locations({"/media/disk"}); };
+    clickAt(place);
+    ASSERT_TRUE(removed());
+    clickAt(place);
+    EXPECT_TRUE(removed());
+    EXPECT_TRUE(session().preserveFolderStructure());
+}
+
+TEST_F(ContentViewRemoval, removesRowAfterRowWithSlowClicksAtOnePlace)
+{
+    pressSlowly();
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    const QPoint place = placeOf(removeButton("/media/a"));
+    clickAt(place);
+    clickAt(place);
+    EXPECT_EQ(reviewed(), locations({"/media/c"}));
+}
+
+TEST_F(ContentViewRemoval, leavesThePageAloneUnderThePointer)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    resize(1148, 700);
+    for (const char* path : {"/media/a", "/media/c", "/media/b"}) {
+        scrollTo(removeButton(path), 400);
+        const int position = page().value();
+        clickAt(placeOf(removeButton(path)));
+        letEventsPass();
+        EXPECT_EQ(page().value(), position) << path;
+        EXPECT_FALSE(hasRing(*focused())) << path;
+    }
+}
+
+TEST_F(ContentViewRemoval, letsTheViewFollowTheKeyboard)
+{
+    std::vector<std::string> many;
+    for (int number = 0; number < 20; ++number)
+        many.push_back("/media/disk" + std::to_string(number));
+    addReviewFolders(many);
+    resize(1148, 600);
+    reachByTab(removeButton("/media/disk19"));
+    page().setValue(0);
+    strike(Qt::Key_Space);
+    const QWidget& next = removeButton("/media/disk18");
+    ASSERT_EQ(focused(), &next);
+    EXPECT_TRUE(waitUntil([&] { return window->rect().contains(placeOf(next)); }));
+}
+
+TEST_F(ContentViewRemoval, leavesTheFocusWhereItIsWhenOtherRowsChange)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    QWidget& kept = removeButton("/media/c");
+    reachByTab(removeButton("/media/c"));
+    session().removeDestinationReviewFolder(Location("/media/a"));
+    settle();
+    EXPECT_EQ(focused(), &kept);
+    session().setCopyDestinationFolder(Location("/media/b"));
+    settle();
+    EXPECT_EQ(focused(), &kept);
+    session().setCopyDestinationFolder(Location("/media/new"));
+    settle();
+    EXPECT_EQ(focused(), &kept);
+    EXPECT_TRUE(hasRing(kept));
+    EXPECT_EQ(&kept, &removeButton("/media/c"));
+}
+
+TEST_F(ContentViewRemoval, leavesTheFocusOnNoButtonThatIsDisabledUnderIt)
+{
+    addReviewFolders({"/media/a", "/media/b"});
+    reachByTab(removeButton("/media/b"));
+    session().setCopyDestinationFolder(Location("/media/b"));
+    settle();
+    strike(Qt::Key_Space);
+    EXPECT_EQ(reviewed(), locations({"/media/a", "/media/b"}));
+    EXPECT_TRUE(session().preserveFolderStructure());
+}
+
+} // namespace
+} // namespace reelkeep
