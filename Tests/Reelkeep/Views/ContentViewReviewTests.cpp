@@ -111,6 +111,19 @@ TEST_F(ContentViewReview, canBeRemovedButForTheCopyDestination)
                                   {QStringLiteral("C"), QStringLiteral("/media/ana/C")}}));
 }
 
+TEST_F(ContentViewReview, areTheCopyDestinationByTheirWholePathAlone)
+{
+    addReviewFolders({"/media/ana/Disco", "/media/luis/Disco"});
+    chooseDestination("/media/luis/Disco");
+    EXPECT_EQ(rows(), (QList<QStringList>{
+                          {QStringLiteral("Disco"), QStringLiteral("/media/luis/Disco"), QStringLiteral("Copia")},
+                          {QStringLiteral("Disco"), QStringLiteral("/media/ana/Disco")}}));
+    EXPECT_FALSE(removeButtons()[0]->isEnabled());
+    EXPECT_TRUE(removeButtons()[1]->isEnabled());
+    remove(1);
+    EXPECT_EQ(session().destinationReviewFolders(), std::vector<Location>{Location("/media/luis/Disco")});
+}
+
 TEST_F(ContentViewReview, areRemovedWithEveryEntryOfTheirPath)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/A", "/media/ana/B"});
