@@ -2,9 +2,11 @@
 
 #include "UI/FocusRing.h"
 #include "UI/SymbolWidget.h"
+#include "UI/WholeText.h"
 
 #include <QAbstractItemView>
 #include <QFontMetrics>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QWheelEvent>
@@ -260,6 +262,25 @@ int PopUp::readableWidth() const
     return std::min(sizeHint().width(), scaledWithFont(160));
 }
 
+QRect PopUp::textRect() const
+{
+    return rect().adjusted(10, 0, -scaledWithFont(24), 0);
+}
+
+QString PopUp::shownText() const
+{
+    return QFontMetrics(type::body.font()).elidedText(currentText(), Qt::ElideMiddle, textRect().width());
+}
+
+bool PopUp::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QComboBox::event(event);
+    if (shownText() != currentText())
+        showWholeText(currentText(), *static_cast<QHelpEvent*>(event), *this);
+    return true;
+}
+
 void PopUp::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
@@ -271,9 +292,7 @@ void PopUp::paintEvent(QPaintEvent*)
           appearance);
     painter.setPen(appearance.primary());
     painter.setFont(type::body.font());
-    const QRect words = rect().adjusted(10, 0, -scaledWithFont(24), 0);
-    painter.drawText(words, Qt::AlignVCenter | Qt::TextSingleLine,
-                     painter.fontMetrics().elidedText(currentText(), Qt::ElideMiddle, words.width()));
+    painter.drawText(textRect(), Qt::AlignVCenter | Qt::TextSingleLine, shownText());
 
     const double scale = textScale();
     painter.translate(width() - 11.5 * scale, height() / 2.0);

@@ -69,7 +69,8 @@ private:
 };
 
 /// A pop-up menu of choices. It is empty while nothing is chosen. Only a choice in the open list changes it: while it
-/// is closed, keys open it or go to the window, as the wheel does.
+/// is closed, keys open it or go to the window, as the wheel does. A choice that is too long for it is cut in the
+/// middle, and shown whole in a tool tip.
 class PopUp : public QComboBox, public Readable {
     Q_OBJECT
 
@@ -81,9 +82,14 @@ public:
     int readableWidth() const override;
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+
+private:
+    QRect textRect() const;
+    QString shownText() const;
 };
 
 /// A thin determinate bar.

@@ -1,8 +1,10 @@
 #include "UI/TextWidget.h"
 
-#include <QEvent>
+#include "UI/WholeText.h"
+
 #include <QFontMetricsF>
 #include <QGlyphRun>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QRawFont>
 
@@ -11,25 +13,6 @@
 #include <utility>
 
 namespace reelkeep {
-
-namespace {
-
-/// File names may contain line feeds and other control characters. Each is replaced by one symbol, so that positions in
-/// the drawn text are positions in the real one.
-QString withVisibleControls(QString text)
-{
-    for (QChar& character : text) {
-        if (character.unicode() < 0x20)
-            character = QChar(0x2400 + character.unicode());
-        else if (character.unicode() == 0x7f)
-            character = QChar(0x2421);
-        else if (character == QChar::LineSeparator || character == QChar::ParagraphSeparator)
-            character = QChar(0x2424);
-    }
-    return text;
-}
-
-} // namespace
 
 QColor TextColor::resolved(const Appearance& appearance) const
 {
@@ -227,6 +210,16 @@ void TextWidget::paintEvent(QPaintEvent*)
         lines.draw(&painter, {}, selectionIn(lines, 0), QRectF(0, 0, width(), lineTop(whole) - lineHeight / 2));
     if (endingStart >= 0)
         ending.draw(&painter, {}, selectionIn(ending, endingStart));
+}
+
+bool TextWidget::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    layOut(width());
+    if (endingStart >= 0)
+        showWholeText(shownText, *static_cast<QHelpEvent*>(event), *this);
+    return true;
 }
 
 void TextWidget::changeEvent(QEvent* event)

@@ -38,7 +38,8 @@ public:
     void setColor(const TextColor& color);
     const TextColor& color() const { return textColor; }
     void setAlignment(Qt::Alignment alignment);
-    /// Further lines are cut off, with an ellipsis at the end of the last. 0 for no limit.
+    /// Further lines are cut off, with an ellipsis at the end of the last; a tool tip then shows all of it. 0 for no
+    /// limit.
     void setLineLimit(int lines);
     /// Wider than this it wraps. Device-independent pixels.
     void setMaximumTextWidth(int width);
@@ -69,6 +70,7 @@ public:
     int readableWidth() const override;
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void changeEvent(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
