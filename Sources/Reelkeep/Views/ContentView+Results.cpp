@@ -14,6 +14,8 @@ namespace {
 /// no trailing zeros.
 QString fileSizeText(std::int64_t bytes)
 {
+    if (bytes == 1)
+        return QStringLiteral("1 byte"); // The toolkit knows no singular.
     struct Step {
         std::int64_t from;
         std::int64_t unit;

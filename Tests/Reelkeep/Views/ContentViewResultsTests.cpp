@@ -320,9 +320,9 @@ TEST_P(ContentViewResultsSize, areThoseOfFileBrowsers)
 
 INSTANTIATE_TEST_SUITE_P(
     Sizes, ContentViewResultsSize,
-    testing::Values(Size{0, "0 bytes", "0 bytes"}, Size{999, "999 bytes", "999 bytes"}, Size{1000, "1 kB", "1 kB"},
-                    Size{1499, "1 kB", "1 kB"}, Size{612'400, "612 kB", "612 kB"}, Size{999'499, "999 kB", "999 kB"},
-                    Size{999'500, "1 MB", "1 MB"}, Size{999'999, "1 MB", "1 MB"},
+    testing::Values(Size{0, "0 bytes", "0 bytes"}, Size{1, "1 byte", "1 byte"}, Size{999, "999 bytes", "999 bytes"},
+                    Size{1000, "1 kB", "1 kB"}, Size{1499, "1 kB", "1 kB"}, Size{612'400, "612 kB", "612 kB"},
+                    Size{999'499, "999 kB", "999 kB"}, Size{999'500, "1 MB", "1 MB"}, Size{999'999, "1 MB", "1 MB"},
                     Size{999'949'999, "999,9 MB", "999.9 MB"}, Size{999'999'999, "1 GB", "1 GB"},
                     Size{999'999'999'999, "1 TB", "1 TB"}, Size{2'500'000, "2,5 MB", "2.5 MB"},
                     Size{612'400'000, "612,4 MB", "612.4 MB"}, Size{958'000'000, "958 MB", "958 MB"},
