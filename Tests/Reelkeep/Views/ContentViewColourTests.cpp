@@ -287,6 +287,28 @@ const ThemeColours darkColours = {
 
 INSTANTIATE_TEST_SUITE_P(Themes, ContentViewColourTable, testing::Values(lightColours, darkColours));
 
+TEST_F(ContentViewColour, layASoftShadowUnderWhiteButtonsAlone)
+{
+    show(lightPalette(), analysed);
+    const auto below = [this](const QWidget& control) {
+        const QRect place = placeOf(control);
+        return at(place.center().x(), place.bottom() + 1).lightness() -
+               at(place.center().x(), place.bottom() + 3).lightness();
+    };
+    Button& onlyDestination = button(QStringLiteral("Usar solo HD de copia"));
+    EXPECT_NEAR(below(onlyDestination), 224 - 237, 2);
+    EXPECT_NEAR(below(*chooser()), 224 - 237, 3);
+    EXPECT_EQ(below(button(QStringLiteral("Anadir ubicaciones"))), 0);
+    session().setCopyDestinationFolder(std::nullopt);
+    settle();
+    image = picture(*window);
+    ASSERT_FALSE(onlyDestination.isEnabled());
+    EXPECT_EQ(below(onlyDestination), 0);
+    change.reset();
+    show(darkPalette(), analysed);
+    EXPECT_EQ(below(onlyDestination), 0);
+}
+
 TEST_F(ContentViewColour, followAChangeOfTheThemeWhileOpen)
 {
     show(lightPalette(), analysed);

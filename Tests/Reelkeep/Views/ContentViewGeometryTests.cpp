@@ -92,6 +92,32 @@ TEST_F(ContentViewGeometry, placesTheSectionsAsDesigned)
                 1854 + 45, 3);
 }
 
+/// Where letters are drawn: what differs from the ground of a place.
+QRect inkIn(const QImage& image, const QRect& place)
+{
+    QRect ink;
+    for (int y = place.top(); y <= place.bottom(); ++y) {
+        for (int x = place.left(); x <= place.right(); ++x) {
+            if (image.pixelColor(x, y).lightness() < 160)
+                ink |= QRect(x, y, 1, 1);
+        }
+    }
+    return ink;
+}
+
+TEST_F(ContentViewGeometry, putsTheDigitsOfThePillsInTheMiddleOfTheirDiscs)
+{
+    for (const char* digit : {"1", "2", "3"}) {
+        const QWidget& disc = *text(QString::fromLatin1(digit)).parentWidget();
+        const QRect place(disc.mapTo(window.get(), QPoint()), disc.size());
+        const QRect ink = inkIn(picture(*window), place);
+        EXPECT_EQ(place.width(), 28);
+        const double before = ink.left() - place.left();
+        const double behind = place.right() - ink.right();
+        EXPECT_LE(std::abs(before - behind), 1) << digit << ": " << before << " before and " << behind << " behind";
+    }
+}
+
 TEST_F(ContentViewGeometry, makesAReviewRow56HighAndPutsThem8Apart)
 {
     enterState(analysed);

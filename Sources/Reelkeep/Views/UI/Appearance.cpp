@@ -127,6 +127,11 @@ QColor Appearance::buttonEdge() const
     return ink(highContrast ? 0.8 : dark ? 0.08 : 0.13);
 }
 
+QColor Appearance::buttonShadow() const
+{
+    return withOpacity(Qt::black, dark || highContrast ? 0 : 0.055);
+}
+
 QColor Appearance::disabledFace() const
 {
     return ink(0.07);

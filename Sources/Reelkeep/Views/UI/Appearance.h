@@ -51,6 +51,7 @@ public:
 
     QColor buttonFace(Touch touch) const;
     QColor buttonEdge() const;
+    QColor buttonShadow() const;
     QColor disabledFace() const;
     QColor disabledEdge() const;
     /// The face of a prominent button: the tint, darkened until a white label on it reaches 4.5:1.

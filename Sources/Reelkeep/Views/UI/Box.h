@@ -6,7 +6,7 @@
 
 namespace reelkeep {
 
-/// A container on a plate.
+/// A container on a plate. It draws the shadows of the controls that stand on it.
 class Box : public QWidget {
     Q_OBJECT
 
@@ -17,6 +17,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    static const Box* plateBelow(const QWidget& widget);
+
     Plate plate;
 };
 

@@ -19,7 +19,6 @@ namespace reelkeep {
 namespace {
 
 constexpr int controlHeight = 28;
-constexpr double controlRadius = 6;
 constexpr double largeRadius = 8;
 constexpr int gap = 8;
 constexpr int barSteps = 10'000;
@@ -71,7 +70,7 @@ void paintSwitch(QPainter& painter, const QRectF& track, bool on, Touch touch, c
 
 Button::Button(const QString& label) : QPushButton(label)
 {
-    new FocusRing(this, controlRadius);
+    new FocusRing(this, measure::controlRadius);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(huggingPolicy());
     setFocusPolicy(Qt::StrongFocus);
@@ -118,8 +117,8 @@ QRect Button::textRect(int width) const
 QSize Button::sizeHint() const
 {
     const QMargins around = margins();
-    const int width =
-        QFontMetrics(labelFont()).horizontalAdvance(text()) + 1 + around.left() + around.right() + leadingWidth();
+    const double label = QFontMetricsF(labelFont()).horizontalAdvance(text());
+    const int width = int(std::ceil(label)) + around.left() + around.right() + leadingWidth();
     return {width, heightForWidth(width)};
 }
 
@@ -135,13 +134,14 @@ int Button::heightForWidth(int width) const
     const QMargins around = margins();
     // A line is as high as designed, whatever the font engine rounds it to.
     const double lines = std::round(double(textRect(width).height()) / QFontMetrics(labelFont()).height());
-    const int designed = int(std::max(1.0, lines) * type::body.height()) + around.top() + around.bottom();
-    return std::max(designed, controlHeight);
+    const double symbol = glyph ? symbolSize(glyph->name, scaledWithFont(glyph->width)).height() : 0;
+    const double label = std::max(std::max(1.0, lines) * type::body.height(), symbol);
+    return std::max(int(label) + around.top() + around.bottom(), controlHeight);
 }
 
 Button::Face Button::face(const Appearance& appearance) const
 {
-    const double radius = glyph ? largeRadius : controlRadius;
+    const double radius = glyph ? largeRadius : measure::controlRadius;
     if (!isEnabled()) {
         return {{.fill = Tint::of(appearance.disabledFace()),
                  .stroke = Tint::of(appearance.disabledEdge()),
@@ -158,12 +158,26 @@ Button::Face Button::face(const Appearance& appearance) const
             appearance.primary()};
 }
 
+void Button::changeEvent(QEvent* event)
+{
+    // The shadow comes or goes outside of the bounds.
+    if (event->type() == QEvent::EnabledChange)
+        window()->update(QRect(mapTo(window(), rect().bottomLeft()), QSize(width(), 3)));
+    QPushButton::changeEvent(event);
+}
+
 void Button::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     const Appearance appearance = Appearance::of(this);
     const Face shown = face(appearance);
     paint(painter, rect(), shown.background, appearance);
+    if (tint && isEnabled()) {
+        // Light falls on the upper edge.
+        painter.setClipPath(roundedOutline(painter, rect(), shown.background.radius));
+        painter.fillRect(QRectF(0, 0, width(), hairline(painter)), QColor::fromRgbF(1.F, 1.F, 1.F, 0.12F));
+        painter.setClipping(false);
+    }
 
     const int textWidth = textRect(width()).width();
     const int left = (width() - textWidth - leadingWidth()) / 2;
@@ -233,7 +247,7 @@ void Switch::paintEvent(QPaintEvent*)
 
 PopUp::PopUp()
 {
-    new FocusRing(this, controlRadius);
+    new FocusRing(this, measure::controlRadius);
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     setFocusPolicy(Qt::StrongFocus);
@@ -288,7 +302,7 @@ void PopUp::paintEvent(QPaintEvent*)
     paint(painter, rect(),
           {.fill = Tint::of(appearance.buttonFace(touchOf(*this, view()->isVisible()))),
            .stroke = Tint::of(appearance.buttonEdge()),
-           .radius = controlRadius},
+           .radius = measure::controlRadius},
           appearance);
     painter.setPen(appearance.primary());
     painter.setFont(type::body.font());

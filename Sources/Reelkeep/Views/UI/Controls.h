@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UI/Design.h"
+#include "UI/Raised.h"
 #include "UI/Readable.h"
 
 #include <QCheckBox>
@@ -13,7 +14,7 @@
 namespace reelkeep {
 
 /// A push button; with a tint, a prominent one. Its label wraps if the window is too narrow for it.
-class Button : public QPushButton, public Readable {
+class Button : public QPushButton, public Readable, public Raised {
     Q_OBJECT
 
 public:
@@ -28,8 +29,10 @@ public:
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
     int readableWidth() const override { return sizeHint().width(); }
+    bool castsShadow() const override { return isEnabled() && !tint; }
 
 protected:
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
@@ -71,7 +74,7 @@ private:
 /// A pop-up menu of choices. It is empty while nothing is chosen. Only a choice in the open list changes it: while it
 /// is closed, keys open it or go to the window, as the wheel does. A choice that is too long for it is cut in the
 /// middle, and shown whole in a tool tip.
-class PopUp : public QComboBox, public Readable {
+class PopUp : public QComboBox, public Readable, public Raised {
     Q_OBJECT
 
 public:
@@ -80,6 +83,7 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
     int readableWidth() const override;
+    bool castsShadow() const override { return true; }
 
 protected:
     bool event(QEvent* event) override;

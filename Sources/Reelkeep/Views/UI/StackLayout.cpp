@@ -299,7 +299,8 @@ void StackLayout::placeColumn(const Arrangement& chosen, const QRect& rect)
         int height = heightAt(item, width);
         if (surplus > 0 && expands(item, Qt::Vertical))
             height += surplus / growing;
-        const int x = chosen.alignment == Qt::AlignCenter ? (rect.width() - width) / 2 : 0;
+        // An odd point goes before: a text takes up to a point more than its letters do, at its end.
+        const int x = chosen.alignment == Qt::AlignCenter ? (rect.width() - width + 1) / 2 : 0;
         item->setGeometry(QRect(rect.left() + x, y, width, height));
         y += height + chosen.spacing;
     }

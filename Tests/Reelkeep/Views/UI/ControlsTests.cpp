@@ -70,17 +70,20 @@ TEST(ControlsButton, isNotPressedWhileDisabled)
 
 TEST(ControlsButton, is28HighAnd12WiderThanItsLabelAtEachSide)
 {
-    const Button button(QStringLiteral("Elegir camara"));
-    EXPECT_EQ(button.sizeHint().height(), 28);
-    EXPECT_NEAR(button.sizeHint().width(),
-                QFontMetricsF(type::body.font()).horizontalAdvance(QStringLiteral("Elegir camara")) + 24, 2);
+    for (const QString& label : {QStringLiteral("Elegir camara"), QStringLiteral("Anadir ubicaciones")}) {
+        const Button button(label);
+        const double designed = QFontMetricsF(type::body.font()).horizontalAdvance(label) + 24;
+        EXPECT_EQ(button.sizeHint().height(), 28);
+        EXPECT_GE(button.sizeHint().width(), designed);
+        EXPECT_LT(button.sizeHint().width(), designed + 1);
+    }
 }
 
-TEST(ControlsButton, is48HighAndTakesAllTheWidthWhenLarge)
+TEST(ControlsButton, isAsHighAsItsSymbolWith16AroundItAndTakesAllTheWidthWhenLarge)
 {
     Button button(QStringLiteral("No hay nada pendiente"));
     button.setLarge(glyph::copyButton);
-    EXPECT_EQ(button.sizeHint().height(), 48);
+    EXPECT_EQ(button.sizeHint().height(), 17 + 32);
     EXPECT_EQ(button.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
 }
 
@@ -88,8 +91,8 @@ TEST(ControlsButton, wrapsItsLabelWhereItIsTooNarrow)
 {
     Button button(QStringLiteral("Copiar faltantes al HD seleccionado"));
     button.setLarge(glyph::copyButton);
-    EXPECT_EQ(button.heightForWidth(button.sizeHint().width()), 48);
-    EXPECT_EQ(button.heightForWidth(button.sizeHint().width() - 10), 48 + 16);
+    EXPECT_EQ(button.heightForWidth(button.sizeHint().width()), 49);
+    EXPECT_EQ(button.heightForWidth(button.sizeHint().width() - 10), 2 * 16 + 32);
     EXPECT_LT(button.minimumSizeHint().width(), 180);
 }
 
