@@ -52,7 +52,7 @@ protected:
         settle();
     }
     QWidget* focused() const { return window->focusWidget(); }
-    static bool hasRing(const QWidget& widget) { return FocusRing::isShownAround(widget); }
+    static bool hasRing(const QWidget& widget) { return FocusRing::belongsAround(widget); }
     std::vector<Location> reviewed() { return session().destinationReviewFolders(); }
 
 private:

@@ -16,12 +16,6 @@ bool isIn(const QWidget& element, const QWidget* widget)
     return widget && (widget == &element || element.isAncestorOf(widget));
 }
 
-/// Without a ring it was a click that moved the focus there, and no ring must appear where it goes.
-Qt::FocusReason reasonFor(bool hadRing)
-{
-    return hadRing ? Qt::OtherFocusReason : Qt::MouseFocusReason;
-}
-
 void scrollTo(QWidget& widget)
 {
     for (QWidget* parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
@@ -58,7 +52,7 @@ void FocusHome::takeFocusFrom(const QWidget& element)
     QWidget* focused = window()->focusWidget();
     if (!isIn(element, focused))
         return;
-    absentHadRing = FocusRing::isShownAround(*focused);
+    absentHadRing = FocusRing::belongsAround(*focused);
     setFocus(Qt::OtherFocusReason);
     absent = focused;
 }
@@ -69,7 +63,7 @@ void FocusHome::returnFocusTo(const QWidget& element)
     if (window()->focusWidget() != this || !isIn(element, owner))
         return;
     if (owner->isEnabledTo(this) && owner->isVisibleTo(this))
-        owner->setFocus(reasonFor(absentHadRing));
+        FocusRing::moveFocus(*owner, absentHadRing);
 }
 
 void FocusHome::passFocusOn(const QWidget& element, const QWidget& list)
@@ -91,8 +85,8 @@ void FocusHome::passFocusOn(const QWidget& element, const QWidget& list)
     }
     if (next == owner)
         return;
-    const bool hadRing = absent == owner ? absentHadRing : FocusRing::isShownAround(*owner);
-    next->setFocus(reasonFor(hadRing));
+    const bool hadRing = absent == owner ? absentHadRing : FocusRing::belongsAround(*owner);
+    FocusRing::moveFocus(*next, hadRing);
     // When the layouts know the new places.
     if (hadRing)
         QTimer::singleShot(0, next, [next] { scrollTo(*next); });

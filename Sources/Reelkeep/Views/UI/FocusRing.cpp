@@ -64,19 +64,38 @@ FocusRing::~FocusRing()
     delete frame;
 }
 
-bool FocusRing::isShownAround(const QWidget& widget)
+FocusRing* FocusRing::of(const QWidget& widget)
 {
-    const auto* ring = widget.findChild<FocusRing*>(QString(), Qt::FindDirectChildrenOnly);
-    return ring && ring->frame;
+    return widget.findChild<FocusRing*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+bool FocusRing::belongsAround(const QWidget& widget)
+{
+    const FocusRing* ring = of(widget);
+    return ring && ring->belongs;
+}
+
+void FocusRing::moveFocus(QWidget& to, bool withRing)
+{
+    to.setFocus(withRing ? Qt::OtherFocusReason : Qt::MouseFocusReason);
+    // While the window is not active, no event says why the focus moved.
+    if (FocusRing* ring = of(to))
+        ring->belongs = withRing;
 }
 
 bool FocusRing::eventFilter(QObject* watched, QEvent* event)
 {
-    const auto isByMouse = [event] { return static_cast<QFocusEvent*>(event)->reason() == Qt::MouseFocusReason; };
-    if (event->type() == QEvent::FocusIn && !frame && !isByMouse()) {
+    const bool isIn = event->type() == QEvent::FocusIn;
+    if (!isIn && event->type() != QEvent::FocusOut)
+        return QObject::eventFilter(watched, event);
+    const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+    const bool isLent = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+    if (!isLent)
+        belongs = isIn && reason != Qt::MouseFocusReason;
+    if (isIn && belongs && !frame) {
         frame = new Frame(radius);
         frame->setWidget(static_cast<QWidget*>(watched));
-    } else if (event->type() == QEvent::FocusOut) {
+    } else if (!isIn) {
         delete frame;
     }
     return QObject::eventFilter(watched, event);

@@ -12,8 +12,9 @@ class Appearance;
 /// Paints the ring inside the edges of `rect`, for a part of a widget, which can have no frame of its own.
 void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const Appearance& appearance);
 
-/// A ring around a widget while it has the focus. It is drawn outside of the widget's bounds, over whatever surrounds
-/// it.
+/// A ring around a widget while it has the focus that keyboard or assistive technology moved there: not after a click,
+/// also not when another window or a menu gives the focus back after one. It is drawn outside of the widget's bounds,
+/// over whatever surrounds it.
 class FocusRing : public QObject {
     Q_OBJECT
 
@@ -24,13 +25,19 @@ public:
 
     /// Present while the ring is shown (for tests).
     const QFocusFrame* shownFrame() const { return frame.data(); }
-    static bool isShownAround(const QWidget& widget);
+    /// Whether the widget has a ring, or will have it again when its window is active.
+    static bool belongsAround(const QWidget& widget);
+    /// Moves the focus to a widget, where the ring is shown if it was shown where the focus comes from.
+    static void moveFocus(QWidget& to, bool withRing);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    static FocusRing* of(const QWidget& widget);
+
     double radius;
+    bool belongs = false;
     QPointer<QFocusFrame> frame; ///< A child of the window, which may be destroyed before the widget.
 };
 

@@ -2,6 +2,7 @@
 #include "Fixtures/Widgets.h"
 #include "UI/FocusRing.h"
 
+#include <QMenu>
 #include <QScrollArea>
 
 #include <gtest/gtest.h>
@@ -60,6 +61,39 @@ TEST_F(FocusRingTest, isNotThereAfterAClick)
         inner->setFocus(reason);
         EXPECT_TRUE(ring->shownFrame()) << reason;
         inner->clearFocus();
+    }
+}
+
+TEST_F(FocusRingTest, returnsWithTheFocusFromAnotherWindowOnlyIfItWasThere)
+{
+    for (const auto& [reason, expected] : {std::pair(Qt::MouseFocusReason, false), std::pair(Qt::TabFocusReason, true),
+                                           std::pair(Qt::MouseFocusReason, false)}) {
+        inner->clearFocus();
+        inner->setFocus(reason);
+        QWidget other;
+        showActive(other);
+        ASSERT_FALSE(inner->hasFocus());
+        EXPECT_FALSE(ring->shownFrame());
+        other.close();
+        showActive(window);
+        ASSERT_TRUE(waitUntil([this] { return inner->hasFocus(); }));
+        EXPECT_EQ(ring->shownFrame() != nullptr, expected) << reason;
+    }
+}
+
+TEST_F(FocusRingTest, returnsWithTheFocusFromAMenuOnlyIfItWasThere)
+{
+    for (const auto& [reason, expected] :
+         {std::pair(Qt::MouseFocusReason, false), std::pair(Qt::TabFocusReason, true)}) {
+        inner->clearFocus();
+        inner->setFocus(reason);
+        QMenu menu;
+        menu.addAction(QStringLiteral("Copiar"));
+        menu.popup(inner->mapToGlobal(QPoint()));
+        ASSERT_TRUE(waitUntil([&] { return menu.isVisible(); }));
+        menu.close();
+        ASSERT_TRUE(waitUntil([this] { return inner->hasFocus(); }));
+        EXPECT_EQ(ring->shownFrame() != nullptr, expected) << reason;
     }
 }
 
