@@ -13,7 +13,7 @@ SWITCH = ("check box", "toggle button")
 CHOOSER = ("combo box",)
 DIALOG = ("dialog", "file chooser")
 FIELD = ("text", "entry")
-LABEL = ("label", "static", "text")
+LABEL = ("label", "static", "text", "heading")
 LIST = ("list", "tree", "tree table", "table")
 ROW = ("list item", "table cell", "tree item")
 
@@ -47,6 +47,9 @@ class Element:
     def children(self):
         found = (self.accessible.get_child_at_index(i) for i in range(self.accessible.get_child_count()))
         return [Element(child) for child in found if child is not None]
+
+    def siblings(self):
+        return Element(self.accessible.get_parent()).children()
 
     def descendants(self):
         """All elements inside, in reading order."""
@@ -104,7 +107,7 @@ class Element:
                 self.press()
             wait_for(lambda: next((row for row in self.all(ROW, name) if row.showing), None), f"the entry {name!r}").click()
 
-        until(lambda: self.name.endswith(name) and not self.has("expanded"), pick, f"{name!r} to be chosen")
+        until(lambda: self.text() == name and not self.has("expanded"), pick, f"{name!r} to be chosen")
 
     def box(self):
         """Its rectangle on the display: left, top, width, height."""

@@ -73,10 +73,11 @@ class Window:
         return [row.name for row in view.children() if row.role in ROW] if view and view.showing else []
 
     def progress(self):
-        """The value of the progress bar; None if it is hidden. Its element, too, is searched only once."""
+        """The value of the progress bar; None if there is none. Its element is searched only once, beside the status."""
         if self.bar is None:
-            self.bar = self.element.find(("progress bar",))
-        return self.bar.value() if self.bar.showing else None
+            self.status()
+            self.bar = next((part for part in self.status_line.siblings() if part.role == "progress bar"), None)
+        return self.bar.value() if self.bar and self.bar.showing else None
 
     def maximize(self):
         """Double-clicks the title bar, which is above the rectangle that the accessibility bus reports."""

@@ -84,7 +84,7 @@ View ContentView::destinationChooser()
     // The label appears twice on purpose: as the heading and beside the pop-up.
     return VStack(
                {.spacing = 8},
-               Text(tr("HD de copia activo")).headline(),
+               Text(tr("HD de copia activo")).headline().heading(),
                Picker(
                    tr("HD de copia activo"),
                    entries,

@@ -51,10 +51,9 @@ QString dateText(const Date& date)
         locale.toString(moment.time(), QLocale::ShortFormat);
 }
 
-QString descriptionOf(const VideoFile& video)
+QStringList descriptionOf(const VideoFile& video)
 {
-    return QStringLiteral("%1, %2, %3")
-        .arg(displayText(video.fileName), displayText(video.relativePath), fileSizeText(video.size));
+    return {displayText(video.fileName), displayText(video.relativePath), fileSizeText(video.size)};
 }
 
 } // namespace

@@ -66,7 +66,7 @@ View ContentView::header()
 {
     return VStack(
         {.spacing = 8},
-        Text(tr("Reelkeep")).style(type::windowTitle),
+        Text(tr("Reelkeep")).style(type::windowTitle).heading(),
         Text(tr("Controla que tu material de camara ya este archivado en uno o varios discos y copia solo lo que falta "
                 "al destino principal."))
             .secondary()

@@ -205,7 +205,7 @@ TEST_F(ContentViewTest, showsNamesAsTheyAreWhateverTheyContain)
     const QStringList rows = shownWords(*list()->viewport());
     QStringList spokenRows;
     for (int row = 0; row < list()->rowCount(); ++row)
-        spokenRows.append(list()->description(row));
+        spokenRows.append(list()->description(row).join(QStringLiteral(", ")));
     for (const std::string& name : names) {
         const QString shown = displayText(name);
         EXPECT_GE(rows.count(shown), 2) << "as name and as path: " << shown.toStdString();

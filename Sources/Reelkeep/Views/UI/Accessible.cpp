@@ -3,6 +3,7 @@
 #include "UI/Announcer.h"
 #include "UI/Box.h"
 #include "UI/Controls.h"
+#include "UI/FocusHome.h"
 #include "UI/RowList.h"
 #include "UI/SymbolWidget.h"
 #include "UI/TextWidget.h"
@@ -10,27 +11,60 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QFocusFrame>
 #include <QPointer>
 
+#include <algorithm>
 #include <map>
+#include <vector>
 
 namespace reelkeep {
 
 namespace {
 
-/// A text, which is its own name. A selectable one can be read and selected character by character.
-class AccessibleText : public QAccessibleWidget, public QAccessibleTextInterface {
+/// A text of which nothing can be selected.
+class AccessibleWords : public QAccessibleTextInterface {
 public:
-    explicit AccessibleText(TextWidget* text)
-        : QAccessibleWidget(text, text->findChild<Announcer*>() ? QAccessible::StatusBar : QAccessible::StaticText)
+    void selection(int, int* start, int* end) const override { *start = *end = 0; }
+    int selectionCount() const override { return 0; }
+    void addSelection(int, int) override {}
+    void removeSelection(int) override {}
+    void setSelection(int, int, int) override {}
+    int cursorPosition() const override { return 0; }
+    void setCursorPosition(int) override {}
+    QString text(int start, int end) const override { return words().mid(start, end - start); }
+    int characterCount() const override { return int(words().size()); }
+    QRect characterRect(int) const override { return {}; }
+    int offsetAtPoint(const QPoint&) const override { return -1; }
+    void scrollToSubstring(int, int) override {}
+    QString attributes(int, int* start, int* end) const override
     {
+        *start = 0;
+        *end = characterCount();
+        return {};
     }
+
+protected:
+    virtual QString words() const = 0;
+};
+
+/// A text, which is its own name. A selectable one can be read and selected character by character. So can the status
+/// line be read: its name may be what a screen reader remembers from its last announcement, its characters never are.
+class AccessibleText : public QAccessibleWidget, public AccessibleWords {
+public:
+    explicit AccessibleText(TextWidget* text) : QAccessibleWidget(text) {}
 
     void* interface_cast(QAccessible::InterfaceType type) override
     {
-        if (type == QAccessible::TextInterface && widget()->isSelectable())
+        if (type == QAccessible::TextInterface && (widget()->isSelectable() || isStatus()))
             return static_cast<QAccessibleTextInterface*>(this);
         return QAccessibleWidget::interface_cast(type);
+    }
+    QAccessible::Role role() const override
+    {
+        return isStatus()              ? QAccessible::StatusBar
+               : widget()->isHeading() ? QAccessible::Heading
+                                       : QAccessible::StaticText;
     }
     QString text(QAccessible::Text kind) const override
     {
@@ -44,19 +78,22 @@ public:
         return state;
     }
 
+    using AccessibleWords::text;
     void selection(int, int* start, int* end) const override
     {
         *start = widget()->selectionBegin();
         *end = widget()->selectionFinish();
     }
     int selectionCount() const override { return widget()->hasSelection() ? 1 : 0; }
-    void addSelection(int start, int end) override { widget()->select(start, end); }
+    void addSelection(int start, int end) override { setSelection(0, start, end); }
     void removeSelection(int) override { widget()->clearSelection(); }
-    void setSelection(int, int start, int end) override { widget()->select(start, end); }
+    void setSelection(int, int start, int end) override
+    {
+        if (widget()->isSelectable())
+            widget()->select(start, end);
+    }
     int cursorPosition() const override { return widget()->cursorPosition(); }
-    void setCursorPosition(int position) override { widget()->select(position, position); }
-    QString text(int start, int end) const override { return widget()->text().mid(start, end - start); }
-    int characterCount() const override { return int(widget()->text().size()); }
+    void setCursorPosition(int position) override { setSelection(0, position, position); }
     QRect characterRect(int offset) const override
     {
         const QRect inside = widget()->characterRect(offset).toAlignedRect();
@@ -66,36 +103,144 @@ public:
     {
         return widget()->positionAt(widget()->mapFromGlobal(point));
     }
-    void scrollToSubstring(int, int) override {}
-    QString attributes(int, int* start, int* end) const override
-    {
-        *start = 0;
-        *end = characterCount();
-        return {};
-    }
+
+protected:
+    QString words() const override { return widget()->text(); }
 
 private:
     TextWidget* widget() const { return static_cast<TextWidget*>(QAccessibleWidget::widget()); }
+    bool isStatus() const { return widget()->findChild<Announcer*>(); }
 };
 
-/// One row, in view or not. It holds an index instead of a record, so it can outlive any change of the list.
+bool isDecoration(const QWidget& widget);
+
+/// What screen readers find inside a widget: neither what is hidden nor what is decoration.
+std::vector<QWidget*> readableChildren(const QWidget& widget)
+{
+    std::vector<QWidget*> found;
+    for (QWidget* child : widget.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (!child->isHidden() && !child->isWindow() && !isDecoration(*child))
+            found.push_back(child);
+    }
+    return found;
+}
+
+bool isDecoration(const QWidget& widget)
+{
+    const bool isEmptyBox =
+        qobject_cast<const Box*>(&widget) && widget.accessibleName().isEmpty() && readableChildren(widget).empty();
+    return isEmptyBox || qobject_cast<const SymbolWidget*>(&widget) || qobject_cast<const IconTile*>(&widget) ||
+           qobject_cast<const QFocusFrame*>(&widget);
+}
+
+/// A container; a group if it has a name.
+class AccessibleContainer : public QAccessibleWidget {
+public:
+    explicit AccessibleContainer(QWidget* container) : QAccessibleWidget(container) {}
+
+    QAccessible::Role role() const override
+    {
+        return widget()->accessibleName().isEmpty() ? QAccessible::Client : QAccessible::Grouping;
+    }
+    int childCount() const override { return int(readableChildren(*widget()).size()); }
+    QAccessibleInterface* child(int index) const override
+    {
+        const auto children = readableChildren(*widget());
+        return index >= 0 && index < int(children.size())
+                   ? QAccessible::queryAccessibleInterface(children[std::size_t(index)])
+                   : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        const auto children = readableChildren(*widget());
+        const auto found = std::find(children.begin(), children.end(), child ? child->object() : nullptr);
+        return found == children.end() ? -1 : int(found - children.begin());
+    }
+};
+
+/// A part of a row, such as its size, which a screen reader reads alone.
+class AccessiblePart : public QAccessibleInterface {
+public:
+    AccessiblePart(QAccessibleInterface* row, RowList* rows, int rowIndex, int partIndex)
+        : owner(QAccessible::uniqueId(row)), list(rows), index(rowIndex), part(partIndex)
+    {
+    }
+
+    bool isValid() const override { return row() && row()->isValid() && part < row()->childCount(); }
+    QObject* object() const override { return nullptr; }
+    QWindow* window() const override { return list ? list->window()->windowHandle() : nullptr; }
+    QAccessibleInterface* parent() const override { return row(); }
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    QAccessible::Role role() const override { return QAccessible::StaticText; }
+    void setText(QAccessible::Text, const QString&) override {}
+    QString text(QAccessible::Text kind) const override
+    {
+        return isValid() && kind == QAccessible::Name ? list->description(index).value(part) : QString();
+    }
+    QRect rect() const override { return isValid() ? row()->rect() : QRect(); }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state;
+        state.readOnly = true;
+        state.invalid = !isValid();
+        state.offscreen = isValid() && row()->state().offscreen;
+        return state;
+    }
+
+private:
+    QAccessibleInterface* row() const { return QAccessible::accessibleInterface(owner); }
+
+    QAccessible::Id owner;
+    QPointer<RowList> list;
+    int index;
+    int part;
+};
+
+/// One row, in view or not, with its parts. It holds an index instead of a record, so it can outlive any change of the
+/// list.
 class AccessibleRow : public QAccessibleInterface {
 public:
     AccessibleRow(RowList* rows, int row) : list(rows), index(row) {}
+    ~AccessibleRow() override
+    {
+        for (const QAccessible::Id part : parts)
+            QAccessible::deleteAccessibleInterface(part);
+    }
 
     bool isValid() const override { return list && index < list->rowCount(); }
     QObject* object() const override { return nullptr; }
     QWindow* window() const override { return list ? list->window()->windowHandle() : nullptr; }
     QAccessibleInterface* parent() const override { return QAccessible::queryAccessibleInterface(list); }
-    QAccessibleInterface* child(int) const override { return nullptr; }
+    QAccessibleInterface* child(int part) const override
+    {
+        if (part < 0 || part >= childCount())
+            return nullptr;
+        while (int(parts.size()) <= part) {
+            auto* self = const_cast<AccessibleRow*>(this);
+            auto* made = new AccessiblePart(self, list, index, int(parts.size()));
+            // The toolkit owns it now. NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+            parts.push_back(QAccessible::registerAccessibleInterface(made));
+        }
+        return QAccessible::accessibleInterface(parts[std::size_t(part)]);
+    }
     QAccessibleInterface* childAt(int, int) const override { return nullptr; }
-    int childCount() const override { return 0; }
-    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    int childCount() const override { return isValid() ? int(list->description(index).size()) : 0; }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        for (std::size_t part = 0; part < parts.size(); ++part) {
+            if (QAccessible::accessibleInterface(parts[part]) == child)
+                return int(part);
+        }
+        return -1;
+    }
     QAccessible::Role role() const override { return QAccessible::ListItem; }
     void setText(QAccessible::Text, const QString&) override {}
     QString text(QAccessible::Text kind) const override
     {
-        return isValid() && kind == QAccessible::Name ? list->description(index) : QString();
+        return isValid() && kind == QAccessible::Name ? list->description(index).join(QStringLiteral(", ")) : QString();
     }
     QRect rect() const override
     {
@@ -121,6 +266,7 @@ public:
 private:
     QPointer<RowList> list;
     int index;
+    mutable std::vector<QAccessible::Id> parts; ///< Made when they are first requested.
 };
 
 /// The list with all its rows as children. The object of a row is made when it is first requested.
@@ -170,22 +316,26 @@ private:
     mutable std::map<int, QAccessible::Id> rows;
 };
 
-/// A pop-up menu whose name is its label and its choice. The toolkit's own takes the name from a QLabel, which this
-/// vocabulary does not use.
-class AccessiblePopUp : public QAccessibleWidget {
+/// A pop-up menu whose name is its label; its value, and what can be read in it, is its choice. The toolkit's own takes
+/// the name from a QLabel, which this vocabulary does not use.
+class AccessiblePopUp : public QAccessibleWidget, public AccessibleWords {
 public:
     explicit AccessiblePopUp(PopUp* popUp) : QAccessibleWidget(popUp, QAccessible::ComboBox) {}
 
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        return type == QAccessible::TextInterface ? static_cast<QAccessibleTextInterface*>(this)
+                                                  : QAccessibleWidget::interface_cast(type);
+    }
+    using AccessibleWords::text;
     QString text(QAccessible::Text kind) const override
     {
-        if (kind == QAccessible::Name && !popUp()->currentText().isEmpty())
-            return popUp()->accessibleName() + QStringLiteral(": ") + popUp()->currentText();
         return kind == QAccessible::Value ? popUp()->currentText() : QAccessibleWidget::text(kind);
     }
-    int childCount() const override { return 1; }
+    int childCount() const override { return popUp()->view()->isVisible() ? 1 : 0; }
     QAccessibleInterface* child(int index) const override
     {
-        return index == 0 ? QAccessible::queryAccessibleInterface(popUp()->view()) : nullptr;
+        return index == 0 && childCount() == 1 ? QAccessible::queryAccessibleInterface(popUp()->view()) : nullptr;
     }
     int indexOfChild(const QAccessibleInterface* interface) const override
     {
@@ -213,6 +363,9 @@ public:
             popUp()->showPopup();
     }
 
+protected:
+    QString words() const override { return popUp()->currentText(); }
+
 private:
     PopUp* popUp() const { return static_cast<PopUp*>(widget()); }
 };
@@ -225,10 +378,8 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
         return new AccessibleRowList(list);
     if (auto* popUp = qobject_cast<PopUp*>(object))
         return new AccessiblePopUp(popUp);
-    if (auto* box = qobject_cast<Box*>(object); box && !box->accessibleName().isEmpty())
-        return new QAccessibleWidget(box, QAccessible::Grouping);
-    if (qobject_cast<SymbolWidget*>(object) || qobject_cast<IconTile*>(object))
-        return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Graphic);
+    if (qobject_cast<Box*>(object) || qobject_cast<FocusHome*>(object))
+        return new AccessibleContainer(static_cast<QWidget*>(object));
     return nullptr;
 }
 

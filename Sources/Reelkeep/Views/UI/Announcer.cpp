@@ -3,10 +3,17 @@
 #include <QAccessible>
 #include <QWidget>
 
+#include <utility>
+
 namespace reelkeep {
 
 namespace {
+
 constexpr int pauseMilliseconds = 3000;
+
+/// Newer toolkits can have a text spoken. With older ones all that a screen reader hears is that the name has changed.
+constexpr bool speaksApart = QT_VERSION >= QT_VERSION_CHECK(6, 8, 0);
+
 } // namespace
 
 Announcer::Announcer(QWidget* spokenWidget) : QObject(spokenWidget), widget(spokenWidget)
@@ -20,9 +27,18 @@ Announcer::Announcer(QWidget* spokenWidget) : QObject(spokenWidget), widget(spok
 
 void Announcer::announce(const QString& text)
 {
-    newest = text;
+    const bool isNew = std::exchange(newest, text) != text;
+    if (speaksApart && isNew)
+        tellNewName();
     if (!pause.isActive() && newest != spoken)
         speak();
+}
+
+/// Screen readers remember names until they hear this.
+void Announcer::tellNewName()
+{
+    QAccessibleEvent nameChanged(widget, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&nameChanged);
 }
 
 void Announcer::speak()
@@ -32,9 +48,9 @@ void Announcer::speak()
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
     QAccessibleAnnouncementEvent event(widget, spoken);
     QAccessible::updateAccessibility(&event);
+#else
+    tellNewName();
 #endif
-    QAccessibleEvent nameChanged(widget, QAccessible::NameChanged);
-    QAccessible::updateAccessibility(&nameChanged);
     emit announced(spoken);
 }
 

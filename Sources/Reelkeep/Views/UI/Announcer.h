@@ -8,7 +8,8 @@ class QWidget;
 namespace reelkeep {
 
 /// Announces the changes of a text to screen readers: the first one at once, then the newest text every few seconds. A
-/// progress report for every file would be too much to listen to.
+/// progress report for every file would be too much to listen to. Only what is spoken is held back: who reads the text
+/// gets the current one.
 class Announcer : public QObject {
     Q_OBJECT
 
@@ -24,6 +25,7 @@ signals:
 
 private:
     void speak();
+    void tellNewName();
 
     QWidget* widget;
     QString newest;

@@ -24,8 +24,8 @@ public:
     /// What the list needs to know of its records.
     struct Source {
         std::function<Row()> makeRow;
-        std::function<QString(std::size_t index)> description; ///< What a screen reader says for a row.
-        std::function<QString(std::size_t index)> copiedText;  ///< What Ctrl+C puts on the clipboard.
+        std::function<QStringList(std::size_t index)> description; ///< The parts of a row that a screen reader reads.
+        std::function<QString(std::size_t index)> copiedText;      ///< What Ctrl+C puts on the clipboard.
     };
     /// The row that shows a record now that was in `row` before; -1 if it is gone.
     using Moved = std::function<int(int row)>;
@@ -40,7 +40,7 @@ public:
     int rowCount() const { return count; }
     int currentRow() const { return current; }
     void setCurrentRow(int row);
-    QString description(int row) const { return source.description(std::size_t(row)); }
+    QStringList description(int row) const { return source.description(std::size_t(row)); }
     /// The place of a row in the viewport. For a row out of view it is an estimate, out of view too.
     QRect rowRect(int row) const;
     /// The row in view at a point, or -1.

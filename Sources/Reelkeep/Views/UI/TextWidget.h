@@ -44,6 +44,10 @@ public:
     /// Wider than this it wraps. Device-independent pixels.
     void setMaximumTextWidth(int width);
 
+    /// What screen readers jump to from title to title.
+    void setHeading(bool heading) { isTitle = heading; }
+    bool isHeading() const { return isTitle; }
+
     void setSelectable(bool selectable);
     bool isSelectable() const { return selectable; }
     bool hasSelection() const { return selectionStart != selectionEnd; }
@@ -101,6 +105,7 @@ private:
     int lineLimit = 0;
     int maximumTextWidth = QWIDGETSIZE_MAX;
     FocusRing* focusRing = nullptr;
+    bool isTitle = false;
     bool selectable = false;
     bool selecting = false;
     int selectionStart = 0;

@@ -47,6 +47,12 @@ TextView TextView::style(const TypeStyle& style) &&
     return std::move(*this);
 }
 
+TextView TextView::heading() &&
+{
+    text()->setHeading(true);
+    return std::move(*this);
+}
+
 TextView TextView::secondary() &&
 {
     text()->setColor({TextColor::Level::secondary});

@@ -103,9 +103,12 @@ View Spacer();
 struct TextView : View {
     TextView style(const TypeStyle& style) &&;
     TextView headline() && { return std::move(*this).style(type::headline); }
-    TextView title3() && { return std::move(*this).style(type::title3); }
+    /// A title: a heading in its style.
+    TextView title3() && { return std::move(*this).style(type::title3).heading(); }
     TextView caption() && { return std::move(*this).style(type::caption); }
     TextView monospacedCaption() && { return std::move(*this).style(type::monospacedCaption); }
+    /// Screen readers jump from heading to heading.
+    TextView heading() &&;
     TextView secondary() &&;
     TextView tertiary() &&;
     TextView color(const QColor& accent) &&;
@@ -174,7 +177,7 @@ struct ListContent {
     std::function<Items()> items; ///< Immutable, and shared by its copies instead of copied.
     std::function<std::string_view(const Item&)> id;
     std::function<View(std::function<const Item&()>)> row;
-    std::function<QString(const Item&)> description;
+    std::function<QStringList(const Item&)> description; ///< The parts that a screen reader reads.
     std::function<QString(const Item&)> copiedText;
 };
 template <class Items>

@@ -34,10 +34,15 @@ protected:
 
 TEST_F(Accessible, readsATextByItsWords)
 {
-    const auto& text = made(Text("Videos pendientes").title3());
+    const auto& text = made(Text("Listo"));
     EXPECT_EQ(text.role(), QAccessible::StaticText);
-    EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Videos pendientes"));
+    EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Listo"));
     EXPECT_FALSE(text.state().selectableText);
+}
+
+TEST_F(Accessible, takesATitleForAHeading)
+{
+    EXPECT_EQ(made(Text("Videos pendientes").title3()).role(), QAccessible::Heading);
 }
 
 TEST_F(Accessible, readsASelectableTextByCharacters)
@@ -86,6 +91,20 @@ TEST_F(Accessible, takesATextThatAnnouncesItselfForAStatusBar)
     EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Escaneando videos..."));
 }
 
+TEST_F(Accessible, readsTheCurrentCharactersOfATextThatAnnouncesItself)
+{
+    int count = 0;
+    View view = Text([&] { return QStringLiteral("Copiando %1/9").arg(++count); }).announced();
+    QAccessibleTextInterface* characters = made(view).textInterface();
+    ASSERT_NE(characters, nullptr);
+    for (int refresh = 2; refresh < 9; ++refresh) {
+        view.refresh();
+        EXPECT_EQ(characters->text(0, characters->characterCount()), QStringLiteral("Copiando %1/9").arg(refresh));
+    }
+    characters->setSelection(0, 1, 6);
+    EXPECT_EQ(characters->selectionCount(), 0) << "it cannot be selected";
+}
+
 TEST_F(Accessible, pressesAButton)
 {
     int presses = 0;
@@ -132,10 +151,12 @@ TEST_F(Accessible, readsAChooserByItsLabelAndItsChoice)
     };
     View view = Picker(
         QStringLiteral("HD de copia activo"), entries, [&] { return chosen; }, [](const std::string&) {});
-    const auto& chooser = inside<QComboBox>(view);
+    auto& chooser = inside<QComboBox>(view);
     EXPECT_EQ(chooser.role(), QAccessible::ComboBox);
-    EXPECT_EQ(chooser.text(QAccessible::Name), QStringLiteral("HD de copia activo: b"));
+    EXPECT_EQ(chooser.text(QAccessible::Name), QStringLiteral("HD de copia activo"));
     EXPECT_EQ(chooser.text(QAccessible::Value), QStringLiteral("b"));
+    ASSERT_NE(chooser.textInterface(), nullptr);
+    EXPECT_EQ(chooser.textInterface()->text(0, chooser.textInterface()->characterCount()), QStringLiteral("b"));
     chosen.clear();
     view.refresh();
     EXPECT_EQ(chooser.text(QAccessible::Name), QStringLiteral("HD de copia activo"));
@@ -181,11 +202,21 @@ TEST_F(Accessible, readsANamedBoxAsAGroup)
     EXPECT_EQ(group.childCount(), 2);
 }
 
-TEST_F(Accessible, knowsASymbolForDecoration)
+TEST_F(Accessible, findsNeitherDecorationNorWhatIsHidden)
 {
-    const auto& symbol = made(Symbol(glyph::allSaved).secondary());
-    EXPECT_EQ(symbol.role(), QAccessible::Graphic);
-    EXPECT_EQ(symbol.text(QAccessible::Name), QString());
+    bool isShown = false;
+    View view =
+        HStack({}, {Symbol(glyph::allSaved).secondary(), Tile(glyph::cameraTile, plate::reviewTile),
+                    Circle(8, plate::pillNumber), Text("a veces").visible([&] { return isShown; }), Text("siempre")});
+    const auto& group = made(view);
+    ASSERT_EQ(group.childCount(), 1);
+    EXPECT_EQ(group.child(0)->text(QAccessible::Name), QStringLiteral("siempre"));
+    EXPECT_EQ(group.indexOfChild(group.child(0)), 0);
+    EXPECT_EQ(group.child(1), nullptr);
+    isShown = true;
+    view.refresh();
+    ASSERT_EQ(group.childCount(), 2);
+    EXPECT_EQ(group.child(0)->text(QAccessible::Name), QStringLiteral("a veces"));
 }
 
 class AccessibleList : public Accessible {
@@ -198,14 +229,18 @@ protected:
         list.setAccessibleName(QStringLiteral("Videos pendientes"));
     }
     QAccessibleInterface& interface() { return spoken(list); }
-    static QString lineOf(std::size_t row) { return QStringLiteral("MVI_%1.MOV, DCIM, 1 kB").arg(row); }
+    static QStringList partsOf(std::size_t row)
+    {
+        return {QStringLiteral("MVI_%1.MOV").arg(row), QStringLiteral("DCIM"), QStringLiteral("1 kB")};
+    }
+    static QString lineOf(std::size_t row) { return partsOf(row).join(QStringLiteral(", ")); }
 
     RowList list{{.makeRow =
                       [] {
                           auto* text = new TextWidget;
                           return RowList::Row{text, [text](std::size_t row) { text->setText(lineOf(row)); }};
                       },
-                  .description = [](std::size_t row) { return lineOf(row); },
+                  .description = [](std::size_t row) { return partsOf(row); },
                   .copiedText = [](std::size_t row) { return lineOf(row); }}};
 };
 
@@ -228,6 +263,15 @@ TEST_F(AccessibleList, readsRowsInAndOutOfView)
         EXPECT_EQ(bool(item->state().offscreen), row > 4);
         EXPECT_EQ(item->parent(), &interface());
         EXPECT_EQ(interface().indexOfChild(item), row);
+        ASSERT_EQ(item->childCount(), 3);
+        for (int part = 0; part < 3; ++part) {
+            QAccessibleInterface* words = item->child(part);
+            EXPECT_EQ(words->role(), QAccessible::StaticText);
+            EXPECT_EQ(words->text(QAccessible::Name), partsOf(std::size_t(row))[part]);
+            EXPECT_EQ(words->parent(), item);
+            EXPECT_EQ(item->indexOfChild(words), part);
+        }
+        EXPECT_EQ(item->child(3), nullptr);
     }
 }
 
@@ -259,12 +303,18 @@ TEST_F(AccessibleList, followsTheCurrentRow)
 TEST_F(AccessibleList, learnsThatARowIsGone)
 {
     QAccessibleInterface* item = interface().child(50);
+    QAccessibleInterface* part = item->child(1);
     ASSERT_TRUE(item->isValid());
+    ASSERT_TRUE(part->isValid());
     list.reload(10);
     EXPECT_FALSE(item->isValid());
     EXPECT_TRUE(item->state().invalid);
     EXPECT_EQ(item->text(QAccessible::Name), QString());
     EXPECT_EQ(item->rect(), QRect());
+    EXPECT_FALSE(part->isValid());
+    EXPECT_TRUE(part->state().invalid);
+    EXPECT_EQ(part->text(QAccessible::Name), QString());
+    EXPECT_EQ(part->rect(), QRect());
 }
 
 TEST_F(AccessibleList, survivesTenThousandChangesOfTheRecordsItIsReading)
@@ -294,18 +344,21 @@ TEST_F(AccessibleList, survivesTenThousandChangesOfTheRecordsItIsReading)
 
 TEST_F(Accessible, holdsRowsThatOutliveTheirList)
 {
-    auto list =
-        std::make_unique<RowList>(RowList::Source{.makeRow =
-                                                      [] {
-                                                          return RowList::Row{new QWidget, [](std::size_t) {}};
-                                                      },
-                                                  .description = [](std::size_t) { return QStringLiteral("x"); },
-                                                  .copiedText = [](std::size_t) { return QString(); }});
+    auto list = std::make_unique<RowList>(
+        RowList::Source{.makeRow =
+                            [] {
+                                return RowList::Row{new QWidget, [](std::size_t) {}};
+                            },
+                        .description = [](std::size_t) { return QStringList{QStringLiteral("x")}; },
+                        .copiedText = [](std::size_t) { return QString(); }});
     list->reload(10);
-    const QAccessible::Id id = QAccessible::uniqueId(spoken(*list).child(3));
+    QAccessibleInterface* row = spoken(*list).child(3);
+    const std::vector<QAccessible::Id> held = {QAccessible::uniqueId(row), QAccessible::uniqueId(row->child(0))};
     list.reset();
-    QAccessibleInterface* item = QAccessible::accessibleInterface(id);
-    EXPECT_TRUE(!item || !item->isValid());
+    for (const QAccessible::Id id : held) {
+        QAccessibleInterface* item = QAccessible::accessibleInterface(id);
+        EXPECT_TRUE(!item || !item->isValid());
+    }
 }
 
 } // namespace

@@ -84,7 +84,7 @@ public:
                                                   brick->needed = heights[row];
                                               }};
                       },
-                  .description = [](std::size_t) { return QString(); },
+                  .description = [](std::size_t) { return QStringList(); },
                   .copiedText = [](std::size_t) { return QString(); }}};
 };
 
@@ -212,7 +212,7 @@ protected:
                           auto* text = new TextWidget;
                           return RowList::Row{text, [text](std::size_t index) { text->setText(textOf(index)); }};
                       },
-                  .description = [](std::size_t) { return QString(); },
+                  .description = [](std::size_t) { return QStringList(); },
                   .copiedText = [](std::size_t) { return QString(); }}};
 };
 

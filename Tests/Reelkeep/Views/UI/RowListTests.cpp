@@ -50,7 +50,10 @@ protected:
     int made = 0;
     int shown = 0;
     RowList list{{.makeRow = [this] { return makeRow(); },
-                  .description = [](std::size_t index) { return nameOf(index) + QStringLiteral(", 1 kB"); },
+                  .description =
+                      [](std::size_t index) {
+                          return QStringList{nameOf(index), QStringLiteral("1 kB")};
+                      },
                   .copiedText = [](std::size_t index) { return QStringLiteral("DCIM/") + nameOf(index); }}};
 };
 
@@ -230,7 +233,7 @@ TEST_F(RowListTest, areSeveralInViewWithALargeFontToo)
 TEST_F(RowListTest, areSetApartByLinesOnWholePixels)
 {
     RowList onUnevenScreen({.makeRow = [this] { return makeRow(); },
-                            .description = [](std::size_t) { return QString(); },
+                            .description = [](std::size_t) { return QStringList(); },
                             .copiedText = [](std::size_t) { return QString(); }});
     onUnevenScreen.setGeometry({screenNamed("uneven")->geometry().topLeft(), QSize(600, 220)});
     onUnevenScreen.show();

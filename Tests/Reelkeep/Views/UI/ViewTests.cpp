@@ -312,19 +312,18 @@ protected:
     View make()
     {
         return VStack(
-            {},
-            {List<VideoList>(QStringLiteral("Videos"),
-                             {.items = [this] { return items; },
-                              .id = [](const VideoFile& video) { return std::string_view(video.id); },
-                              .row =
-                                  [](const std::function<const VideoFile&()>& video) {
-                                      return HStack(
-                                          {},
-                                          {VStack({}, {Text([video] { return video().fileName; }).selectableByMouse()}),
-                                           Spacer()});
-                                  },
-                              .description = [](const VideoFile& video) { return displayText(video.fileName); },
-                              .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); }})});
+            {}, {List<VideoList>(
+                    QStringLiteral("Videos"),
+                    {.items = [this] { return items; },
+                     .id = [](const VideoFile& video) { return std::string_view(video.id); },
+                     .row =
+                         [](const std::function<const VideoFile&()>& video) {
+                             return HStack(
+                                 {}, {VStack({}, {Text([video] { return video().fileName; }).selectableByMouse()}),
+                                      Spacer()});
+                         },
+                     .description = [](const VideoFile& video) { return QStringList(displayText(video.fileName)); },
+                     .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); }})});
     }
     void scrollTo(int position) const { list.verticalScrollBar()->setValue(position); }
     int position() const { return list.verticalScrollBar()->value(); }
