@@ -46,6 +46,12 @@ int widestWord(const QFontMetrics& metrics, const QString& text)
     return widest + 2;
 }
 
+/// The toolkit moves the focus with them from one button to any other. They belong to the window, which scrolls.
+bool isArrow(int key)
+{
+    return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_Left || key == Qt::Key_Right;
+}
+
 Touch touchOf(const QWidget& control, bool isDown)
 {
     return isDown ? Touch::pressed : control.underMouse() ? Touch::hovered : Touch::none;
@@ -193,8 +199,10 @@ void Button::paintEvent(QPaintEvent*)
 
 void Button::keyPressEvent(QKeyEvent* event)
 {
+    if (isArrow(event->key()))
+        event->ignore();
     // Outside a dialog the toolkit ignores Enter; people expect it to press the focused button.
-    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
+    else if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
         QPushButton::keyPressEvent(event);
     else if (!event->isAutoRepeat())
         click();
@@ -228,6 +236,14 @@ QSize Switch::minimumSizeHint() const
 int Switch::heightForWidth(int width) const
 {
     return std::max(switchSize().height(), textRect(width).height());
+}
+
+void Switch::keyPressEvent(QKeyEvent* event)
+{
+    if (isArrow(event->key()))
+        event->ignore();
+    else
+        QCheckBox::keyPressEvent(event);
 }
 
 void Switch::paintEvent(QPaintEvent*)

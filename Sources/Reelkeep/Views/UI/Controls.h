@@ -65,6 +65,7 @@ public:
 
 protected:
     bool hitButton(const QPoint& point) const override { return rect().contains(point); }
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -6,7 +6,8 @@
 namespace reelkeep {
 
 /// A window around one tall content. It scrolls vertically if, and only if, the screen is too short, and never
-/// horizontally. Home and End scroll it unless the control with the focus uses them. Ctrl+Q and Ctrl+W close it.
+/// horizontally. Up, Down, the page keys, Home and End scroll it unless the control with the focus uses them. Ctrl+Q
+/// and Ctrl+W close it.
 class ScrollingWindow : public QMainWindow {
     Q_OBJECT
 
