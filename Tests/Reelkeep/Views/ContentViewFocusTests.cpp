@@ -133,20 +133,6 @@ TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyAfterAKey)
     EXPECT_FALSE(hasRing(button(scan)));
 }
 
-TEST_F(ContentViewFocus, hasNoRingAfterAClickAlsoWhenTheListOfDisksCloses)
-{
-    enterState(analysed);
-    for (QWidget* clicked : {static_cast<QWidget*>(chooser()), static_cast<QWidget*>(&toggle())}) {
-        window->scrollArea()->ensureWidgetVisible(clicked);
-        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {},
-                          clicked->mapTo(window.get(), clicked->rect().center()));
-        if (chooser()->view()->isVisible())
-            QTest::keyClick(chooser()->view(), Qt::Key_Escape);
-        ASSERT_TRUE(waitUntil([&] { return clicked->hasFocus(); }));
-        EXPECT_FALSE(hasRing(*clicked)) << clicked->metaObject()->className();
-    }
-}
-
 TEST_F(ContentViewFocus, goesOnFromTheDisabledButtonWithTab)
 {
     enterState(analysed);
