@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QIcon>
+
+namespace reelkeep {
+
+/// A symbol as an icon for the toolkit's own widgets. It is drawn in the colours of the palette of that moment, and
+/// fills a square of any size, so that icons stand in line. `name` is an alias in Symbols.qrc.
+QIcon symbolIcon(const char* name);
+
+} // namespace reelkeep
