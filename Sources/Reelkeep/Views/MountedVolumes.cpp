@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 #include <QStorageInfo>
+#include <QUrl>
 
 #include <cstdio>
 #include <future>
@@ -65,19 +66,39 @@ QStringList pathsMountedByPeople()
     return paths;
 }
 
+/// By the slot it is in, or by the folders that cameras make.
+bool isCard(const QStorageInfo& volume)
+{
+    const QDir root(volume.rootPath());
+    return volume.device().startsWith("/dev/mmcblk") || root.exists(QStringLiteral("DCIM")) ||
+        root.exists(QStringLiteral("PRIVATE/AVCHD"));
+}
+
 QList<Volume> volumeAt(const QString& path)
 {
     const QStorageInfo volume(path);
-    return volume.isValid() && volume.isReady() ? QList<Volume>{{path, volume.name()}} : QList<Volume>{};
+    if (!volume.isValid() || !volume.isReady())
+        return {};
+    return {{path, volume.name(), isCard(volume)}};
 }
 
-/// Cameras and phones that are connected by a protocol and not as a disk appear as folders here.
+/// A device behind a name of the form kind:host=Sony_ILCE-7M4 or kind:server=nas,share=Video.
+Volume attachedDevice(const QString& path, const QString& name)
+{
+    const bool isCamera = name.startsWith(QLatin1String("mtp:")) || name.startsWith(QLatin1String("gphoto2:"));
+    QString label = QUrl::fromPercentEncoding(name.section(u'=', -1).toUtf8());
+    if (isCamera)
+        label.replace(u'_', u' ');
+    return {path, label, isCamera};
+}
+
+/// Cameras and phones that are connected by a protocol and not as a disk appear as folders here; so do shares.
 QList<Volume> attachedDevices()
 {
     const QDir mounts(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/gvfs"));
     QList<Volume> devices;
     for (const QString& name : mounts.entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-        devices.append({mounts.filePath(name), {}});
+        devices.append(attachedDevice(mounts.filePath(name), name));
     return devices;
 }
 

@@ -10,7 +10,8 @@ namespace reelkeep {
 /// A mounted disk, card, share or device.
 struct Volume {
     QString path;
-    QString label; ///< May be empty.
+    QString label;       ///< May be empty.
+    bool isCard = false; ///< A memory card, a camera or a phone.
 };
 
 /// Volumes mounted under /media, /run/media or /mnt, and gvfs devices. A query to a dead share or a hanging disk may
