@@ -30,9 +30,9 @@ class DesktopIdentity(DesktopTest):
         for question in (CAMERA, DESTINATION, REVIEW):
             dialog = window.ask(question)
             buttons = {button.name for button in dialog.window.all(BUTTON) if button.name and button.showing}
-            self.assertLessEqual({"Seleccionar", "Cancelar", "Directorio superior", "Atrás", "Siguiente"}, buttons)
+            self.assertLessEqual({"Seleccionar", "Cancelar", "Carpeta superior", "Atras", "Adelante"}, buttons)
             labels = {label.name for label in dialog.window.all(LABEL) if label.showing}
-            self.assertLessEqual({"Ver en:", "Directorio:"}, labels)
+            self.assertLessEqual({"Ver en:", "Carpeta:"}, labels)
             dialog.cancel()
 
 

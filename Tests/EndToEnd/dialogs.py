@@ -1,7 +1,6 @@
 """The folder dialogs, used as a person uses them."""
 
 import os
-import re
 from pathlib import Path
 
 from desktop import until, wait_for
@@ -28,7 +27,7 @@ class FolderDialog:
 
     def rows(self):
         """The folders shown, by name."""
-        files = next(view for view in self.window.all(LIST, "Archivos") if view.showing)
+        files = next(view for view in self.window.all(LIST, "Carpetas") if view.showing)
         return {row.name: row for row in files.children() if row.role in ROW}
 
     def row(self, name):
@@ -40,7 +39,7 @@ class FolderDialog:
         def step():
             here = self.folder()
             if not folder.is_relative_to(here):
-                self.window.find(BUTTON, "Directorio superior").press()
+                self.window.find(BUTTON, "Carpeta superior").press()
             elif here != folder:
                 self.row(folder.relative_to(here).parts[0]).click(times=2)
 
@@ -63,14 +62,13 @@ class FolderDialog:
         until(lambda: self.marked() == set(names), mark, f"{names} to be selected")
 
     def typed(self):
-        return self.window.find(FIELD, "Directorio:").text()
+        return self.window.find(FIELD, "Carpeta:").text()
 
     def marked(self):
-        """The folders in the text field: one as it is, several in quotes."""
-        return set(re.findall('"([^"]*)"', self.typed()) or [self.typed()])
+        return {name for name, row in self.rows().items() if row.has("selected")}
 
     def type(self, folder):
-        self.window.find(FIELD, "Directorio:").type(os.fspath(folder))
+        self.window.find(FIELD, "Carpeta:").type(os.fspath(folder))
 
     def accept(self):
         self.leave("Seleccionar")

@@ -27,7 +27,7 @@ class Wayland(DesktopTest):
         window = self.start(**self.start_compositor())
         dialog = window.ask(CAMERA)
         buttons = {button.name for button in dialog.window.all(BUTTON) if button.name and button.showing}
-        self.assertLessEqual({"Seleccionar", "Cancelar", "Directorio superior", "Atrás", "Siguiente"}, buttons)
+        self.assertLessEqual({"Seleccionar", "Cancelar", "Carpeta superior", "Atras", "Adelante"}, buttons)
         dialog.cancel()
 
         window.choose(CAMERA, clips.card)
