@@ -5,11 +5,10 @@
 #include "QtFolderDialog.h"
 #include "SessionBus.h"
 #include "SleepInhibitor.h"
+#include "StandardTexts.h"
 #include "UI/ScrollingWindow.h"
 
 #include <QApplication>
-#include <QLibraryInfo>
-#include <QTranslator>
 
 #include <csignal>
 #include <cstdlib>
@@ -43,10 +42,8 @@ public:
         QApplication application(argumentCount, argv);
         displayRequired.reset();
         identifyToDesktop();
-        // The program's texts are Spanish in every locale; so are the toolkit's own.
-        QTranslator standardTexts;
-        if (standardTexts.load(QStringLiteral("qtbase_es"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-            QApplication::installTranslator(&standardTexts);
+        StandardTexts standardTexts;
+        QApplication::installTranslator(&standardTexts);
 
         auto* content = new ContentView(qtFolderDialogs());
         ScrollingWindow window(QStringLiteral("Reelkeep"), content);
