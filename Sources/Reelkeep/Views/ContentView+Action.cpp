@@ -72,7 +72,7 @@ View ContentView::destinationChooser()
     const auto entries = [this] {
         std::vector<PickerEntry> choices;
         for (const Location& folder : session.effectiveDestinationReviewFolders())
-            choices.push_back({folder.path(), displayText(folder.name())});
+            choices.push_back({folder.path(), displayText(folder.name()), displayText(folder.path())});
         return choices;
     };
     const auto choose = [this](const std::string& path) {

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QTest>
+#include <QTextDocumentFragment>
 
 #include <gtest/gtest.h>
 
@@ -278,6 +279,21 @@ TEST_F(ContentViewAction, tellsDisksOfTheSameNameApartByTheirPath)
     QTest::keyClick(chooser()->view(), Qt::Key_Return);
     settle();
     EXPECT_EQ(session().copyDestinationFolder(), Location("/media/eva/Disco"));
+}
+
+TEST_F(ContentViewAction, showsThePathOfEachEntryInTheOpenList)
+{
+    chooseDestination("/media/ana/Disco");
+    addReviewFolders({"/media/eva/<b>Disco</b>"});
+    QAbstractItemView& menu = *chooser()->view();
+    EXPECT_EQ(spokenName(menu), QStringLiteral("HD de copia activo"));
+    QStringList toolTips;
+    for (int row = 0; row < 2; ++row) {
+        const QModelIndex index = menu.model()->index(row, 0);
+        toolTips.append(QTextDocumentFragment::fromHtml(index.data(Qt::ToolTipRole).toString()).toPlainText());
+        EXPECT_EQ(index.data(Qt::AccessibleDescriptionRole).toString(), toolTips.last());
+    }
+    EXPECT_EQ(toolTips, (QStringList{QStringLiteral("/media/ana/Disco"), QStringLiteral("/media/eva/<b>Disco</b>")}));
 }
 
 TEST_F(ContentViewAction, picksWithTheMouseToo)

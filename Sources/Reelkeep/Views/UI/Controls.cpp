@@ -1,6 +1,7 @@
 #include "UI/Controls.h"
 
 #include "UI/FocusRing.h"
+#include "UI/PopUpList.h"
 #include "UI/SymbolWidget.h"
 #include "UI/WholeText.h"
 
@@ -269,7 +270,7 @@ PopUp::PopUp()
     setFocusPolicy(Qt::StrongFocus);
     // The name of a folder may be wider than any window.
     setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    view()->setTextElideMode(Qt::ElideMiddle);
+    setView(new PopUpList(this));
 }
 
 QSize PopUp::sizeHint() const

@@ -5,7 +5,9 @@
 #include "UI/RecentMove.h"
 #include "UI/SymbolWidget.h"
 
+#include <QAbstractItemView>
 #include <QSignalBlocker>
+#include <QTextDocument>
 
 #include <algorithm>
 #include <memory>
@@ -185,6 +187,7 @@ View Picker(const QString& label, std::function<std::vector<PickerEntry>()> entr
 {
     auto* popUp = new PopUp;
     popUp->setAccessibleName(label);
+    popUp->view()->setAccessibleName(label);
     auto shown = std::make_shared<std::vector<PickerEntry>>();
     // `activated` is emitted for the user's choices only; index changes also come from filling the menu.
     QObject::connect(popUp, &QComboBox::activated, popUp, [shown, write = std::move(write)](int index) {
@@ -196,8 +199,14 @@ View Picker(const QString& label, std::function<std::vector<PickerEntry>()> entr
     view.updates.emplace_back([popUp, shown, entries = std::move(entries), selection = std::move(selection)] {
         if (std::vector<PickerEntry> now = entries(); now != *shown) {
             popUp->clear();
-            for (const PickerEntry& entry : now)
+            for (const PickerEntry& entry : now) {
                 popUp->addItem(entry.text);
+                const int index = popUp->count() - 1;
+                popUp->setItemData(index, entry.detail, Qt::AccessibleDescriptionRole);
+                // A name may look like markup.
+                popUp->setItemData(index, Qt::convertFromPlainText(entry.detail, Qt::WhiteSpaceNormal),
+                                   Qt::ToolTipRole);
+            }
             *shown = std::move(now);
             popUp->updateGeometry();
         }

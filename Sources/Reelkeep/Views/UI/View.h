@@ -146,6 +146,7 @@ View Toggle(const QString& label, Condition isOn, std::function<void(bool)> writ
 struct PickerEntry {
     std::string tag; ///< Identifies the choice.
     QString text;
+    QString detail = {}; ///< The tool tip in the open list: two entries may have the same text.
 
     bool operator==(const PickerEntry&) const = default;
 };
