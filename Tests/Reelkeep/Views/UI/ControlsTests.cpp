@@ -256,6 +256,40 @@ TEST(ControlsDisabledButton, doesNotShowThatTheMouseIsOverIt)
     EXPECT_EQ(picture(button), before);
 }
 
+/// The strongest contrast with the face that anything on it has.
+double contrastOfLabel(QWidget& widget)
+{
+    const QImage image = picture(widget);
+    const QColor face = faceOf(widget);
+    double strongest = 1;
+    for (int x = 6; x < image.width() - 6; ++x) {
+        for (int y = 6; y < image.height() - 6; ++y)
+            strongest = std::max(strongest, Appearance::contrast(image.pixelColor(x, y), face));
+    }
+    return strongest;
+}
+
+TEST(ControlsDisabledButton, hasAWeakerLabelThanAnEnabledOne)
+{
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        Button button(QStringLiteral("Quitar"));
+        placeAtIdealSize(button);
+        const double enabled = contrastOfLabel(button);
+        button.setEnabled(false);
+        EXPECT_LT(contrastOfLabel(button), enabled / 2);
+    }
+}
+
+TEST(ControlsSwitch, isAsHighAsItsWrappedLabel)
+{
+    const Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
+    const int oneLine = toggle.sizeHint().height();
+    const int threeLines = toggle.heightForWidth(toggle.minimumSizeHint().width() + 10);
+    EXPECT_EQ(oneLine, 22);
+    EXPECT_GE(threeLines, 3 * QFontMetrics(type::body.font()).height());
+}
+
 TEST(ControlsSwitch, isTurnedByItsWholeLine)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));

@@ -258,6 +258,24 @@ TEST_F(TextWidgetTest, offerToBeCopiedInAMenu)
     menu->close();
 }
 
+TEST_F(TextWidgetTest, keepTheirSelectionWhenTheirMenuIsOpened)
+{
+    makeSelectable(QStringLiteral("/media/ana/EOS"));
+    showActive(text);
+    text.setFocus();
+    text.select(7, 10);
+    const QPoint place = text.rect().center();
+    QTest::mousePress(&text, Qt::RightButton, {}, place);
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, text.mapToGlobal(place));
+    QApplication::sendEvent(&text, &event);
+    auto* menu = text.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    EXPECT_EQ(text.selectedText(), QStringLiteral("ana"));
+    menu->actions().at(0)->trigger();
+    EXPECT_EQ(clipboard(), QStringLiteral("ana"));
+    menu->close();
+}
+
 TEST_F(TextWidgetTest, loseTheirSelectionWithTheFocus)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
