@@ -1,6 +1,7 @@
 """Disks to measure on, and caches to empty. Needs root."""
 
 import contextlib
+import dataclasses
 import os
 import pathlib
 import subprocess
@@ -37,3 +38,30 @@ def disk_image(folder: str, gibibytes: int, kind: str, make: list[str], *loop_op
                 yield place
         finally:
             subprocess.run(["losetup", "--detach", device], check=True)
+
+
+@dataclasses.dataclass
+class Speed:
+    """What a disk does in a second, reading and writing each; 0 is unlimited."""
+    bytes_per_second: int = 0
+    requests_per_second: int = 0
+
+
+@contextlib.contextmanager
+def throttled(mount_point: str, speed: Speed) -> Iterator[None]:
+    """Slows down the disk that is mounted there. OSError if the kernel lacks the first version of the block controller."""
+    number = os.stat(mount_point).st_dev
+    device = f"{os.major(number)}:{os.minor(number)}"
+    controls = {f"blkio.throttle.{way}_{unit}_device": limit for way in ("read", "write")
+                for unit, limit in (("bps", speed.bytes_per_second), ("iops", speed.requests_per_second))}
+
+    def set_limits(lifted: bool) -> None:
+        for control, limit in controls.items():
+            if limit:
+                pathlib.Path("/sys/fs/cgroup/blkio", control).write_text(f"{device} {0 if lifted else limit}\n",
+                                                                         encoding="ascii")
+    try:
+        set_limits(lifted=False)
+        yield
+    finally:
+        set_limits(lifted=True)
