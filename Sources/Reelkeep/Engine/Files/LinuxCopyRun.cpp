@@ -22,8 +22,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds readingTime(100);
-
 /// A group ends at the first of these. docs/performance.md has what each of them costs and gains.
 constexpr std::size_t groupCount = 128;
 constexpr std::int64_t groupBytes = std::int64_t(128) << 20;
@@ -88,6 +86,8 @@ LinuxCopyRun::~LinuxCopyRun()
 void LinuxCopyRun::completeCopiesTo(const Location& target)
 {
     throwIfFailed();
+    if (isDueBefore(0))
+        beginCompletion(std::launch::async);
     if (isIdle())
         return;
     FileDescriptor folder;
@@ -100,10 +100,9 @@ void LinuxCopyRun::completeCopiesTo(const Location& target)
         place = above;
     }
     struct statfs fileSystem = {};
-    if (!folder || ::fstatfs(folder.get(), &fileSystem) != 0)
-        return; // whatever is done there next fails too, and says why
+    const bool isKnown = folder && ::fstatfs(folder.get(), &fileSystem) == 0;
     const std::string name(place.lastPathComponent());
-    if (isUnderWay(folder.get(), growingName(name, fileSystem)) ||
+    if (!isKnown || isUnderWay(folder.get(), growingName(name, fileSystem)) ||
         isUnderWay(folder.get(), sealedName(name, fileSystem)))
         finish();
 }

@@ -4,6 +4,7 @@
 #include "Files/FileError.h"
 #include "Files/Stopped.h"
 #include "Files/SystemCalls.h"
+#include "Files/TransferPace.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -142,12 +143,16 @@ std::optional<std::uint64_t> hashOf(int file, std::int64_t size, const std::stri
                                     const std::stop_token& stop)
 {
     ContentHash hash;
+    TransferPace pace(static_cast<std::int64_t>(room.size()), readingTime);
     for (std::int64_t position = 0; position <= size;) {
         throwIfStopped(stop);
-        const auto bytes = readFrom(file, position, room, path, 0);
+        const auto portion = room.first(static_cast<std::size_t>(pace.portion()));
+        const auto began = std::chrono::steady_clock::now();
+        const auto bytes = readFrom(file, position, portion, path, 0);
+        pace.took(static_cast<std::int64_t>(bytes.size()), std::chrono::steady_clock::now() - began);
         hash.add(bytes);
         position += static_cast<std::int64_t>(bytes.size());
-        if (bytes.size() < room.size())
+        if (bytes.size() < portion.size())
             return position == size ? std::optional(hash.value()) : std::nullopt;
     }
     return std::nullopt;

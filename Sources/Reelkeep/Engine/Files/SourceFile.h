@@ -3,6 +3,7 @@
 #include "Files/FileDescriptor.h"
 #include "Files/Location.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -49,6 +50,8 @@ private:
 
 /// How much is read, written or hashed between two looks at the stop token, at most.
 constexpr std::int64_t chunkSize = std::int64_t(4) << 20;
+/// How long one system call shall read, so that a slow disk too can be stopped in between.
+constexpr std::chrono::milliseconds readingTime(100);
 
 /// Memory for one chunk, or for a whole file of `size` bytes if that is less. It begins at the border of a block, so
 /// that it can go to any usual disk past the kernel's memory. Kept for many files: new memory costs more than the copy

@@ -6,7 +6,7 @@
 #include "Fixtures/TemporaryFolder.h"
 
 #include <algorithm>
-#include <array>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -16,6 +16,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/vfs.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -23,6 +24,14 @@ namespace reelkeep {
 namespace {
 
 namespace fs = std::filesystem;
+
+bool waitUntilExists(const Location& file)
+{
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!fs::exists(file.path()) && std::chrono::steady_clock::now() < patience)
+        std::this_thread::yield();
+    return fs::exists(file.path());
+}
 
 /// A run of so many small videos that their groups overlap: one is written while another one is completed.
 class CopyRunTest : public testing::Test {
@@ -210,6 +219,24 @@ TEST_F(CopyRunTest, goesOnWithFewFileDescriptors)
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
     EXPECT_EQ(failure, "none");
     expectExactlyTheFirst(several);
+}
+
+/// A person whose disks are slow must not lose much to a kill, even if what comes next is only skipped.
+TEST_F(CopyRunTest, completesWhatHasBeenUnderWayForSomeSeconds)
+{
+    names = {nameOf(0), nameOf(1), nameOf(2)};
+    for (const std::string& name : names)
+        card.file("DCIM/" + name, "content of " + name);
+    disk.file("DCIM/" + nameOf(1), "there already");
+    disk.file("DCIM/" + nameOf(2), "there already");
+    bool isThere = false;
+    runOnRealFiles(job(), [&](const CopyProgress& report) {
+        if (report.completedCount == 1)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5100)); // the time that passes is what is tested
+        if (report.completedCount == 2)
+            isThere = waitUntilExists(target(0));
+    });
+    EXPECT_TRUE(isThere);
 }
 
 /// How many pages of it are in the kernel's memory.

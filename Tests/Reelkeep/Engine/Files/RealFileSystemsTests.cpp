@@ -207,6 +207,24 @@ TEST_P(RealFileSystems, canBeTheCardToo)
     expectOnlyWholeVideos(original.location(), disk.location());
 }
 
+/// While the first of the two is still under way.
+TEST_P(RealFileSystems, knowsItselfWhichNamesAreTheSame)
+{
+    const TemporaryFolder card;
+    card.file("a/CLIP.MOV", "one");
+    card.file("b/clip.mov", "two");
+    card.file("c/CLIP.MOV", "three");
+    const MountedDisk disk(GetParam());
+    CopyJob job{.videos = missing(card.location(), disk.location()),
+                .sourceRoot = card.location(),
+                .destinationRoot = disk.location(),
+                .preserveFolderStructure = false};
+    const bool ignoresCase = std::string(GetParam()) == "exfat";
+    EXPECT_EQ(runOnRealFiles(job), CopySummary({ignoresCase ? 1 : 2, ignoresCase ? 2 : 1, disk.location()}));
+    EXPECT_EQ(everythingBelow(disk.location()).size(), ignoresCase ? 1U : 2U);
+    EXPECT_EQ(contentOf(disk.location().appending(job.videos[0].fileName)), contentOf(job.videos[0].url));
+}
+
 TEST_P(RealFileSystems, refusesEarlyAVideoThatDoesNotFitAndCopiesTheRest)
 {
     const TemporaryFolder card("/dev/shm");
