@@ -3,8 +3,6 @@
 #include <QAccessible>
 #include <QWidget>
 
-#include <utility>
-
 namespace reelkeep {
 
 namespace {
@@ -27,9 +25,9 @@ Announcer::Announcer(QWidget* spokenWidget) : QObject(spokenWidget), widget(spok
 
 void Announcer::announce(const QString& text)
 {
-    const bool isNew = std::exchange(newest, text) != text;
-    if (speaksApart && isNew)
+    if (speaksApart && newest != text)
         tellNewName();
+    newest = text;
     if (!pause.isActive() && newest != spoken)
         speak();
 }

@@ -5,7 +5,6 @@
 #include <QFocusEvent>
 #include <QMouseEvent>
 #include <QScrollArea>
-#include <QTimer>
 
 namespace reelkeep {
 
@@ -29,6 +28,11 @@ void scrollTo(QWidget& widget)
 FocusHome::FocusHome(QWidget* parent) : QWidget(parent)
 {
     setFocusPolicy(Qt::ClickFocus);
+    following.setSingleShot(true);
+    connect(&following, &QTimer::timeout, this, [this] {
+        if (QWidget* focused = window()->focusWidget())
+            scrollTo(*focused);
+    });
 }
 
 FocusHome* FocusHome::around(const QWidget& widget)
@@ -87,9 +91,8 @@ void FocusHome::passFocusOn(const QWidget& element, const QWidget& list)
         return;
     const bool hadRing = absent == owner ? absentHadRing : FocusRing::belongsAround(*owner);
     FocusRing::moveFocus(*next, hadRing);
-    // When the layouts know the new places.
     if (hadRing)
-        QTimer::singleShot(0, next, [next] { scrollTo(*next); });
+        following.start();
 }
 
 void FocusHome::mousePressEvent(QMouseEvent* event)

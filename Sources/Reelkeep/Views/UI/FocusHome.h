@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 namespace reelkeep {
@@ -35,6 +36,7 @@ protected:
 private:
     QPointer<QWidget> absent; ///< The control that left the focus here.
     bool absentHadRing = false;
+    QTimer following; ///< Fires when the layouts know the new places: the view then follows the focus.
 };
 
 /// As QWidget::setEnabled and setVisible, with the focus left to the home around the element.
