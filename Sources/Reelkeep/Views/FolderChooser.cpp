@@ -305,7 +305,7 @@ void FolderChooser::accept()
             return complain(tr("No he encontrado la carpeta %1").arg(folder));
     }
     chosen = folders;
-    QDialog::accept();
+    done(Accepted); // The toolkit's own `accept` would judge the field once more.
 }
 
 void FolderChooser::complain(const QString& text)

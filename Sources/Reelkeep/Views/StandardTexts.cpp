@@ -13,7 +13,7 @@ StandardTexts::StandardTexts()
 QString
 StandardTexts::translate(const char* context, const char* sourceText, const char* disambiguation, int count) const
 {
-    const QString standard = QTranslator::translate(context, sourceText, disambiguation, count);
+    QString standard = QTranslator::translate(context, sourceText, disambiguation, count);
     if (standard.isEmpty())
         return standard; // Null: another translator may know it.
     QString text = standard.normalized(QString::NormalizationForm_D);
