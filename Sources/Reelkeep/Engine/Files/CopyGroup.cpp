@@ -3,6 +3,7 @@
 #include "Files/SourceFile.h"
 #include "Files/Stopped.h"
 #include "Parallel.h"
+#include "Text/TextOrder.h"
 
 #include <algorithm>
 #include <atomic>
@@ -54,12 +55,16 @@ void CopyGroup::add(std::unique_ptr<TemporaryFile> file, std::optional<std::uint
     totalUnsynced += file->unsyncedBytes();
     isAnySpare = isAnySpare || file->isUnderSpareName();
     const FileIdentity identity = file->identity();
-    copies.push_back({std::move(file), hash, identity});
+    std::string place = caseless(file->hiddenPlace().path());
+    copies.push_back({std::move(file), hash, identity, std::move(place)});
 }
 
-bool CopyGroup::contains(const FileIdentity& file) const
+/// By both: paths may lead to one folder over a link, and some FUSE disks number each spelling of a name anew.
+bool CopyGroup::contains(const std::optional<FileIdentity>& file, const std::string& caselessPlace) const
 {
-    return std::any_of(copies.begin(), copies.end(), [&](const Copy& copy) { return isSameFile(copy.identity, file); });
+    return std::any_of(copies.begin(), copies.end(), [&](const Copy& copy) {
+        return isSameFile(copy.identity, file) || copy.caselessPlace == caselessPlace;
+    });
 }
 
 std::size_t CopyGroup::readers() const

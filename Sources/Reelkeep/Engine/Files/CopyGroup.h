@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 namespace reelkeep {
@@ -29,7 +30,8 @@ public:
     /// When the first copy was added.
     Clock::time_point began() const { return beginning; }
     bool hasSpareName() const { return isAnySpare; }
-    bool contains(const FileIdentity& file) const;
+    /// Whether one of the copies grows at that place, under this spelling or another.
+    bool contains(const std::optional<FileIdentity>& file, const std::string& caselessPlace) const;
 
     /// Puts the copies on the disk, reads them back and gives them their names, all up to the first that fails; then
     /// throws its error. Throws Stopped.
@@ -42,6 +44,7 @@ private:
         std::unique_ptr<TemporaryFile> file;
         std::optional<std::uint64_t> hash;
         FileIdentity identity;
+        std::string caselessPlace;
     };
 
     std::size_t readers() const;

@@ -7,6 +7,7 @@
 #include "Files/Stopped.h"
 #include "Files/SystemCalls.h"
 #include "Files/TemporaryNames.h"
+#include "Text/TextOrder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -102,15 +103,14 @@ void LinuxCopyRun::completeCopiesTo(const Location& target)
     struct statfs fileSystem = {};
     const bool isKnown = folder && ::fstatfs(folder.get(), &fileSystem) == 0;
     const std::string name(place.lastPathComponent());
-    if (!isKnown || isUnderWay(folder.get(), growingName(name, fileSystem)) ||
-        isUnderWay(folder.get(), sealedName(name, fileSystem)))
+    const Location growingPlace = place.deletingLastPathComponent().appending(growingName(name, fileSystem));
+    const std::string spot = caseless(growingPlace.path());
+    const auto isUnderWay = [&](const std::string& hiddenName) {
+        const auto found = identityOf(folder.get(), hiddenName);
+        return growing->contains(found, spot) || (completing && completing->contains(found, spot));
+    };
+    if (!isKnown || isUnderWay(growingName(name, fileSystem)) || isUnderWay(sealedName(name, fileSystem)))
         finish();
-}
-
-bool LinuxCopyRun::isUnderWay(int folder, const std::string& name) const
-{
-    const auto found = identityOf(folder, name);
-    return found && (growing->contains(*found) || (completing && completing->contains(*found)));
 }
 
 void LinuxCopyRun::copyItem(const Location& source, const Location& target)

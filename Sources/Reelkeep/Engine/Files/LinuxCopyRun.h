@@ -30,7 +30,6 @@ public:
 private:
     void write(const Location& source, const Location& target);
     bool isIdle() const { return growing->isEmpty() && !completing; }
-    bool isUnderWay(int folder, const std::string& name) const;
     bool isDueBefore(std::int64_t nextSize) const;
     bool isFull() const;
     void beginCompletion(std::launch where);

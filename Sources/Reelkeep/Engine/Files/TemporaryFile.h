@@ -73,6 +73,8 @@ public:
     /// Which file grows, and in which folder. Throws if it cannot be known.
     FileIdentity identity() const;
     FileIdentity folderIdentity() const;
+    /// Where it grows.
+    Location hiddenPlace() const { return target.deletingLastPathComponent().appending(currentName); }
     /// Whether it grows under a name that is not found again, since something stood at the usual one.
     bool isUnderSpareName() const { return isSpare; }
 

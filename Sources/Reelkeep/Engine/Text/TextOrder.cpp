@@ -171,6 +171,22 @@ std::string lowercased(std::string_view text)
     return result;
 }
 
+std::string caseless(std::string_view text)
+{
+    if (isAscii(text))
+        return asciiLowercased(text);
+    std::string result;
+    while (!text.empty()) {
+        const Piece piece = firstPiece(text);
+        if (piece.codePoint < 0)
+            result += piece.bytes;
+        else // Disks compare capitals, and some letters have the same capital but not the same small letter.
+            append(result, u_foldCase(u_toupper(piece.codePoint), U_FOLD_CASE_DEFAULT));
+        text.remove_prefix(piece.bytes.size());
+    }
+    return result;
+}
+
 std::string foldedName(std::string_view name)
 {
     if (isAscii(name)) // Like nearly every name given by a camera.

@@ -13,6 +13,10 @@ namespace reelkeep {
 /// not UTF-8 are kept.
 std::string lowercased(std::string_view text);
 
+/// The text without its letter case, code point by code point: any two that some disk takes for the same name become
+/// equal, and a few more.
+std::string caseless(std::string_view text);
+
 /// The text by which two file names are the same name: lower case over the canonical composed form, so that a name
 /// written decomposed by another system is the same name. Bytes that are not UTF-8 are kept, so that two different
 /// damaged names never become one.

@@ -134,14 +134,21 @@ protected:
             }
         }
     }
-    void expectRerunCompletes(const Location& disk) const
+    void expectRerunCompletes(const Location& disk)
     {
+        bool isDamaged = false;
         for (int run = 0; run < runs; ++run) {
             const Location target = disk.appending(folderOf(run));
-            EXPECT_EQ(failureOfCopy(card / folderOf(run), target), "none");
-            EXPECT_TRUE(mayLose() || missing(card / folderOf(run), target).empty());
+            const std::string failure = failureOfCopy(card / folderOf(run), target);
+            isDamaged |= failure != "none";
+            EXPECT_TRUE(!hasJournal() || failure == "none") << failure;
+            EXPECT_TRUE(failure != "none" || mayLose() || missing(card / folderOf(run), target).empty());
         }
+        damaged += isDamaged ? 1 : 0;
     }
+    /// Without one, what was written without a flush may leave a folder that no repair makes whole: then the next run
+    /// says so.
+    static bool hasJournal() { return std::string(GetParam()) != "ntfs" && std::string(GetParam()) != "exfat"; }
     /// Linux writes to NTFS without its journal, so a cut may undo what a flush has put there.
     static bool mayLose() { return std::string(GetParam()) == "ntfs"; }
 
@@ -150,6 +157,8 @@ protected:
     {
         if (std::string(GetParam()) == "ntfs")
             run({"ntfsfix", "-d", image.path()});
+        if (std::string(GetParam()) == "exfat")
+            run({"fsck.exfat", "-y", image.path()});
         try {
             return std::make_unique<MountedDisk>(GetParam(), image);
         } catch (const std::runtime_error&) {
@@ -166,6 +175,7 @@ protected:
     std::size_t applied = 0;            ///< Of the entries, to the current image.
     int lost = 0;
     int partial = 0;
+    int damaged = 0; ///< Disks on which a rerun failed.
 };
 
 TEST_P(PowerCut, leavesNoHalfVideoAndLosesNoneThatWasCounted)
@@ -189,9 +199,10 @@ TEST_P(PowerCut, leavesNoHalfVideoAndLosesNoneThatWasCounted)
         if (HasFailure())
             break;
     }
-    EXPECT_TRUE(mayLose() || unreadable == 0);
-    std::printf("%zu cuts in %zu writes and flushes: %d counted videos lost, %d partial names, %d unreadable disks\n",
-                cuts, entries.size(), lost, partial, unreadable);
+    EXPECT_TRUE(!hasJournal() || unreadable == 0);
+    std::printf("%zu cuts in %zu writes and flushes: %d counted videos lost, %d partial names, %d damaged and %d "
+                "unreadable disks\n",
+                cuts, entries.size(), lost, partial, damaged, unreadable);
 }
 
 INSTANTIATE_TEST_SUITE_P(On, PowerCut, testing::Values("ext4", "btrfs", "xfs", "exfat", "ntfs"),

@@ -221,7 +221,9 @@ TEST_P(RealFileSystems, knowsItselfWhichNamesAreTheSame)
                 .preserveFolderStructure = false};
     const bool ignoresCase = std::string(GetParam()) == "exfat";
     EXPECT_EQ(runOnRealFiles(job), CopySummary({ignoresCase ? 1 : 2, ignoresCase ? 2 : 1, disk.location()}));
-    EXPECT_EQ(everythingBelow(disk.location()).size(), ignoresCase ? 1U : 2U);
+    std::vector<std::string> found = everythingBelow(disk.location());
+    std::erase(found, "lost+found");
+    EXPECT_EQ(found.size(), ignoresCase ? 1U : 2U);
     EXPECT_EQ(contentOf(disk.location().appending(job.videos[0].fileName)), contentOf(job.videos[0].url));
 }
 

@@ -248,5 +248,18 @@ RC_GTEST_PROP(FoldedName, decidesHashAndComparison, (const std::string& one, con
     RC_ASSERT(foldedHash(one) == foldedHash(folded) || foldedName(folded) != folded);
 }
 
+TEST(Caseless, unitesAllThatDisksTakeForTheSame)
+{
+    EXPECT_EQ(caseless("MVI_0001.MOV"), caseless("mvi_0001.mov"));
+    EXPECT_EQ(caseless("CAMIÓN"), caseless("camión"));
+    // Their capitals are the same.
+    EXPECT_EQ(caseless("ς"), caseless("σ"));
+    EXPECT_EQ(caseless("\u0131"), caseless("i"));
+    EXPECT_EQ(caseless("\u017F"), caseless("s"));
+    EXPECT_EQ(caseless("\u212A"), caseless("k"));
+    EXPECT_NE(caseless("CAMIÓN"), caseless("CAMION"));
+    EXPECT_NE(caseless("\xff\xfeÓ"), caseless("\xfeÓ"));
+}
+
 } // namespace
 } // namespace reelkeep
