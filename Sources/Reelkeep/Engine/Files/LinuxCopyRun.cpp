@@ -57,6 +57,19 @@ std::int64_t transfer(const SourceFile& source, TemporaryFile& copy, ContentHash
     return copied;
 }
 
+/// Opens the folder that holds `place`. As long as it is missing, `place` becomes that folder. None on failure.
+FileDescriptor openFolderOf(Location& place)
+{
+    for (;;) {
+        const Location above = place.deletingLastPathComponent();
+        const ReachablePath path(above.path());
+        FileDescriptor folder = openAt(path.folder(), path.rest(), O_PATH | O_DIRECTORY);
+        if (folder || errno != ENOENT || above == place)
+            return folder;
+        place = above;
+    }
+}
+
 bool isLackOfDescriptors(const FileError& error)
 {
     return error.code() == EMFILE || error.code() == ENFILE;
@@ -91,15 +104,8 @@ void LinuxCopyRun::completeCopiesTo(const Location& target)
         beginCompletion(std::launch::async);
     if (isIdle())
         return;
-    FileDescriptor folder;
     Location place = target;
-    for (Location above = place.deletingLastPathComponent();; above = place.deletingLastPathComponent()) {
-        const ReachablePath path(above.path());
-        folder = openAt(path.folder(), path.rest(), O_PATH | O_DIRECTORY);
-        if (folder || errno != ENOENT || above == place)
-            break;
-        place = above;
-    }
+    const FileDescriptor folder = openFolderOf(place);
     struct statfs fileSystem = {};
     const bool isKnown = folder && ::fstatfs(folder.get(), &fileSystem) == 0;
     const std::string name(place.lastPathComponent());
