@@ -151,9 +151,9 @@ std::string composed(std::string_view text)
     return result += composedRun(text);
 }
 
-} // namespace
-
-std::string lowercased(std::string_view text)
+/// Appends what `appendCase` makes of each code point; bytes that are not UTF-8 are kept.
+template <typename AppendCase>
+std::string inOneCase(std::string_view text, AppendCase appendCase)
 {
     if (isAscii(text))
         return asciiLowercased(text);
@@ -162,29 +162,31 @@ std::string lowercased(std::string_view text)
         const Piece piece = firstPiece(text);
         if (piece.codePoint < 0)
             result += piece.bytes;
-        else if (piece.codePoint == capitalIWithDot)
-            result += "i\u0307"; // The one letter whose lower case is two code points; "i" alone is another name.
         else
-            append(result, u_tolower(piece.codePoint));
+            appendCase(result, piece.codePoint);
         text.remove_prefix(piece.bytes.size());
     }
     return result;
 }
 
+} // namespace
+
+std::string lowercased(std::string_view text)
+{
+    return inOneCase(text, [](std::string& result, UChar32 codePoint) {
+        if (codePoint == capitalIWithDot)
+            result += "i\u0307"; // The one letter whose lower case is two code points; "i" alone is another name.
+        else
+            append(result, u_tolower(codePoint));
+    });
+}
+
+/// By way of the capital, which disks compare: some letters have the same one but not the same small letter.
 std::string caseless(std::string_view text)
 {
-    if (isAscii(text))
-        return asciiLowercased(text);
-    std::string result;
-    while (!text.empty()) {
-        const Piece piece = firstPiece(text);
-        if (piece.codePoint < 0)
-            result += piece.bytes;
-        else // Disks compare capitals, and some letters have the same capital but not the same small letter.
-            append(result, u_foldCase(u_toupper(piece.codePoint), U_FOLD_CASE_DEFAULT));
-        text.remove_prefix(piece.bytes.size());
-    }
-    return result;
+    return inOneCase(text, [](std::string& result, UChar32 codePoint) {
+        append(result, u_foldCase(u_toupper(codePoint), U_FOLD_CASE_DEFAULT));
+    });
 }
 
 std::string foldedName(std::string_view name)
