@@ -79,13 +79,13 @@ class DeadDisk(DesktopTest):
         self.complete(window, clips)
 
     def test_a_card_pulled_in_mid_copy_is_a_failure_and_the_next_copy_completes_it(self):
-        clips = BigClips(self.desktop.folder / "media", 8, size=16 * MEBIBYTE, card=self.drive.place / "card")
+        clips = BigClips(self.desktop.folder / "media", 11, size=16 * MEBIBYTE, card=self.drive.place / "card")
         window = self.pull_in_mid_copy(clips)
         self.assertEqual(clips.growing(), 0)
         self.complete(window, clips)
 
     def test_a_disk_pulled_in_mid_copy_is_a_failure_and_the_next_copy_completes_it(self):
-        clips = BigClips(self.desktop.folder / "media", 8, size=16 * MEBIBYTE, disk=self.drive.place / "disk")
+        clips = BigClips(self.desktop.folder / "media", 11, size=16 * MEBIBYTE, disk=self.drive.place / "disk")
         self.complete(self.pull_in_mid_copy(clips), clips)
 
     def test_the_window_works_while_a_disk_does_not_respond(self):

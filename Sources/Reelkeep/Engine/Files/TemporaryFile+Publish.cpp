@@ -23,11 +23,12 @@ bool isUnknownHere(int errorNumber)
 
 void TemporaryFile::publish()
 {
+    const FileIdentity own = identity();
     if (!publishByRename() && !publishByLink())
         publishOverReservation();
     currentName.clear();
     // Between the last comparison and the call that gives the name, another program may still have swapped the file.
-    if (!isSameFile(identityOf(folder.get(), targetName), identityOf(file.get())))
+    if (!isSameFile(identityOf(folder.get(), targetName), own))
         throw FileError(target.path(), EBUSY, "otro programa lo ha cambiado durante la copia");
 }
 
@@ -57,6 +58,8 @@ bool TemporaryFile::publishByLink()
     const auto named = identityOf(folder.get(), currentName);
     if (!named && errno != ENOENT)
         throw failure(errno);
+    if (isFuse()) // such disks turn the removal of an open file into a hidden one, which a kill would leave behind
+        file.close();
     if (isSameFile(named, own) && ::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
         throw failure(errno);
     return true;

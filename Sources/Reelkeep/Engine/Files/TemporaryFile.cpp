@@ -225,6 +225,8 @@ std::uint64_t TemporaryFile::hashOnDisk(std::span<std::byte> room, const std::st
 
 void TemporaryFile::syncNames()
 {
+    if (!file)
+        file = openAt(folder.get(), targetName.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (syncFolder(folder.get(), file.get()) != 0)
         throw failure(errno);
 }

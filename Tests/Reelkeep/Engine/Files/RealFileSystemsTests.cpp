@@ -245,6 +245,25 @@ TEST_P(RealFileSystems, refusesEarlyAVideoThatDoesNotFitAndCopiesTheRest)
 INSTANTIATE_TEST_SUITE_P(OnA, RealFileSystems, testing::Values("ext4", "btrfs", "xfs", "ntfs", "exfat", "tmpfs"),
                          [](const auto& tested) { return std::string(tested.param); });
 
+/// Its driver keeps a removed file that is open under such a name, which would stay if the driver died.
+TEST_F(RealFileSystemsDisk, leavesNoNamesOfTheDriverOnNtfsWhileItCopies)
+{
+    const TemporaryFolder card("/dev/shm");
+    for (int number = 100; number < 400; ++number)
+        card.file(std::to_string(number) + ".mov", contentOfLength(20'000, unsigned(number)));
+    const MountedDisk disk("ntfs");
+    const CopyJob job{.videos = missing(card.location(), disk.location()),
+                      .sourceRoot = card.location(),
+                      .destinationRoot = disk.location()};
+    std::set<std::string> names;
+    runOnRealFiles(job, [&](const CopyProgress&) {
+        for (const auto& entry : fs::directory_iterator(disk.location().path()))
+            names.insert(entry.path().filename().string());
+    });
+    EXPECT_EQ(std::count_if(names.begin(), names.end(), [](const auto& name) { return name.starts_with(".fuse"); }), 0);
+    EXPECT_GT(std::count_if(names.begin(), names.end(), [](const auto& name) { return name.front() != '.'; }), 100);
+}
+
 TEST_F(RealFileSystemsDisk, reportsANameThatExfatDoesNotAllow)
 {
     const MountedDisk disk("exfat");
