@@ -157,8 +157,8 @@ class Endings(DesktopTest):
         self.assert_left_no_trace()
 
     def test_a_disk_that_does_not_respond_does_not_delay_the_end(self):
-        """The only case in which a part of a clip is left, under a hidden name of the program."""
-        self.clips = BigClips(self.desktop.folder / "media", 8)
+        """The only case in which clips that were under way are left, under hidden names of the program."""
+        self.clips = BigClips(self.desktop.folder / "media", 16)
         self.hold = self.desktop.folder / "hold"
         self.begin_held_copy()
         self.end("closing, held", close_window, held=True)
