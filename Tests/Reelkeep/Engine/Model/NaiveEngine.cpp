@@ -1,6 +1,7 @@
 #include "Model/NaiveEngine.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -198,8 +199,15 @@ bool isBefore(const std::string& one, const std::string& other, const std::strin
         collator->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
         collator->setAttribute(UCOL_NORMALIZATION_MODE, UCOL_ON, status);
     }
-    const UCollationResult result = collator->compareUTF8(one, other, status);
-    return result == UCOL_EQUAL ? one < other : result == UCOL_LESS;
+    // Not the collator's own comparison: in a language that changes the order, it takes digits of other scripts for
+    // letters behind a common beginning.
+    const auto key = [&](const std::string& text) {
+        const icu::UnicodeString letters = icu::UnicodeString::fromUTF8(text);
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(collator->getSortKey(letters, nullptr, 0)));
+        collator->getSortKey(letters, bytes.data(), static_cast<std::int32_t>(bytes.size()));
+        return bytes;
+    };
+    return std::pair(key(one), one) < std::pair(key(other), other);
 }
 
 std::vector<Video> missing(const std::vector<Video>& source, const std::vector<Video>& reviewed,
