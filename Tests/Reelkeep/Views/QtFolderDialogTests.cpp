@@ -166,7 +166,7 @@ TEST_F(QtFolderDialog, areNewForEachQuestion)
 
 TEST_F(QtFolderDialog, openAtHomeAtFirst)
 {
-    // In a process of its own, which no other test has opened a dialog in.
+    // In a new process, in which no dialog has been opened yet.
     const auto openOne = [] {
         QDir::setCurrent(QStringLiteral("/"));
         std::_Exit(firstFolder() == QDir::homePath() ? 0 : 1);

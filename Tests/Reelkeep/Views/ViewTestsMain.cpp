@@ -32,7 +32,7 @@ int main(int argc, char** argv)
         qputenv(variable, home.path().toUtf8());
     std::ofstream(home.filePath("screens.json").toStdString()) << screens;
     qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + home.filePath("screens.json").toUtf8());
-    qputenv("TZ", "NPT-5:45"); // Nobody takes this for the time of any other place.
+    qputenv("TZ", "NPT-5:45"); // No other zone has this offset, so a wrong one shows.
     qunsetenv("QT_STYLE_OVERRIDE");
     qunsetenv("QT_SCALE_FACTOR");
     qputenv("QT_SCREEN_SCALE_FACTORS", scales);

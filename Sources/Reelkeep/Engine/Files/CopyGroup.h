@@ -14,8 +14,8 @@
 
 namespace reelkeep {
 
-/// Copies that stand whole under their hidden names, in the order of the run, and get their final names together: a
-/// file system that is asked to put many files on its disk at once does so for the price of one.
+/// Copies that are complete under their hidden names, in the order of the run, and get their final names together: a
+/// file system syncs many files at once for about the price of one.
 class CopyGroup {
 public:
     using Clock = std::chrono::steady_clock;

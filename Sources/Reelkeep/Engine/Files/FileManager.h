@@ -15,10 +15,10 @@ namespace reelkeep {
 
 /// The copies of one run. They end in groups, so a copy that `copyItem` returned from may still be under way: its file
 /// stands under a hidden name. It gets its final name, and nothing is ever replaced, only when its data is on the disk
-/// and has been read back from there equal to what the source gave. The first copy that fails, in the order of the
-/// calls, decides: all before it get their names, none after it does, and each call from then on throws its error.
-/// Destroying the run removes what is under way. Operations throw FileError, and Stopped once the token of the run is
-/// triggered. One thread uses a run.
+/// and has been read back from there equal to what the source gave. If a copy fails, those before it still get
+/// their names and those after it do not. If it fails while it is under way, every later call throws its error; if
+/// `copyItem` itself throws, `finish` completes those before it. Destroying the run removes what is under way.
+/// Operations throw FileError, and Stopped once the token of the run is triggered. One thread uses a run.
 class CopyRun {
 public:
     CopyRun() = default;

@@ -30,8 +30,8 @@ public:
     /// Lets the kernel read `count` bytes from `position` on while we do something else.
     void fetch(std::int64_t position, std::int64_t count) const;
 
-    /// Lets the kernel forget everything before `position`: nobody reads it a second time, and a whole card would push
-    /// out what other programs use.
+    /// Drops everything before `position` from the kernel's memory: it is not read again, and a whole card would evict
+    /// what other programs use.
     void forget(std::int64_t position) const;
 
     /// The file's attributes now that `count` bytes of it were copied; throws if they are not what it holds. If only

@@ -2,7 +2,7 @@
 
 namespace reelkeep {
 
-/// A control that casts a shadow. The plate below draws it: no widget can draw outside of its own bounds.
+/// A control with a shadow. The plate below paints it, since a widget cannot paint outside its own bounds.
 class Raised {
 public:
     virtual bool castsShadow() const = 0;
