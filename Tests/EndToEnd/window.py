@@ -77,7 +77,11 @@ class Window:
         if self.bar is None:
             self.status()
             self.bar = next((part for part in self.status_line.siblings() if part.role == "progress bar"), None)
-        return self.bar.value() if self.bar and self.bar.showing else None
+        if self.bar is None:
+            return None
+        value = self.bar.value()
+        # The bar starts again at 0 when it is hidden, which can happen between the two requests.
+        return value if self.bar.showing else None
 
     def maximize(self):
         """Double-clicks the title bar, which is above the rectangle that the accessibility bus reports."""
