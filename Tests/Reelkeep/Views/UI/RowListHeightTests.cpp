@@ -15,7 +15,7 @@
 namespace reelkeep {
 namespace {
 
-/// A row as high as it is told, whatever its width.
+/// A row of a given height, whatever its width.
 class Brick : public QWidget {
 public:
     int heightForWidth(int) const override { return needed; }
@@ -37,7 +37,7 @@ public:
     int heightOf(int row) const { return std::max(49, heights[std::size_t(row)]); }
     int rowCount() const { return int(heights.size()); }
     QScrollBar& bar() const { return *list.verticalScrollBar(); }
-    /// The rows whose widgets are seen, from top to bottom.
+    /// The rows in view, from top to bottom.
     std::vector<const Brick*> inView() const
     {
         std::vector<const Brick*> found;
@@ -49,7 +49,7 @@ public:
         std::sort(found.begin(), found.end(), [](const Brick* a, const Brick* b) { return a->y() < b->y(); });
         return found;
     }
-    /// What must hold wherever the list stands: rows in order, as high as each needs, filling the view.
+    /// What must hold at every scroll position: rows in order, each as high as it needs, filling the view.
     void check() const
     {
         const auto rows = inView();
@@ -94,12 +94,12 @@ rc::Gen<std::vector<int>> anyHeights()
         {{4, rc::gen::just(49)}, {3, rc::gen::inRange(30, 120)}, {1, rc::gen::inRange(150, 900)}}));
 }
 
-RC_GTEST_PROP(RowListHeight, areEachRowsOwnWhereverTheListStands, ())
+RC_GTEST_PROP(RowListHeight, fitsEachRowAtEveryScrollPosition, ())
 {
     Bricks bricks(*anyHeights());
     bricks.check();
-    const int deeds = *rc::gen::inRange(1, 30);
-    for (int i = 0; i < deeds; ++i) {
+    const int actions = *rc::gen::inRange(1, 30);
+    for (int i = 0; i < actions; ++i) {
         switch (*rc::gen::inRange(0, 6)) {
         case 0:
             bricks.bar().setValue(*rc::gen::inRange(0, bricks.bar().maximum() + 1));
@@ -125,10 +125,10 @@ RC_GTEST_PROP(RowListHeight, areEachRowsOwnWhereverTheListStands, ())
     }
 }
 
-RC_GTEST_PROP(RowListHeight, hideNothingFromTheWheel, ())
+RC_GTEST_PROP(RowListHeight, skipsNoRowWhenTheWheelTurns, ())
 {
     Bricks bricks(*rc::gen::nonEmpty(anyHeights()));
-    // The lower edges that were seen: a row has been seen whole when the view has passed over all of it.
+    // The last row in view before each turn.
     int seen = 0;
     for (int turns = 0;; ++turns) {
         const auto rows = bricks.inView();
@@ -146,14 +146,14 @@ RC_GTEST_PROP(RowListHeight, hideNothingFromTheWheel, ())
     RC_ASSERT(seen == bricks.rowCount() - 1);
 }
 
-RC_GTEST_PROP(RowListHeight, letTheKeyboardReadEveryRowToItsEnd, ())
+RC_GTEST_PROP(RowListHeight, letsTheKeyboardShowAllOfEveryRow, ())
 {
     Bricks bricks(*rc::gen::nonEmpty(anyHeights()));
     const Qt::Key key = *rc::gen::element(Qt::Key_Down, Qt::Key_Up);
     bricks.list.setCurrentRow(key == Qt::Key_Down ? 0 : bricks.rowCount() - 1);
     bricks.bar().setValue(key == Qt::Key_Down ? 0 : bricks.bar().maximum());
     const int end = key == Qt::Key_Down ? bricks.rowCount() - 1 : 0;
-    // Which pixels of the current row have been in view.
+    // The pixels of the current row that have not been in view yet.
     std::set<int> unseen;
     const auto begin = [&](int row) {
         for (int pixel = 0; pixel < bricks.heightOf(row); ++pixel)
@@ -216,7 +216,7 @@ protected:
                   .copiedText = [](std::size_t) { return QString(); }}};
 };
 
-TEST_F(RowListHeightWrapped, areHighOnlyIfTheyWrap)
+TEST_F(RowListHeightWrapped, growsOnlyIfATextWraps)
 {
     EXPECT_EQ(list.rowRect(0).height(), 49);
     EXPECT_EQ(list.rowRect(2).height(), 49);
@@ -224,7 +224,7 @@ TEST_F(RowListHeightWrapped, areHighOnlyIfTheyWrap)
     expectWholeTexts();
 }
 
-TEST_F(RowListHeightWrapped, keepTheTopmostRowWhenTheListIsResized)
+TEST_F(RowListHeightWrapped, keepsTheTopmostRowWhenTheListIsResized)
 {
     list.verticalScrollBar()->setValue(50 * 49);
     for (const int width : {250, 900, 480, 300}) {
@@ -235,7 +235,7 @@ TEST_F(RowListHeightWrapped, keepTheTopmostRowWhenTheListIsResized)
     }
 }
 
-TEST_F(RowListHeightWrapped, keepTheTopmostRowWhenTheFontChanges)
+TEST_F(RowListHeightWrapped, keepsTheTopmostRowWhenTheFontChanges)
 {
     list.verticalScrollBar()->setValue(51 * 49);
     const int before = list.rowRect(52).height();
@@ -247,7 +247,7 @@ TEST_F(RowListHeightWrapped, keepTheTopmostRowWhenTheFontChanges)
     expectWholeTexts();
 }
 
-TEST_F(RowListHeightWrapped, stayAtTheEndWhenTheListIsResizedThere)
+TEST_F(RowListHeightWrapped, staysAtTheEndWhenTheListIsResizedThere)
 {
     list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum());
     list.resize(300, 500);

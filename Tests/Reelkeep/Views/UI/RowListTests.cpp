@@ -57,7 +57,7 @@ protected:
                   .copiedText = [](std::size_t index) { return QStringLiteral("DCIM/") + nameOf(index); }}};
 };
 
-TEST_F(RowListTest, areBuiltOnlyForWhatIsInView)
+TEST_F(RowListTest, areBuiltOnlyIfInView)
 {
     list.reload(100'000);
     EXPECT_LE(list.builtRowCount(), 7U);
@@ -66,7 +66,7 @@ TEST_F(RowListTest, areBuiltOnlyForWhatIsInView)
     EXPECT_EQ(list.rowCount(), 100'000);
 }
 
-TEST_F(RowListTest, areUsedAgainWhileTheListScrolls)
+TEST_F(RowListTest, areReusedWhileTheListScrolls)
 {
     list.reload(100'000);
     const int before = made;
@@ -85,14 +85,14 @@ TEST_F(RowListTest, showTheRecordsAroundTheScrollPosition)
               (QStringList{nameOf(50'000), nameOf(50'001), nameOf(50'002), nameOf(50'003), nameOf(50'004)}));
 }
 
-TEST_F(RowListTest, areNotShownAnewWhileTheyStayInView)
+TEST_F(RowListTest, areNotUpdatedWhileTheyStayInView)
 {
     list.reload(100);
     shown = 0;
     list.verticalScrollBar()->setValue(10);
     EXPECT_EQ(shown, 0);
     list.verticalScrollBar()->setValue(10 + 49);
-    EXPECT_EQ(shown, 2) << "one row, measured and shown";
+    EXPECT_EQ(shown, 2) << "one row, to measure it and to show it";
 }
 
 TEST_F(RowListTest, stand49Apart)
@@ -110,7 +110,7 @@ TEST_F(RowListTest, needNoScrollingWhileTheyFit)
     EXPECT_EQ(wordsInView().size(), 4);
 }
 
-TEST_F(RowListTest, standStillWhenAMouseOrAnotherWindowGivesTheFocus)
+TEST_F(RowListTest, doNotMoveWhenAClickOrAnotherWindowGivesTheFocus)
 {
     list.reload(100);
     list.clearFocus();
@@ -122,7 +122,7 @@ TEST_F(RowListTest, standStillWhenAMouseOrAnotherWindowGivesTheFocus)
     EXPECT_EQ(scrollPosition(), 50 * 49);
     list.clearFocus();
     list.setFocus(Qt::TabFocusReason);
-    EXPECT_EQ(scrollPosition(), 0) << "the keyboard is at the current row";
+    EXPECT_EQ(scrollPosition(), 0) << "a key scrolls to the current row";
 }
 
 TEST_F(RowListTest, areGoneWhenTheRecordsAre)
@@ -135,7 +135,7 @@ TEST_F(RowListTest, areGoneWhenTheRecordsAre)
     EXPECT_EQ(list.currentRow(), -1);
 }
 
-TEST_F(RowListTest, beginAtTheTopWhenTheRecordsAreOthers)
+TEST_F(RowListTest, startAtTheTopWhenTheRecordsChange)
 {
     list.reload(100);
     list.setCurrentRow(70);
@@ -145,7 +145,7 @@ TEST_F(RowListTest, beginAtTheTopWhenTheRecordsAreOthers)
     EXPECT_EQ(list.currentRow(), 0);
 }
 
-TEST_F(RowListTest, areFoundByTheirPlace)
+TEST_F(RowListTest, areFoundByPosition)
 {
     list.reload(100);
     EXPECT_EQ(list.rowAt({20, 5}), -1);
@@ -223,14 +223,14 @@ TEST_F(RowListTest, showWhichOneIsCurrentWhileTheListHasTheFocus)
     EXPECT_EQ(with.pixelColor(inside), without.pixelColor(inside)) << "a ring, not a filled plate";
 }
 
-TEST_F(RowListTest, areSeveralInViewWithALargeFontToo)
+TEST_F(RowListTest, needAHigherListWithALargeFont)
 {
     EXPECT_EQ(list.minimumSizeHint().height(), 220);
     const FontChange change(designFont(2));
     EXPECT_EQ(list.minimumSizeHint().height(), 440);
 }
 
-TEST_F(RowListTest, areSetApartByLinesOnWholePixels)
+TEST_F(RowListTest, areSeparatedByLinesOnWholePixels)
 {
     RowList onUnevenScreen({.makeRow = [this] { return makeRow(); },
                             .description = [](std::size_t) { return QStringList(); },
@@ -256,7 +256,7 @@ TEST_F(RowListTest, fillATallerList)
     EXPECT_EQ(wordsInView().size(), 19);
 }
 
-/// A list in the middle of a window that is too low for what it holds.
+/// A list in the middle of a window that is too low for its content.
 class RowListInAScrolledWindow : public RowListTest {
 protected:
     RowListInAScrolledWindow()
