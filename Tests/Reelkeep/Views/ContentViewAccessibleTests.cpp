@@ -29,7 +29,7 @@ double percentOf(QAccessibleValueInterface& value)
     return 100 * value.currentValue().toDouble() / value.maximumValue().toDouble();
 }
 
-/// What of an element's state a screen reader tells, and what it is for.
+/// The description and the states of an element that a screen reader announces.
 QString detailsOf(QAccessibleInterface& element)
 {
     QStringList details;
@@ -49,8 +49,8 @@ QString detailsOf(QAccessibleInterface& element)
     return details.isEmpty() ? QString() : QStringLiteral("  (") + details.join(QStringLiteral(", ")) + u')';
 }
 
-/// The tree that screen readers find, an element in a line, indented below the one that it is in. Containers without a
-/// name are left out: they only hold others together.
+/// The tree that screen readers see, one element per line, each indented below its parent. Containers without a name
+/// are left out: they only group others.
 void write(QAccessibleInterface& element, int depth, QString& lines)
 {
     const QString name = element.text(QAccessible::Name);
@@ -74,7 +74,7 @@ protected:
     {
         QString lines;
         write(spoken(*window), 0, lines);
-        // The moment of the analysis is that of the test.
+        // The analysis runs during the test, so its time differs in each run.
         static const QRegularExpression moment(QStringLiteral("\\d+/\\d+/\\d{4}, \\d+:\\d+"));
         return lines.replace(moment, QStringLiteral("DATE, TIME"));
     }
@@ -90,7 +90,7 @@ void PrintTo(const Tree& tree, std::ostream* stream)
 }
 class ContentViewAccessibleTree : public ContentViewAccessible, public testing::WithParamInterface<Tree> {};
 
-TEST_P(ContentViewAccessibleTree, isThatOfItsFile)
+TEST_P(ContentViewAccessibleTree, matchesItsFile)
 {
     enterState(GetParam().state);
     QFile file(QStringLiteral(TREES_FOLDER "/%1.txt").arg(QLatin1String(GetParam().file)));

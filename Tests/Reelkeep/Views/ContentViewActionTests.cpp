@@ -36,7 +36,7 @@ protected:
             texts.append(chooser()->itemText(index));
         return texts;
     }
-    /// A card with that many videos that are nowhere else, analysed.
+    /// Analyses a card with so many pending videos.
     void analyseWithPending(int pending)
     {
         fill("/card", "/disk", pending, 0);
@@ -106,7 +106,7 @@ TEST_F(ContentViewAction, countsWithoutGrouping)
     EXPECT_EQ(pendingCount(), QStringLiteral("12345"));
 }
 
-TEST_F(ContentViewAction, offersNoCopyWhereNothingIsPending)
+TEST_F(ContentViewAction, offersNoCopyIfNothingIsPending)
 {
     analyseWithPending(0);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("0"), QStringLiteral("videos pendientes para copiar")}));
@@ -179,7 +179,7 @@ TEST_F(ContentViewAction, showsASwitchThatTheSessionTurned)
     EXPECT_FALSE(toggle().isChecked());
 }
 
-TEST_F(ContentViewAction, writesNothingByRefreshing)
+TEST_F(ContentViewAction, refreshesWithoutWriting)
 {
     chooseDestination("/a");
     addReviewFolders({"/b"});
@@ -224,7 +224,7 @@ TEST_F(ContentViewAction, hasAChooserForTwoDisks)
     EXPECT_TRUE(chooser()->isEnabled());
     EXPECT_EQ(entries(), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
     EXPECT_EQ(chooser()->currentText(), QStringLiteral("a"));
-    EXPECT_EQ(copyWords().count(QStringLiteral("HD de copia activo")), 2) << "as heading and beside the pop-up";
+    EXPECT_EQ(copyWords().count(QStringLiteral("HD de copia activo")), 2) << "as the heading and beside the pop-up";
 }
 
 TEST_F(ContentViewAction, losesTheChooserWithTheSecondDisk)
@@ -260,7 +260,7 @@ TEST_F(ContentViewAction, choosesNothingByItself)
               (QStringList{QStringLiteral("Sin seleccionar"), QStringLiteral("Selecciona un destino de copia.")}));
 }
 
-TEST_F(ContentViewAction, listsTheRootUnderItsWholePath)
+TEST_F(ContentViewAction, listsTheRootByItsWholePath)
 {
     chooseDestination("/");
     addReviewFolders({"/media/b"});
@@ -268,7 +268,7 @@ TEST_F(ContentViewAction, listsTheRootUnderItsWholePath)
     EXPECT_EQ(destinationBox(), (QStringList{QStringLiteral("/"), QStringLiteral("/")}));
 }
 
-TEST_F(ContentViewAction, tellsDisksOfTheSameNameApartByTheirPath)
+TEST_F(ContentViewAction, distinguishesDisksOfTheSameNameByTheirPath)
 {
     chooseDestination("/media/ana/Disco");
     addReviewFolders({"/media/eva/Disco"});
@@ -305,7 +305,7 @@ TEST_F(ContentViewAction, picksWithTheMouseToo)
     ASSERT_TRUE(waitUntil([&] { return menu->isVisible(); }));
     const QRect second = menu->visualRect(menu->model()->index(1, 0));
     QTest::mouseMove(menu->viewport(), second.center());
-    // The toolkit takes a click that comes too soon for the one that opened the menu.
+    // The toolkit mistakes an early click for the one that opened the menu.
     QElapsedTimer open;
     open.start();
     ASSERT_TRUE(waitUntil([&] { return open.elapsed() > QApplication::doubleClickInterval(); }));
@@ -336,7 +336,7 @@ TEST_F(ContentViewAction, cutsAPathOfMoreThanThreeLinesAndCopiesItWhole)
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), longPath);
 }
 
-TEST_F(ContentViewAction, goesOnWithTheOldResultsAfterAnotherCameraIsChosen)
+TEST_F(ContentViewAction, keepsItsResultsWhenAnotherCameraIsChosen)
 {
     analyseWithPending(2);
     chooseCamera("/other card");

@@ -19,7 +19,7 @@ std::string written(const QColor& color)
     return std::to_string(color.red()) + " " + std::to_string(color.green()) + " " + std::to_string(color.blue());
 }
 
-/// What is painted, in the colours of a theme.
+/// The window as it is painted in a theme.
 class ContentViewColour : public WindowTest {
 protected:
     void show(const QPalette& palette, WindowState state, int width = 1148)
@@ -27,14 +27,14 @@ protected:
         change.emplace(palette);
         enterState(state);
         resizeToContent(width);
-        content->setFocus(); // No ring is drawn around anything.
+        content->setFocus(); // So that no focus ring is drawn.
         settle();
         window->scrollArea()->verticalScrollBar()->setValue(0);
         image = picture(*window);
     }
     QRect placeOf(const QWidget& widget) const { return {widget.mapTo(window.get(), QPoint()), widget.size()}; }
     QColor at(int x, int y) const { return image.pixelColor(x, y); }
-    /// The colour that fills most of a place: its ground. Shades of one gradient count as one.
+    /// The background of a rectangle: its most common colour. Shades of one gradient count as one.
     QColor groundOf(const QRect& place) const
     {
         struct Shade {
@@ -71,7 +71,7 @@ protected:
     QImage image;
 };
 
-/// The texts that keep the exact accent whatever their contrast. Their meaning never rests on the colour alone.
+/// Texts that keep the exact accent whatever its contrast. Their meaning never depends on the colour alone.
 bool isNamedException(const TextWidget& words)
 {
     static const QStringList names = {QStringLiteral("Paso 1"), QStringLiteral("Paso 2"), QStringLiteral("Paso 3"),
@@ -99,7 +99,7 @@ protected:
     }
 };
 
-TEST_P(ContentViewColourContrast, isReadableForEveryTextButTheNamedExceptions)
+TEST_P(ContentViewColourContrast, isSufficientForEveryTextExceptTheNamedOnes)
 {
     show(paletteNamed(GetParam().name), GetParam().state);
     std::map<std::string, double> exceptions;
@@ -117,13 +117,13 @@ TEST_P(ContentViewColourContrast, isReadableForEveryTextButTheNamedExceptions)
         std::cout << GetParam().name << ": \"" << words << "\" keeps its accent at " << ratio << ":1\n";
 }
 
-TEST_P(ContentViewColourContrast, isReadableOnEveryEnabledControl)
+TEST_P(ContentViewColourContrast, isSufficientOnEveryEnabledControl)
 {
     show(paletteNamed(GetParam().name), GetParam().state);
     for (const Button* button : content->findChildren<Button*>()) {
         if (!button->isVisible() || !button->isEnabled())
             continue;
-        // The face beside the label, and the pixel of the label that the letters cover most.
+        // The face, and the pixel with the most contrast to it, which is inside a letter.
         const QRect place = placeOf(*button);
         const QColor face = groundOf(place.adjusted(3, 3, -3, -3));
         double best = 1;
@@ -149,7 +149,7 @@ struct ThemeColours {
     QColor window, plateStart, plateEnd, pill, reviewRow, listBase;
     QColor blueBox, blueStroke, greenBox, greenStroke, orangeBox, orangeStroke;
     QColor copyPanelStart, copyPanelStroke, greyBadge, greyDot;
-    std::map<std::string, std::pair<double, double>> exceptions; ///< Least and greatest ratio.
+    std::map<std::string, std::pair<double, double>> exceptions; ///< Lowest and highest ratio.
 };
 void PrintTo(const ThemeColours& theme, std::ostream* stream)
 {
@@ -164,7 +164,7 @@ protected:
         const QRect place = placeOf(widget);
         return at(place.left(), place.center().y());
     }
-    /// Beside the trailing edge, where nothing stands.
+    /// Near the trailing edge, where there is no text.
     QColor fillOf(const QWidget& widget) const
     {
         const QRect place = placeOf(widget);
@@ -213,7 +213,7 @@ TEST_P(ContentViewColourTable, isPaintedWhileNothingIsChosen)
     expectColour(fillOf(empty), expected.pill, "empty state");
 }
 
-TEST_P(ContentViewColourTable, holdsForTheRatiosOfTheNamedExceptions)
+TEST_P(ContentViewColourTable, givesTheContrastOfTheNamedExceptions)
 {
     show(GetParam().palette(), analysed);
     int met = 0;
@@ -287,7 +287,7 @@ const ThemeColours darkColours = {
 
 INSTANTIATE_TEST_SUITE_P(Themes, ContentViewColourTable, testing::Values(lightColours, darkColours));
 
-TEST_F(ContentViewColour, layASoftShadowUnderWhiteButtonsAlone)
+TEST_F(ContentViewColour, putsASoftShadowOnlyUnderWhiteButtons)
 {
     show(lightPalette(), analysed);
     const auto below = [this](const QWidget& control) {
@@ -309,7 +309,7 @@ TEST_F(ContentViewColour, layASoftShadowUnderWhiteButtonsAlone)
     EXPECT_EQ(below(onlyDestination), 0);
 }
 
-TEST_F(ContentViewColour, followAChangeOfTheThemeWhileOpen)
+TEST_F(ContentViewColour, followsAChangeOfTheThemeWhileOpen)
 {
     show(lightPalette(), analysed);
     const QImage light = image;
@@ -334,14 +334,14 @@ TEST_F(ContentViewColour, followAChangeOfTheThemeWhileOpen)
     };
     const QRect title = placeOf(text(QStringLiteral("Videos pendientes")));
     EXPECT_LT(darkest(light, title), 60) << "dark letters";
-    EXPECT_GE(darkest(dark, title), 35) << "no dark letters any more";
+    EXPECT_GE(darkest(dark, title), 35) << "no dark letters";
     change.reset();
     change.emplace(lightPalette());
     settle();
-    EXPECT_EQ(picture(*window), light) << "and back";
+    EXPECT_EQ(picture(*window), light) << "as before";
 }
 
-TEST_F(ContentViewColour, keepTheAccentsInBothThemes)
+TEST_F(ContentViewColour, keepsTheAccentsInBothThemes)
 {
     show(lightPalette(), analysed);
     const QRect tile = placeOf(part(QStringLiteral("Paso 3, Ubicaciones a revisar"))).translated(18, 18);

@@ -15,7 +15,7 @@ using enum WindowState;
 const QString scan = QStringLiteral("Analizar ubicaciones");
 const QString copy = QStringLiteral("Copiar faltantes al HD seleccionado");
 
-/// Where the keyboard and the view are while results come and controls go.
+/// The keyboard focus and the scroll position while results arrive and controls disappear.
 class ContentViewFocus : public WindowTest {
 protected:
     QScrollBar& page() const { return *window->scrollArea()->verticalScrollBar(); }
@@ -25,13 +25,18 @@ protected:
         const auto* ring = widget.findChild<FocusRing*>();
         return ring && ring->shownFrame();
     }
-    /// Presses a button by the keyboard and waits until it is disabled.
+    /// Presses a button with the keyboard and waits until it is disabled.
     void pressByKey(Button& pressed)
     {
         content->setFocus();
         pressed.setFocus(Qt::TabFocusReason);
         QTest::keyClick(&pressed, Qt::Key_Space);
         ASSERT_TRUE(waitUntil([&pressed] { return !pressed.isEnabled(); }));
+    }
+    void startAnalysisByKey()
+    {
+        files->holdAnalyses();
+        pressByKey(button(scan));
     }
     void finishAnalysis()
     {
@@ -44,8 +49,7 @@ protected:
 TEST_F(ContentViewFocus, isOnNoControlWhileTheScanButtonIsDisabled)
 {
     enterState(analysed);
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     EXPECT_EQ(focused(), content);
     const auto destination = session().copyDestinationFolder();
     for (const Qt::Key key : {Qt::Key_PageDown, Qt::Key_Down, Qt::Key_D, Qt::Key_Space, Qt::Key_Return}) {
@@ -61,8 +65,7 @@ TEST_F(ContentViewFocus, returnsToTheScanButtonWithItsRingAndWithoutScrolling)
 {
     enterState(analysed);
     resize(1148, 600);
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     page().setValue(0);
     finishAnalysis();
     EXPECT_EQ(focused(), &button(scan));
@@ -79,21 +82,19 @@ TEST_F(ContentViewFocus, returnsToAClickedButtonWithoutARing)
     EXPECT_FALSE(hasRing(button(scan)));
 }
 
-TEST_F(ContentViewFocus, staysWhereThePersonWentMeanwhile)
+TEST_F(ContentViewFocus, staysOnTheControlThatWasChosenMeanwhile)
 {
     enterState(analysed);
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     toggle().setFocus(Qt::MouseFocusReason);
     finishAnalysis();
     EXPECT_EQ(focused(), &toggle());
 }
 
-TEST_F(ContentViewFocus, staysOnTheGroundThatWasClickedMeanwhile)
+TEST_F(ContentViewFocus, staysOnTheBackgroundIfThatWasClickedMeanwhile)
 {
     enterState(analysed);
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     QTest::mouseClick(content, Qt::LeftButton, {}, QPoint(5, 5));
     finishAnalysis();
     EXPECT_EQ(focused(), content);
@@ -102,15 +103,14 @@ TEST_F(ContentViewFocus, staysOnTheGroundThatWasClickedMeanwhile)
 TEST_F(ContentViewFocus, returnsAlthoughAnotherWindowWasActiveMeanwhile)
 {
     enterState(analysed);
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     QWidget other;
     showActive(other);
     finishAnalysis();
     EXPECT_EQ(focused(), &button(scan));
 }
 
-TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyAfterAKey)
+TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyIfAKeyWasUsed)
 {
     enterState(analysed);
     const auto leaveAndReturn = [this] {
@@ -121,8 +121,7 @@ TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyAfterAKey)
         window->activateWindow();
         ASSERT_TRUE(waitUntil([this] { return button(scan).hasFocus(); }));
     };
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     leaveAndReturn();
     EXPECT_TRUE(hasRing(button(scan)));
 
@@ -133,12 +132,11 @@ TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyAfterAKey)
     EXPECT_FALSE(hasRing(button(scan)));
 }
 
-TEST_F(ContentViewFocus, goesOnFromTheDisabledButtonWithTab)
+TEST_F(ContentViewFocus, movesOnFromTheDisabledButtonWithTab)
 {
     enterState(analysed);
     resize(1148, 600);
-    files->holdAnalyses();
-    pressByKey(button(scan));
+    startAnalysisByKey();
     page().setValue(0);
     QTest::keyClick(focused(), Qt::Key_Tab);
     EXPECT_EQ(focused(), chooser());
@@ -148,7 +146,7 @@ TEST_F(ContentViewFocus, goesOnFromTheDisabledButtonWithTab)
     finishAnalysis();
 }
 
-TEST_F(ContentViewFocus, leavesTheViewAloneWhenACopyEnds)
+TEST_F(ContentViewFocus, keepsTheScrollPositionWhenACopyEnds)
 {
     enterState(analysed);
     resize(1366, 768);
@@ -161,7 +159,7 @@ TEST_F(ContentViewFocus, leavesTheViewAloneWhenACopyEnds)
     EXPECT_EQ(focused(), content);
 }
 
-TEST_F(ContentViewFocus, leavesTheViewAloneWhenTheListWithTheFocusGoes)
+TEST_F(ContentViewFocus, keepsTheScrollPositionWhenTheFocusedListDisappears)
 {
     enterState(analysed);
     resize(1366, 768);
@@ -178,7 +176,7 @@ TEST_F(ContentViewFocus, leavesTheViewAloneWhenTheListWithTheFocusGoes)
     EXPECT_EQ(focused(), content);
 }
 
-TEST_F(ContentViewFocus, leavesControlsForTheGroundThatIsClicked)
+TEST_F(ContentViewFocus, leavesAControlWhenTheBackgroundIsClicked)
 {
     toggle().setFocus(Qt::TabFocusReason);
     ASSERT_TRUE(hasRing(toggle()));
@@ -187,7 +185,7 @@ TEST_F(ContentViewFocus, leavesControlsForTheGroundThatIsClicked)
     EXPECT_FALSE(hasRing(toggle()));
 }
 
-TEST_F(ContentViewFocus, movesThePageWithHomeAndEnd)
+TEST_F(ContentViewFocus, scrollsThePageWithHomeAndEnd)
 {
     enterState(analysed);
     resize(1148, 600);
@@ -201,7 +199,7 @@ TEST_F(ContentViewFocus, movesThePageWithHomeAndEnd)
     }
 }
 
-TEST_F(ContentViewFocus, movesTheListInsteadOfThePageWithHomeAndEndInTheList)
+TEST_F(ContentViewFocus, movesInTheListInsteadOfThePageWithHomeAndEnd)
 {
     enterState(analysed);
     resize(1148, 600);
@@ -213,18 +211,6 @@ TEST_F(ContentViewFocus, movesTheListInsteadOfThePageWithHomeAndEndInTheList)
     EXPECT_EQ(list()->currentRow(), 0);
     EXPECT_EQ(page().value(), 100);
 }
-
-class ContentViewClosing : public WindowTest, public testing::WithParamInterface<Qt::Key> {};
-
-TEST_P(ContentViewClosing, comesWithItsKeyFromAnyControlWhileVideosAreCopied)
-{
-    enterState(copying);
-    toggle().setFocus();
-    QTest::keyClick(&toggle(), GetParam(), Qt::ControlModifier);
-    EXPECT_FALSE(window->isVisible());
-}
-
-INSTANTIATE_TEST_SUITE_P(Keys, ContentViewClosing, testing::Values(Qt::Key_Q, Qt::Key_W));
 
 } // namespace
 } // namespace reelkeep

@@ -25,7 +25,7 @@ protected:
     QRect place(const QWidget& widget) const { return {widget.mapTo(content, QPoint()), widget.size()}; }
     QRect placeOf(const QString& partName) const { return place(part(partName)); }
     QRect placeOfText(const QString& words) const { return place(text(words)); }
-    /// The narrowest width between these from which on `holds` is true.
+    /// The smallest width in this range from which `holds` stays true; none if it is false at `to`.
     std::optional<int> widthFrom(int from, int to, const std::function<bool()>& holds)
     {
         resize(to, 1000);
@@ -51,7 +51,7 @@ void PrintTo(const Height& height, std::ostream* stream)
 }
 class ContentViewGeometryHeight : public ContentViewGeometry, public testing::WithParamInterface<Height> {};
 
-TEST_P(ContentViewGeometryHeight, isThatOfTheDesign)
+TEST_P(ContentViewGeometryHeight, matchesTheDesign)
 {
     enterState(GetParam().state);
     resizeToContent(GetParam().width);
@@ -92,7 +92,7 @@ TEST_F(ContentViewGeometry, placesTheSectionsAsDesigned)
                 1854 + 45, 3);
 }
 
-/// Where letters are drawn: what differs from the ground of a place.
+/// The bounds of the letters in a rectangle: of its dark pixels.
 QRect inkIn(const QImage& image, const QRect& place)
 {
     QRect ink;
@@ -105,20 +105,20 @@ QRect inkIn(const QImage& image, const QRect& place)
     return ink;
 }
 
-TEST_F(ContentViewGeometry, putsTheDigitsOfThePillsInTheMiddleOfTheirDiscs)
+TEST_F(ContentViewGeometry, centresTheDigitsOfThePillsInTheirDiscs)
 {
     for (const char* digit : {"1", "2", "3"}) {
         const QWidget& disc = *text(QString::fromLatin1(digit)).parentWidget();
         const QRect place(disc.mapTo(window.get(), QPoint()), disc.size());
         const QRect ink = inkIn(picture(*window), place);
         EXPECT_EQ(place.width(), 28);
-        const double before = ink.left() - place.left();
-        const double behind = place.right() - ink.right();
-        EXPECT_LE(std::abs(before - behind), 1) << digit << ": " << before << " before and " << behind << " behind";
+        const double left = ink.left() - place.left();
+        const double right = place.right() - ink.right();
+        EXPECT_LE(std::abs(left - right), 1) << digit << ": " << left << " on the left, " << right << " on the right";
     }
 }
 
-TEST_F(ContentViewGeometry, makesAReviewRow56HighAndPutsThem8Apart)
+TEST_F(ContentViewGeometry, makesReviewRows56HighAnd8Apart)
 {
     enterState(analysed);
     const QRect first = placeOf(QStringLiteral("Archivo 2026, /media/ana/Archivo 2026, Copia"));
@@ -127,7 +127,7 @@ TEST_F(ContentViewGeometry, makesAReviewRow56HighAndPutsThem8Apart)
     EXPECT_EQ(second.top() - first.bottom() - 1, 8);
 }
 
-TEST_F(ContentViewGeometry, keepsTheLabelOfTheCountInOneLineInTheNarrowestWindow)
+TEST_F(ContentViewGeometry, keepsTheLabelOfTheCountOnOneLineInTheNarrowestWindow)
 {
     enterState(analysed);
     resize(480, 1000);
@@ -158,7 +158,7 @@ TEST_F(ContentViewGeometry, keepsTheContentAtTheLeadingEdgeOfAWideWindow)
     EXPECT_EQ(place(*list()).width(), 1100);
 }
 
-TEST_F(ContentViewGeometry, putsThePanelsSideBySideWhereTheyFit)
+TEST_F(ContentViewGeometry, putsThePanelsSideBySideIfTheyFit)
 {
     enterState(analysed);
     resize(1148, 1000);
@@ -171,7 +171,7 @@ TEST_F(ContentViewGeometry, putsThePanelsSideBySideWhereTheyFit)
     EXPECT_LT(analysis.height(), copy.height()) << "each as tall as its own content";
 }
 
-TEST_F(ContentViewGeometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
+TEST_F(ContentViewGeometry, stacksThePanelsIfTheyDoNotFit)
 {
     enterState(analysed);
     const auto areSideBySide = [this] { return placeOf(QStringLiteral("Copiar lo que falta")).left() > 24; };
@@ -185,14 +185,14 @@ TEST_F(ContentViewGeometry, putsThePanelsBelowEachOtherWhereTheyDoNotFit)
     EXPECT_EQ(analysis.width(), 1000 - 48);
 }
 
-TEST_F(ContentViewGeometry, putsThePanelsBelowEachOtherForALongPathToo)
+TEST_F(ContentViewGeometry, stacksThePanelsForALongPath)
 {
     chooseDestination("/media/" + std::string(120, 'x'));
     resize(1148, 1000);
     EXPECT_EQ(placeOf(QStringLiteral("Copiar lo que falta")).left(), 24);
 }
 
-TEST_F(ContentViewGeometry, putsThePillsInARowWhereTheyFit)
+TEST_F(ContentViewGeometry, putsThePillsInARowIfTheyFit)
 {
     window->setMinimumSize(0, 0);
     const auto areInARow = [this] {
@@ -207,7 +207,7 @@ TEST_F(ContentViewGeometry, putsThePillsInARowWhereTheyFit)
               12);
 }
 
-TEST_F(ContentViewGeometry, centresThePillsOnEachOtherWhereTheyStandInAColumn)
+TEST_F(ContentViewGeometry, centresThePillsIfTheyAreStacked)
 {
     window->setMinimumSize(0, 0);
     resize(469, 1000);
@@ -263,7 +263,7 @@ TEST_F(ContentViewGeometry, growsThePendingSectionBy48WhenTheListEmpties)
     EXPECT_TRUE(place(*box).contains(title));
 }
 
-TEST_F(ContentViewGeometry, keepsLongPathsInThreeLinesOfTheWidthAtHand)
+TEST_F(ContentViewGeometry, limitsLongPathsToThreeLinesOfTheAvailableWidth)
 {
     constexpr int threeLines = 3 * 13;
     const std::string longPath = "/media/" + std::string(2000, 'x');
@@ -284,7 +284,7 @@ TEST_F(ContentViewGeometry, keepsLongPathsInThreeLinesOfTheWidthAtHand)
     }
 }
 
-TEST_F(ContentViewGeometry, keepsItsMeasuresWithARowOfEveryLength)
+TEST_F(ContentViewGeometry, showsListRowsOfEveryLengthCompletely)
 {
     for (int length = 1; length < 120; length += 7)
         files->add("/card/" + std::string(std::size_t(length), 'x') + ".MOV", 1);
@@ -317,7 +317,7 @@ protected:
     }
 };
 
-TEST_F(ContentViewGeometryFirstSize, showsAllWhereTheScreenAllows)
+TEST_F(ContentViewGeometryFirstSize, showsEverythingIfTheScreenAllows)
 {
     const QSize size = onScreen("tall");
     EXPECT_EQ(size.width(), 1148);

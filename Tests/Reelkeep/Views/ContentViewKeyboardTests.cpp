@@ -16,10 +16,10 @@ namespace {
 
 using enum WindowState;
 
-/// The window without a mouse.
+/// The window used without a mouse.
 class ContentViewKeyboard : public WindowTest {
 protected:
-    /// What a person would call a stop of the Tab key.
+    /// What a screen reader says about a widget in the Tab order.
     static QString nameOf(QWidget& widget)
     {
         const QString description = spoken(widget).text(QAccessible::Description);
@@ -33,7 +33,7 @@ protected:
     }
     void tab() const { QTest::keyClick(&focused(), Qt::Key_Tab); }
     void tabBack() const { QTest::keyClick(&focused(), Qt::Key_Backtab, Qt::ShiftModifier); }
-    /// The stops of the Tab key, once round, from the first one on.
+    /// The names of the widgets in the Tab order, once round from the first one.
     QStringList stops(const std::function<void()>& step) const
     {
         content->setFocus();
@@ -67,7 +67,7 @@ protected:
     }
 };
 
-TEST_F(ContentViewKeyboard, reachesWhatCanBeUsedInReadingOrder)
+TEST_F(ContentViewKeyboard, reachesEnabledControlsInReadingOrder)
 {
     EXPECT_EQ(forward(), (QStringList{QStringLiteral("Elegir camara"), QStringLiteral("Elegir HD de copia"),
                                       QStringLiteral("Anadir ubicaciones"), QStringLiteral("Sin seleccionar"),
@@ -92,7 +92,7 @@ TEST_F(ContentViewKeyboard, reachesEverythingInReadingOrder)
                      QStringLiteral("Copiar faltantes al HD seleccionado"), QStringLiteral("Videos pendientes")}));
 }
 
-TEST_F(ContentViewKeyboard, keepsReadingOrderWhenRowsAreMadeAnew)
+TEST_F(ContentViewKeyboard, keepsReadingOrderWhenRowsAreRebuilt)
 {
     chooseDestination("/media/a");
     addReviewFolders({"/media/b", "/media/c"});
@@ -114,7 +114,7 @@ TEST_F(ContentViewKeyboard, keepsReadingOrderWhateverIsChosenFirst)
                                             QStringLiteral("/media/a"), QStringLiteral("Elegir HD de copia")}));
 }
 
-TEST_F(ContentViewKeyboard, walksRoundInBothDirections)
+TEST_F(ContentViewKeyboard, cyclesInBothDirections)
 {
     for (const WindowState state : {fresh, analysed}) {
         enterState(state);
@@ -125,7 +125,7 @@ TEST_F(ContentViewKeyboard, walksRoundInBothDirections)
     }
 }
 
-TEST_F(ContentViewKeyboard, followsTheOrderOfTheScreenAtEveryWidth)
+TEST_F(ContentViewKeyboard, followsTheLayoutAtEveryWidth)
 {
     enterState(analysed);
     for (const int width : {480, 760, 1148}) {
@@ -136,7 +136,7 @@ TEST_F(ContentViewKeyboard, followsTheOrderOfTheScreenAtEveryWidth)
         QPoint before(-1, -1);
         do {
             const QPoint place = focused().mapTo(content, QPoint(0, focused().height() / 2));
-            // Side by side the left panel comes first as a whole, though it reaches further down.
+            // If the panels are side by side, the whole left one comes first although it extends further down.
             const bool isNextColumn = place.x() > before.x() + 200;
             EXPECT_TRUE(place.y() > before.y() - 20 || isNextColumn)
                 << width << ": " << nameOf(focused()).toStdString();
@@ -146,10 +146,10 @@ TEST_F(ContentViewKeyboard, followsTheOrderOfTheScreenAtEveryWidth)
     }
 }
 
-TEST_F(ContentViewKeyboard, scrollsWhatHasTheFocusIntoView)
+TEST_F(ContentViewKeyboard, scrollsTheFocusedControlIntoView)
 {
     enterState(analysed);
-    resize(800, 560); // What a screen of 800 x 600 leaves.
+    resize(800, 560); // What fits on a screen of 800 x 600.
     for (const auto& step : {std::function<void()>([this] { tab(); }), std::function<void()>([this] { tabBack(); })}) {
         content->setFocus();
         step();
@@ -161,7 +161,7 @@ TEST_F(ContentViewKeyboard, scrollsWhatHasTheFocusIntoView)
     }
 }
 
-TEST_F(ContentViewKeyboard, doesAWholeRunOnASmallScreen)
+TEST_F(ContentViewKeyboard, completesARunOnASmallScreen)
 {
     fill("/card", "/disk", 3, 1);
     resize(800, 560);
@@ -218,7 +218,7 @@ TEST_F(ContentViewKeyboard, removesARowAndKeepsTheFocusInTheWindow)
     EXPECT_TRUE(content->isAncestorOf(&focused()));
 }
 
-TEST_F(ContentViewKeyboard, keepsTheFocusWhereItWasWhenAButtonTurnsDisabled)
+TEST_F(ContentViewKeyboard, keepsItsPlaceWhenAButtonIsDisabled)
 {
     fill("/card", "/disk", 3, 1);
     chooseCamera("/card");
@@ -235,7 +235,7 @@ TEST_F(ContentViewKeyboard, keepsTheFocusWhereItWasWhenAButtonTurnsDisabled)
     EXPECT_NE(nameOf(focused()), QStringLiteral("Elegir camara"));
 }
 
-TEST_F(ContentViewKeyboard, showsWhereItIs)
+TEST_F(ContentViewKeyboard, showsWhatHasTheFocus)
 {
     enterState(analysed);
     resizeToContent(1148);
@@ -252,7 +252,7 @@ TEST_F(ContentViewKeyboard, showsWhereItIs)
     } while (&focused() != first);
 }
 
-TEST_F(ContentViewKeyboard, findsANameAndARoleOnEveryStop)
+TEST_F(ContentViewKeyboard, findsANameAndARoleOfEveryControl)
 {
     const std::set<QAccessible::Role> known = {QAccessible::Button, QAccessible::CheckBox, QAccessible::ComboBox,
                                                QAccessible::StaticText, QAccessible::List};
@@ -270,7 +270,7 @@ TEST_F(ContentViewKeyboard, findsANameAndARoleOnEveryStop)
     } while (&focused() != first);
 }
 
-TEST_F(ContentViewKeyboard, findsEveryButtonByItsOwnName)
+TEST_F(ContentViewKeyboard, findsAUniqueNameOfEveryButton)
 {
     enterState(analysed);
     std::set<std::string> names;
@@ -291,6 +291,18 @@ TEST_F(ContentViewKeyboard, leavesTheListWithTab)
     tabBack();
     EXPECT_TRUE(list()->hasFocus());
 }
+
+class ContentViewKeyboardClosing : public WindowTest, public testing::WithParamInterface<Qt::Key> {};
+
+TEST_P(ContentViewKeyboardClosing, closesTheWindowDuringACopyFromAControl)
+{
+    enterState(copying);
+    toggle().setFocus();
+    QTest::keyClick(&toggle(), GetParam(), Qt::ControlModifier);
+    EXPECT_FALSE(window->isVisible());
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, ContentViewKeyboardClosing, testing::Values(Qt::Key_Q, Qt::Key_W));
 
 } // namespace
 } // namespace reelkeep

@@ -14,7 +14,7 @@ namespace {
 
 using enum WindowState;
 
-/// What is painted somewhere in the content, enlarged, so that a part of a point can be measured.
+/// A part of the content, painted enlarged so that fractions of a point can be measured.
 class Enlarged {
 public:
     Enlarged(QWidget& content, const QRect& part, int enlargement)
@@ -26,7 +26,7 @@ public:
         content.render(&painter, QPoint(), QRegion(part));
     }
 
-    /// How far it is from a point of the content to the next change of colour in a direction.
+    /// The distance from a point of the content to the next change of colour in a direction; -1 if there is none.
     double toChange(QPointF from, QPointF direction, int threshold = 6) const
     {
         const QColor ground = at(from);
@@ -45,7 +45,7 @@ public:
     double down(double x, double y) const { return y + toChange({x, y}, {0, 1}); }
     double up(double x, double y) const { return y - toChange({x, y}, {0, -1}) + 1.0 / scale; }
 
-    /// The bounds of what is drawn on the ground of a place, in points.
+    /// The bounds of what is drawn in a rectangle whose top left corner shows the background, in points.
     QRectF inkIn(const QRectF& place) const
     {
         const QColor ground = at(place.topLeft());
@@ -77,7 +77,7 @@ private:
     QImage image;
 };
 
-/// Distances, sizes, corners and letters as they are painted, beside the numbers of the design.
+/// Distances, sizes, corners and letters as they are painted, compared with the numbers of the design.
 class ContentViewMeasure : public WindowTest {
 protected:
     void SetUp() override
@@ -105,7 +105,7 @@ const char* const row1 = "Archivo 2026, /media/ana/Archivo 2026, Copia";
 const char* const row2 = "Disco B, /media/ana/Disco B";
 const char* const card1 = "En camara: 27, videos detectados";
 
-/// For a measure that is taken to letters: beside them is a part of a point that no ink is in.
+/// Tolerance of a distance to a letter: its ink begins a little inside its box.
 constexpr double bearing = 1.5;
 constexpr double exact = 0.26;
 
@@ -117,14 +117,15 @@ TEST_F(ContentViewMeasure, hasTheDistancesOfTheDesignBetweenItsPlates)
     const QRect plate = partAt(step1);
     const double middle = plate.center().y();
     EXPECT_NEAR(seen.right(0.5, middle), 24, exact) << "window padding";
-    EXPECT_NEAR(seen.left(1147.5, middle), 1148 - 24, exact) << "window padding at the trailing edge";
+    EXPECT_NEAR(seen.left(1147.5, middle), 1148 - 24, exact) << "trailing window padding";
     const double x = 24 + 60;
     const double pillTop = seen.down(x, pill.top() - 6);
     const double pillBottom = seen.up(x, pill.bottom() + 6);
     EXPECT_NEAR(pillTop, 102, exact) << "top of the pills";
     EXPECT_NEAR(pillBottom - pillTop, 56, exact) << "height of a pill";
     const double gap = pill.right() + 6;
-    EXPECT_NEAR(seen.right(gap, pill.center().y()) - seen.left(gap, pill.center().y()), 12, exact) << "pills apart";
+    EXPECT_NEAR(seen.right(gap, pill.center().y()) - seen.left(gap, pill.center().y()), 12, exact)
+        << "gap between pills";
     const auto apart = [&](int below, const char* what, double expected) {
         const double place = below + expected / 2;
         EXPECT_NEAR(seen.down(x, place) - seen.up(x, place), expected, exact) << what;
@@ -136,15 +137,15 @@ TEST_F(ContentViewMeasure, hasTheDistancesOfTheDesignBetweenItsPlates)
     const QRect analysis = partAt("Analizar primero");
     const double between = analysis.right() + 7;
     EXPECT_NEAR(seen.right(between, analysis.center().y()) - seen.left(between, analysis.center().y()), 14, exact)
-        << "panels apart";
+        << "gap between panels";
     const QRect card = partAt(card1);
     const double beside = card.right() + 6;
     EXPECT_NEAR(seen.right(beside, card.center().y()) - seen.left(beside, card.center().y()), 12, exact)
-        << "cards apart";
+        << "gap between cards";
     EXPECT_NEAR(seen.left(beside, card.center().y()) - seen.right(0.5, card.center().y()), 266, exact)
         << "width of a card";
     const double rowGap = partAt(row1).bottom() + 5;
-    EXPECT_NEAR(seen.down(150, rowGap) - seen.up(150, rowGap), 8, exact) << "rows apart";
+    EXPECT_NEAR(seen.down(150, rowGap) - seen.up(150, rowGap), 8, exact) << "gap between rows";
     EXPECT_NEAR(seen.up(150, partAt(row2).bottom() + 5) - seen.down(150, rowGap), 56, exact) << "height of a row";
 }
 
@@ -158,7 +159,7 @@ TEST_F(ContentViewMeasure, hasThePaddingsAndSizesOfTheDesignInsideItsPlates)
     const double discX = discLeft + 14;
     const double discTop = seen.down(discX, pill.top() + 3);
     const double discBottom = seen.up(discX, pill.bottom() - 3);
-    EXPECT_NEAR(discBottom - discTop, 28, exact) << "number of a pill";
+    EXPECT_NEAR(discBottom - discTop, 28, exact) << "disc of a pill";
     EXPECT_NEAR(seen.right(discLeft + 28 + 1, pill.top() + 20) - discLeft - 28, 10, bearing) << "gap in a pill";
 
     const QRect plate = partAt(step1);
@@ -168,13 +169,13 @@ TEST_F(ContentViewMeasure, hasThePaddingsAndSizesOfTheDesignInsideItsPlates)
     const double tileRight = seen.left(tileLeft + 58 + 10, tileY + 20);
     EXPECT_NEAR(tileRight - tileLeft, 58, exact) << "width of a tile";
     const double tileTop = seen.down(tileLeft + 29, plate.top() + 3);
-    EXPECT_NEAR(tileTop - plate.top(), 18, exact) << "plate padding above";
+    EXPECT_NEAR(tileTop - plate.top(), 18, exact) << "top plate padding";
     EXPECT_NEAR(seen.up(tileLeft + 29, tileTop + 70) - tileTop, 58, exact) << "height of a tile";
     const QRect box = placeOf(*text(QStringLiteral("EOS_DIGITAL")).parentWidget());
     const double boxLeft = seen.right(tileRight + 3, box.center().y());
-    EXPECT_NEAR(boxLeft - tileRight, 16, exact) << "tile and content";
+    EXPECT_NEAR(boxLeft - tileRight, 16, exact) << "gap between tile and content";
     EXPECT_NEAR(plate.right() + 1 - seen.left(plate.right() - 5, box.center().y()), 18, exact)
-        << "plate padding behind";
+        << "trailing plate padding";
     const double nameY = box.top() + 14 + 11;
     EXPECT_NEAR(seen.right(boxLeft + 3, nameY) - boxLeft, 14, bearing + 0.5) << "box padding";
 
@@ -192,7 +193,7 @@ TEST_F(ContentViewMeasure, hasThePaddingsAndSizesOfTheDesignInsideItsPlates)
     EXPECT_NEAR(row.right() + 1 - buttonRight, 12, exact) << "row padding";
     const double buttonX = buttonRight - 8;
     const double buttonTop = seen.down(buttonX, row.top() + 3);
-    // Below it lies its shadow.
+    // Below it is its shadow.
     EXPECT_NEAR(seen.up(buttonX, row.bottom() - 3) - 1 - buttonTop, 28, 0.5) << "height of a button";
 
     const QRect card = partAt(card1);
@@ -225,7 +226,7 @@ TEST_F(ContentViewMeasure, hasTheControlsAndTheListOfTheDesign)
 
     const QRect whole = placeOf(*list());
     const double listX = whole.center().x();
-    // Its stroke is as light as the window: only what is inside of it can be seen from outside.
+    // Its stroke has the colour of the window, so the first change of colour is inside it.
     const double listTop = seen.down(listX, whole.top() - 5) - 1;
     EXPECT_NEAR(seen.up(listX, whole.bottom() + 5) + 1 - listTop, 220, exact) << "height of the list";
     const double first = seen.down(listX, listTop + 3);
@@ -241,7 +242,7 @@ TEST_F(ContentViewMeasure, hasTheBarOfTheDesign)
     const QRect place = placeOf(*bar());
     const double x = place.left() + 100;
     EXPECT_NEAR(seen.up(x, place.bottom() + 4) - seen.down(x, place.top() - 4), 6, exact) << "height of the bar";
-    EXPECT_NEAR(seen.right(x, place.center().y()), place.left() + place.width() / 2.0, exact) << "half of the work";
+    EXPECT_NEAR(seen.right(x, place.center().y()), place.left() + place.width() / 2.0, exact) << "filled to the half";
     EXPECT_EQ(place.left(), 24);
     EXPECT_EQ(place.width(), 1100);
 }
@@ -253,7 +254,7 @@ TEST_F(ContentViewMeasure, hasTheCornersOfTheDesign)
         const Enlarged corner(*content, QRect(place.topLeft() - QPoint(2, 2), QSize(24, 24)), 16);
         const QPointF diagonal(1, 1);
         const QPointF from = place.topLeft() - QPointF(1, 1);
-        // An arc leaves the corner's diagonal free by this much of its radius.
+        // On the diagonal, the arc begins at this fraction of the radius.
         const double radius = (corner.toChange(from, diagonal, 4) - 1) / (1 - std::sqrt(0.5));
         EXPECT_NEAR(radius, expected, 0.6) << what;
     };
@@ -278,7 +279,7 @@ TEST_F(ContentViewMeasure, hasTheLettersOfTheDesign)
     const auto expectLetters = [this](const TextWidget& words, double size, QFont::Weight weight,
                                       bool isFixed = false) {
         QFont font(isFixed ? QStringLiteral("JetBrains Mono") : QStringLiteral("Inter"));
-        // Ten times as large, for the exact outlines.
+        // Ten times as large, for exact outlines.
         font.setPixelSize(int(size * 10));
         font.setWeight(weight);
         const QRectF letters = QFontMetricsF(font).tightBoundingRect(words.text());

@@ -54,7 +54,7 @@ protected:
         }
         return texts;
     }
-    /// Shows each row in turn and compares the room of its texts with what they need.
+    /// Shows each row in turn and checks that its texts fit.
     void expectWholeRows() const
     {
         for (int row = 0; row < list()->rowCount(); ++row) {
@@ -74,7 +74,7 @@ protected:
     }
 };
 
-TEST_F(ContentViewPendingList, showsTheWholeOfALongPathBesideOneOfMoreBytes)
+TEST_F(ContentViewPendingList, showsALongPathCompletelyBesideOneOfMoreBytes)
 {
     const std::string latin = repeated("n", 95) + "/a.MOV";
     const std::string cyrillic = repeated("я", 57) + "/a.MOV";

@@ -10,14 +10,13 @@
 namespace reelkeep {
 namespace {
 
-/// "Quitar" under a person's hand: what the same key or click does a moment later, where other controls stand then.
+/// Pressing "Quitar", and repeating the key or the click when other controls have taken the button's place.
 class ContentViewRemoval : public WindowTest {
 protected:
     ContentViewRemoval() { pressQuickly(); }
     ~ContentViewRemoval() override { QApplication::setDoubleClickInterval(before); }
 
-    /// From now on every press comes soon enough, or too late, to be the second of a double click, however slow the
-    /// machine is.
+    /// From now on every press counts as the second of a double click, or none does, however slow the machine is.
     static void pressQuickly() { QApplication::setDoubleClickInterval(60'000); }
     static void pressSlowly() { QApplication::setDoubleClickInterval(0); }
 
@@ -59,7 +58,7 @@ private:
     int before = QApplication::doubleClickInterval();
 };
 
-TEST_F(ContentViewRemoval, handsTheFocusToTheNextButtonOfItsKind)
+TEST_F(ContentViewRemoval, movesTheFocusToTheNextRemoveButton)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     reachByTab(removeButton("/media/b"));
@@ -69,7 +68,7 @@ TEST_F(ContentViewRemoval, handsTheFocusToTheNextButtonOfItsKind)
     EXPECT_TRUE(hasRing(removeButton("/media/c")));
 }
 
-TEST_F(ContentViewRemoval, handsTheFocusBackFromTheLastRow)
+TEST_F(ContentViewRemoval, movesTheFocusBackFromTheLastRow)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     reachByTab(removeButton("/media/c"));
@@ -78,7 +77,7 @@ TEST_F(ContentViewRemoval, handsTheFocusBackFromTheLastRow)
     EXPECT_TRUE(hasRing(removeButton("/media/b")));
 }
 
-TEST_F(ContentViewRemoval, handsTheFocusToAddingWhenNoRowIsLeft)
+TEST_F(ContentViewRemoval, movesTheFocusToTheAddButtonWhenNoRowIsLeft)
 {
     addReviewFolders({"/media/a"});
     reachByTab(removeButton("/media/a"));
@@ -87,7 +86,7 @@ TEST_F(ContentViewRemoval, handsTheFocusToAddingWhenNoRowIsLeft)
     EXPECT_TRUE(hasRing(*focused()));
 }
 
-TEST_F(ContentViewRemoval, handsTheFocusToAddingWhenOnlyTheCopyDestinationIsLeft)
+TEST_F(ContentViewRemoval, movesTheFocusToTheAddButtonWhenOnlyTheCopyDestinationIsLeft)
 {
     chooseDestination("/media/disk");
     addReviewFolders({"/media/a"});
@@ -96,7 +95,7 @@ TEST_F(ContentViewRemoval, handsTheFocusToAddingWhenOnlyTheCopyDestinationIsLeft
     EXPECT_EQ(focused(), &button(QStringLiteral("Anadir ubicaciones")));
 }
 
-TEST_F(ContentViewRemoval, takesASecondSpaceForTheSamePress)
+TEST_F(ContentViewRemoval, countsQuickPressesOfSpaceAsOne)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     reachByTab(removeButton("/media/a"));
@@ -104,10 +103,10 @@ TEST_F(ContentViewRemoval, takesASecondSpaceForTheSamePress)
         strike(Qt::Key_Space);
     EXPECT_EQ(reviewed(), locations({"/media/b", "/media/c"}));
     EXPECT_TRUE(session().preserveFolderStructure());
-    EXPECT_TRUE(dialogs.shown.size() == 1) << "no dialog but the one that added the rows";
+    EXPECT_EQ(dialogs.shown.size(), 1U) << "only the dialog that added the rows";
 }
 
-TEST_F(ContentViewRemoval, removesRowAfterRowWithOneKey)
+TEST_F(ContentViewRemoval, removesARowWithEachSlowPressOfSpace)
 {
     pressSlowly();
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
@@ -118,7 +117,7 @@ TEST_F(ContentViewRemoval, removesRowAfterRowWithOneKey)
     EXPECT_TRUE(session().preserveFolderStructure());
 }
 
-TEST_F(ContentViewRemoval, takesADoubleClickForOne)
+TEST_F(ContentViewRemoval, countsADoubleClickAsOnePress)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     const QPoint place = placeOf(removeButton("/media/b"));
@@ -127,7 +126,7 @@ TEST_F(ContentViewRemoval, takesADoubleClickForOne)
     EXPECT_EQ(reviewed(), locations({"/media/a", "/media/c"}));
 }
 
-TEST_F(ContentViewRemoval, switchesNothingBelowTheRowsWithADoubleClick)
+TEST_F(ContentViewRemoval, turnsNoSwitchThatMovesUnderADoubleClick)
 {
     chooseDestination("/media/disk");
     addReviewFolders({"/media/a"});
@@ -140,7 +139,7 @@ TEST_F(ContentViewRemoval, switchesNothingBelowTheRowsWithADoubleClick)
     EXPECT_TRUE(session().preserveFolderStructure());
 }
 
-TEST_F(ContentViewRemoval, removesRowAfterRowWithSlowClicksAtOnePlace)
+TEST_F(ContentViewRemoval, removesARowWithEachSlowClickAtOnePoint)
 {
     pressSlowly();
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
@@ -150,7 +149,7 @@ TEST_F(ContentViewRemoval, removesRowAfterRowWithSlowClicksAtOnePlace)
     EXPECT_EQ(reviewed(), locations({"/media/c"}));
 }
 
-TEST_F(ContentViewRemoval, leavesThePageAloneUnderThePointer)
+TEST_F(ContentViewRemoval, doesNotScrollThePageUnderThePointer)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     resize(1148, 700);
@@ -164,7 +163,7 @@ TEST_F(ContentViewRemoval, leavesThePageAloneUnderThePointer)
     }
 }
 
-TEST_F(ContentViewRemoval, letsTheViewFollowTheKeyboard)
+TEST_F(ContentViewRemoval, scrollsToTheNextButtonIfAKeyWasUsed)
 {
     std::vector<std::string> many;
     for (int number = 0; number < 20; ++number)
@@ -179,7 +178,7 @@ TEST_F(ContentViewRemoval, letsTheViewFollowTheKeyboard)
     EXPECT_TRUE(waitUntil([&] { return window->rect().contains(placeOf(next)); }));
 }
 
-TEST_F(ContentViewRemoval, leavesTheFocusWhereItIsWhenOtherRowsChange)
+TEST_F(ContentViewRemoval, keepsTheFocusWhenOtherRowsChange)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     QWidget& kept = removeButton("/media/c");
@@ -197,7 +196,7 @@ TEST_F(ContentViewRemoval, leavesTheFocusWhereItIsWhenOtherRowsChange)
     EXPECT_EQ(&kept, &removeButton("/media/c"));
 }
 
-TEST_F(ContentViewRemoval, leavesTheFocusOnNoButtonThatIsDisabledUnderIt)
+TEST_F(ContentViewRemoval, doesNothingOnSpaceOnceTheFocusedButtonIsDisabled)
 {
     addReviewFolders({"/media/a", "/media/b"});
     reachByTab(removeButton("/media/b"));

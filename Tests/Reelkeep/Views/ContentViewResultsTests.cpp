@@ -34,7 +34,7 @@ protected:
         prepare(onCard, onDisk);
         analyse();
     }
-    /// The three counters as a screen reader says them.
+    /// The three counters as a screen reader reads them.
     QStringList cards() const
     {
         QStringList spokenCards;
@@ -45,7 +45,7 @@ protected:
         }
         return spokenCards;
     }
-    /// What stands beside the heading.
+    /// The date beside the heading, or an empty text.
     QString headingDate() const
     {
         const QStringList all = words();
@@ -101,7 +101,7 @@ TEST_F(ContentViewResults, showABarWhileAnalysing)
     EXPECT_EQ(bar(), nullptr);
 }
 
-TEST_F(ContentViewResults, showTheFirstAnalysisOverTheEmptyState)
+TEST_F(ContentViewResults, keepTheEmptyStateDuringTheFirstAnalysis)
 {
     prepare(5, 3);
     files->close();
@@ -197,7 +197,7 @@ TEST_F(ContentViewResults, keepTheListWhenACopyFails)
     EXPECT_EQ(bar(), nullptr);
 }
 
-TEST_F(ContentViewResults, stayWhenAnAnalysisFails)
+TEST_F(ContentViewResults, stayUnchangedWhenAnAnalysisFails)
 {
     prepareAndAnalyse(4, 1);
     const QStringList before = cards();
@@ -254,7 +254,7 @@ TEST_F(ContentViewResults, letTheKeyboardCopyThePathOfTheCurrentRow)
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("DCIM/100CANON/MVI_1001.MOV"));
 }
 
-TEST_F(ContentViewResults, offerNoOtherTextForSelection)
+TEST_F(ContentViewResults, letOnlyPathsBeSelected)
 {
     prepareAndAnalyse(3, 0);
     for (const TextWidget* text : shownTexts(*content)) {
@@ -284,7 +284,7 @@ TEST_F(ContentViewResults, buildOnlyTheRowsInView)
     EXPECT_LT(content->findChildren<QWidget*>().size(), 400);
 }
 
-TEST_F(ContentViewResults, readRowsAsAPersonWould)
+TEST_F(ContentViewResults, giveScreenReadersTheNamePathAndSizeOfARow)
 {
     files->add("/card/DCIM/MVI_1.MOV", 1'840'000'000);
     chooseCamera("/card");
@@ -304,7 +304,7 @@ void PrintTo(const Size& size, std::ostream* stream)
 }
 class ContentViewResultsSize : public ContentViewResults, public testing::WithParamInterface<Size> {};
 
-TEST_P(ContentViewResultsSize, areThoseOfFileBrowsers)
+TEST_P(ContentViewResultsSize, areFormattedAsInFileBrowsers)
 {
     files->add("/card/a.MOV", GetParam().bytes);
     chooseCamera("/card");
@@ -329,7 +329,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Size{1'840'000'000, "1,84 GB", "1.84 GB"}, Size{3'000'000'000, "3 GB", "3 GB"},
                     Size{3'100'000'000, "3,1 GB", "3.1 GB"}, Size{1'250'000'000'000, "1,25 TB", "1.25 TB"}));
 
-TEST_F(ContentViewResults, writeTheDateAsTheLocaleDoes)
+TEST_F(ContentViewResults, formatTheDateByTheLocale)
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
     prepareAndAnalyse(1, 0);
@@ -352,7 +352,7 @@ TEST_F(ContentViewResults, centreTheTextsOfTheEmptyState)
     EXPECT_LE(note.width(), 520);
 }
 
-TEST_F(ContentViewResults, giveASpareHeightToTheList)
+TEST_F(ContentViewResults, giveSpareHeightToTheList)
 {
     prepareAndAnalyse(100, 0);
     resizeToContent(1148);

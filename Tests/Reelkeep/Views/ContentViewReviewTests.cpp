@@ -17,7 +17,7 @@ const QString add = QStringLiteral("Anadir ubicaciones");
 class ContentViewReview : public WindowTest {
 protected:
     QStringList sectionWords() const { return wordsIn(QStringLiteral("Paso 3, Ubicaciones a revisar")); }
-    /// What the rows show: name, path, and the tag where there is one.
+    /// The texts of each row: name, path, and the tag if there is one.
     QList<QStringList> rows() const
     {
         QList<QStringList> found;
@@ -46,7 +46,7 @@ protected:
         QTest::mouseClick(removeButtons().at(std::size_t(row)), Qt::LeftButton);
         settle();
     }
-    /// How many, of what, and which.
+    /// The count, what is counted, and the path or the number of folders.
     QStringList summary() const { return sectionWords().mid(wordsOfHead, 3); }
     QString badge() const { return sectionWords().mid(0, wordsOfHead).back(); }
 
@@ -66,7 +66,7 @@ TEST_F(ContentViewReview, areNoneAtFirst)
     EXPECT_TRUE(button(add).isEnabled());
 }
 
-TEST_F(ContentViewReview, areTheCopyDestinationWhereNothingElseIsChosen)
+TEST_F(ContentViewReview, areOnlyTheCopyDestinationIfNothingElseIsChosen)
 {
     chooseDestination("/media/ana/Archivo");
     EXPECT_EQ(rows(), (QList<QStringList>{
@@ -89,7 +89,7 @@ TEST_F(ContentViewReview, areAddedInTheOrderOfTheDialog)
                                  "Selecciona uno o varios HDs o carpetas a revisar")});
 }
 
-TEST_F(ContentViewReview, areListedOnceThoughTheCopyDestinationIsAmongThem)
+TEST_F(ContentViewReview, includeTheCopyDestinationOnce)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/A"});
     chooseDestination("/media/ana/A");
@@ -99,7 +99,7 @@ TEST_F(ContentViewReview, areListedOnceThoughTheCopyDestinationIsAmongThem)
     EXPECT_EQ(summary().front(), QStringLiteral("2"));
 }
 
-TEST_F(ContentViewReview, canBeRemovedButForTheCopyDestination)
+TEST_F(ContentViewReview, canBeRemovedExceptTheCopyDestination)
 {
     chooseDestination("/media/ana/A");
     addReviewFolders({"/media/ana/B", "/media/ana/C"});
@@ -111,7 +111,7 @@ TEST_F(ContentViewReview, canBeRemovedButForTheCopyDestination)
                                   {QStringLiteral("C"), QStringLiteral("/media/ana/C")}}));
 }
 
-TEST_F(ContentViewReview, areTheCopyDestinationByTheirWholePathAlone)
+TEST_F(ContentViewReview, areComparedWithTheCopyDestinationByTheirWholePath)
 {
     addReviewFolders({"/media/ana/Disco", "/media/luis/Disco"});
     chooseDestination("/media/luis/Disco");
@@ -124,7 +124,7 @@ TEST_F(ContentViewReview, areTheCopyDestinationByTheirWholePathAlone)
     EXPECT_EQ(session().destinationReviewFolders(), std::vector<Location>{Location("/media/luis/Disco")});
 }
 
-TEST_F(ContentViewReview, areRemovedWithEveryEntryOfTheirPath)
+TEST_F(ContentViewReview, areRemovedWithAllEntriesOfTheSamePath)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/A", "/media/ana/B"});
     EXPECT_EQ(session().destinationReviewFolders().size(), 3U);
@@ -160,7 +160,7 @@ TEST_F(ContentViewReview, cannotBeReducedToACopyDestinationThatIsNotChosen)
     EXPECT_FALSE(button(onlyDestination).isEnabled());
 }
 
-TEST_F(ContentViewReview, stayAsTheyWereWhenTheDialogIsCancelled)
+TEST_F(ContentViewReview, stayUnchangedWhenTheDialogIsCancelled)
 {
     addReviewFolders({"/media/ana/B"});
     const QStringList before = words();
@@ -169,7 +169,7 @@ TEST_F(ContentViewReview, stayAsTheyWereWhenTheDialogIsCancelled)
     EXPECT_EQ(words(), before);
 }
 
-TEST_F(ContentViewReview, giveTheRootItsWholePathForAName)
+TEST_F(ContentViewReview, showTheRootByItsPath)
 {
     addReviewFolders({"/"});
     EXPECT_EQ(rows(), (QList<QStringList>{{QStringLiteral("/"), QStringLiteral("/")}}));
@@ -187,7 +187,7 @@ TEST_F(ContentViewReview, moveTheTagWithTheCopyDestination)
     EXPECT_TRUE(removeButtons()[1]->isEnabled());
 }
 
-TEST_F(ContentViewReview, haveTheirTagAndButtonBelowTheirNameWhereTheFontLeavesNoRoomBesideIt)
+TEST_F(ContentViewReview, haveTheirTagAndButtonBelowTheirNameIfTheFontIsLarge)
 {
     chooseDestination("/media/ana/Archivo 2026");
     resize(480, 1000);
@@ -200,7 +200,7 @@ TEST_F(ContentViewReview, haveTheirTagAndButtonBelowTheirNameWhereTheFontLeavesN
     const FontChange change(designFont(2));
     settle();
     EXPECT_TRUE(standsBelow());
-    EXPECT_EQ(shownTexts(rowOf(*removeButtons()[0]))[0]->height(), 32) << "the name in one line";
+    EXPECT_EQ(shownTexts(rowOf(*removeButtons()[0]))[0]->height(), 32) << "the name is on one line";
 }
 
 TEST_F(ContentViewReview, keepANameWithoutSpacesInsideTheirRow)
@@ -242,7 +242,7 @@ TEST_F(ContentViewReview, letTheirPathsAndTheSummaryBeCopied)
     EXPECT_EQ(selectable, 2);
 }
 
-TEST_F(ContentViewReview, tellAScreenReaderWhatEachButtonRemoves)
+TEST_F(ContentViewReview, describeToScreenReadersWhatEachButtonRemoves)
 {
     addReviewFolders({"/media/ana/B", "/media/ana/C"});
     EXPECT_EQ(spoken(*removeButtons()[1]).text(QAccessible::Description), QStringLiteral("/media/ana/C"));

@@ -36,7 +36,7 @@ protected:
             if (!widget->isVisible() || list() == widget || (list() && list()->isAncestorOf(widget)))
                 continue;
             EXPECT_TRUE(widget->parentWidget()->rect().contains(widget->geometry()))
-                << nameOf(*widget) << " leaves " << nameOf(*widget->parentWidget());
+                << nameOf(*widget) << " sticks out of " << nameOf(*widget->parentWidget());
             EXPECT_GT(widget->width(), 0) << nameOf(*widget);
             EXPECT_GT(widget->height(), 0) << nameOf(*widget);
             expectWholeAt(*widget);
@@ -83,7 +83,7 @@ protected:
     }
 };
 
-TEST_P(ContentViewRoom, holdsEveryStateWithoutClippingOrOverlapping)
+TEST_P(ContentViewRoom, holdsAFreshWindowAndResultsWithoutClippingOrOverlapping)
 {
     const FontChange change(designFont(GetParam().fontScale));
     for (const WindowState state : {fresh, analysed}) {

@@ -35,7 +35,7 @@ protected:
     TextWidget& cardText(const QString& searched) const { return textIn(partName(), searched); }
 };
 
-TEST_P(ContentViewSetupCard, saysThatNothingIsChosenYet)
+TEST_P(ContentViewSetupCard, showsThatNothingIsChosenYet)
 {
     EXPECT_EQ(cardWords(),
               (QStringList{QString::fromLatin1(GetParam().step), QString::fromLatin1(GetParam().title),
@@ -64,7 +64,7 @@ TEST_P(ContentViewSetupCard, opensItsDialog)
     EXPECT_EQ(dialogs.shown, std::vector{ScriptedFolderDialogs::forOneFolder(GetParam().dialog)});
 }
 
-TEST_P(ContentViewSetupCard, staysAsItWasWhenItsDialogIsCancelled)
+TEST_P(ContentViewSetupCard, staysUnchangedWhenItsDialogIsCancelled)
 {
     const QStringList fresh = words();
     willCancel();
@@ -101,10 +101,9 @@ TEST_P(ContentViewSetupCard, letsItsPathBeSelectedAndCopied)
     EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("/media/ana/Julio 2026"));
 }
 
-TEST_P(ContentViewSetupCard, copiesAPathThatIsCutOffWhole)
+TEST_P(ContentViewSetupCard, copiesTheWholeOfAPathThatIsCut)
 {
-    const std::string longPath =
-        "/media" + std::string("/carpeta de nombre largo").append(1, '/') + std::string(900, 'x') + "/ultima";
+    const std::string longPath = "/media/carpeta de nombre largo/" + std::string(900, 'x') + "/ultima";
     choose(longPath);
     TextWidget& path = cardText(QString::fromStdString(longPath));
     EXPECT_EQ(path.height(), 3 * 13);
@@ -114,14 +113,14 @@ TEST_P(ContentViewSetupCard, copiesAPathThatIsCutOffWhole)
     EXPECT_EQ(QApplication::clipboard()->text().toStdString(), longPath);
 }
 
-TEST_P(ContentViewSetupCard, offersNoTextForSelectionButThePath)
+TEST_P(ContentViewSetupCard, letsOnlyItsPathBeSelected)
 {
     choose("/media/ana/Julio 2026");
     for (const TextWidget* text : shownTexts(part(partName())))
         EXPECT_EQ(text->isSelectable(), text->text().startsWith(u'/')) << text->text().toStdString();
 }
 
-TEST_P(ContentViewSetupCard, canAlwaysChoose)
+TEST_P(ContentViewSetupCard, offersItsDialogDuringAnAnalysis)
 {
     fill("/card", "/disk", 3, 1);
     chooseCamera("/card");
@@ -132,7 +131,7 @@ TEST_P(ContentViewSetupCard, canAlwaysChoose)
     EXPECT_TRUE(button(QString::fromLatin1(GetParam().button)).isEnabled());
 }
 
-TEST_P(ContentViewSetupCard, hasItsStepInItsAccent)
+TEST_P(ContentViewSetupCard, showsItsStepInItsAccent)
 {
     const TextWidget& step = cardText(QString::fromLatin1(GetParam().step));
     EXPECT_EQ(step.color().level, TextColor::Level::accent);
@@ -152,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Setup, ContentViewSetupCard,
 
 class ContentViewSetup : public WindowTest {};
 
-TEST_F(ContentViewSetup, givesTheStepsAtAGlance)
+TEST_F(ContentViewSetup, showsTheStepsInPills)
 {
     EXPECT_EQ(wordsIn(QStringLiteral("1, Camara, origen")),
               (QStringList{QStringLiteral("1"), QStringLiteral("Camara"), QStringLiteral("ORIGEN")}));
@@ -168,7 +167,7 @@ TEST_F(ContentViewSetup, showsTheFirstCopyDestinationAsReviewedToo)
     EXPECT_TRUE(wordsIn(QStringLiteral("Archivo, /media/ana/Archivo, Copia")).contains(QStringLiteral("Copia")));
 }
 
-TEST_F(ContentViewSetup, leavesTheOtherCardAlone)
+TEST_F(ContentViewSetup, changesOnlyTheCardOfTheChosenFolder)
 {
     chooseCamera("/media/ana/EOS");
     EXPECT_TRUE(wordsIn(QStringLiteral("Paso 2, Destino de copia"))

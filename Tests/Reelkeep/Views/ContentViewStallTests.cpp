@@ -18,8 +18,8 @@ constexpr int videoCount = 1'000'000;
 
 constexpr double allowedStall = 16; // milliseconds: one frame
 
-/// Ticks once a millisecond on the interface thread, as input would come in. What keeps it from ticking stalls the
-/// window. The thread's own time tells what the program did apart from what the machine did meanwhile.
+/// Ticks once a millisecond on the interface thread, which also handles input. Whatever delays a tick stalls the
+/// window. The thread's CPU time separates the window's own work from the load of the machine.
 class Watchdog {
 public:
     Watchdog()
@@ -57,7 +57,7 @@ private:
     Moment longest{};
 };
 
-/// A disk that takes so many files a second.
+/// A disk that takes a limited number of files per second.
 class PacedFiles : public StagedFiles {
 public:
     void copyItem(const Location& source, const Location& target, const std::stop_token& stop) override
@@ -95,7 +95,7 @@ protected:
     PacedFiles& disk() { return static_cast<PacedFiles&>(*files); }
 };
 
-TEST_F(ContentViewStall, areShortWhenManyVideosAreFoundAndPending)
+TEST_F(ContentViewStall, isShortWhenManyVideosAreFoundAndPending)
 {
     expectFluent("first analysis", [this] { analyse(); });
     ASSERT_EQ(list()->rowCount(), videoCount);
@@ -105,7 +105,7 @@ TEST_F(ContentViewStall, areShortWhenManyVideosAreFoundAndPending)
     EXPECT_EQ(list()->rowCount(), videoCount + 1);
 }
 
-TEST_F(ContentViewStall, areShortWhileTheListScrolls)
+TEST_F(ContentViewStall, isShortWhileTheListScrolls)
 {
     analyse();
     expectFluent("wheel over the list", [this] {
@@ -129,7 +129,7 @@ TEST_F(ContentViewStall, areShortWhileTheListScrolls)
     });
 }
 
-TEST_F(ContentViewStall, areShortDuringFiveThousandReportsASecond)
+TEST_F(ContentViewStall, isShortDuringFiveThousandReportsASecond)
 {
     analyse();
     disk().pause = std::chrono::microseconds(200);
@@ -140,7 +140,7 @@ TEST_F(ContentViewStall, areShortDuringFiveThousandReportsASecond)
     EXPECT_TRUE(status().startsWith(QStringLiteral("Copiando ")));
 }
 
-TEST_F(ContentViewStall, areShortDuringAsManyReportsAsADiskCanCause)
+TEST_F(ContentViewStall, isShortDuringReportsWithoutPause)
 {
     analyse();
     expectFluent("reports without pause, and the analysis after them", [this] {
@@ -150,7 +150,7 @@ TEST_F(ContentViewStall, areShortDuringAsManyReportsAsADiskCanCause)
     EXPECT_EQ(list(), nullptr);
 }
 
-TEST_F(ContentViewStall, areShortWhenTheWindowIsResized)
+TEST_F(ContentViewStall, isShortWhenTheWindowIsResized)
 {
     analyse();
     expectFluent("resizing", [this] {

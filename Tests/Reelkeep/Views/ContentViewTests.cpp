@@ -10,7 +10,7 @@
 namespace reelkeep {
 namespace {
 
-/// Counts how often the window reads its session again: its refreshes come from a precise timer that fires once.
+/// Counts the refreshes of the window, which are started by a precise single-shot timer.
 class RefreshCounter : public QObject {
 public:
     RefreshCounter() { QCoreApplication::instance()->installEventFilter(this); }
@@ -37,7 +37,7 @@ TEST_F(ContentViewTest, isCalledReelkeep)
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Reelkeep"));
 }
 
-TEST_F(ContentViewTest, beginsWithItsNameAndWhatItIsFor)
+TEST_F(ContentViewTest, beginsWithItsNameAndItsPurpose)
 {
     const QString name = QStringLiteral("Reelkeep");
     const QString purpose =
@@ -64,7 +64,7 @@ TEST_F(ContentViewTest, hasItsSixSectionsInOrder)
         EXPECT_GT(topOf(landmarks[index]), topOf(landmarks[index - 1])) << landmarks[index].toStdString();
 }
 
-TEST_F(ContentViewTest, speaksOnlyItsFixedTextsWhileFresh)
+TEST_F(ContentViewTest, showsOnlyItsFixedTextsAtFirst)
 {
     EXPECT_EQ(words().join(u'\n'), QStringLiteral(R"(Reelkeep
 Controla que tu material de camara ya este archivado en uno o varios discos y copia solo lo que falta al destino principal.
@@ -155,14 +155,14 @@ TEST_F(ContentViewTest, readsItsSessionOnceForSeveralWrites)
     session().setCopyDestinationFolder(Location("/one"));
     session().setCopyDestinationFolder(Location("/two"));
     session().setPreserveFolderStructure(false);
-    EXPECT_EQ(refreshes.count, 0) << "not while the writes go on";
+    EXPECT_EQ(refreshes.count, 0) << "no refresh between the writes";
     settle();
     EXPECT_EQ(refreshes.count, 1);
     EXPECT_TRUE(wordsIn(QStringLiteral("Paso 2, Destino de copia")).contains(QStringLiteral("/two")));
     EXPECT_FALSE(toggle().isChecked());
 }
 
-TEST_F(ContentViewTest, readsItsSessionNoMoreOftenThanTheScreenShows)
+TEST_F(ContentViewTest, readsItsSessionAtMostOncePerFrame)
 {
     settle();
     const RefreshCounter refreshes;
@@ -190,7 +190,7 @@ TEST_F(ContentViewTest, keepsItsScrollPositionWhenResultsArrive)
     EXPECT_EQ(scrollBar->value(), 750);
 }
 
-TEST_F(ContentViewTest, showsNamesAsTheyAreWhateverTheyContain)
+TEST_F(ContentViewTest, showsNamesLiterally)
 {
     const std::vector<std::string> names = {"<b>x<br>y.MOV", "%1 %2 %n.MOV", "&amp; &x.MOV", "a\nb\tc.MOV",
                                             "roto\xff.MOV"};

@@ -15,7 +15,7 @@
 namespace reelkeep {
 namespace {
 
-/// What the window has no room for, under the pointer.
+/// The whole of a text that the window has to cut, shown under the pointer.
 class ContentViewToolTip : public WindowTest {
 protected:
     ~ContentViewToolTip() override { hideTip(); }
@@ -39,7 +39,7 @@ protected:
         EXPECT_TRUE(Qt::mightBeRichText(tip.text()));
         return QTextDocumentFragment::fromHtml(tip.text()).toPlainText();
     }
-    /// The text without the ends of the lines that it is broken into.
+    /// The text without its line breaks.
     static QString unbroken(QString text) { return text.remove(u'\n'); }
     void restPointerOn(QWidget& widget)
     {
@@ -48,7 +48,7 @@ protected:
         QTest::mouseMove(window->windowHandle(), widget.mapTo(window.get(), QPoint(20, 8)));
         QTest::mouseMove(window->windowHandle(), widget.mapTo(window.get(), QPoint(22, 8)));
     }
-    /// What the toolkit does when the pointer has rested, without the rest.
+    /// Requests the tool tip at once, as the toolkit does when the pointer has rested.
     static bool wantsToolTip(QWidget& widget)
     {
         hideTip();
@@ -60,7 +60,7 @@ protected:
 
 const std::string longPath = "/media/ana/" + std::string(40, 'a') + "/<b>Boda &amp; %1</b>/" + std::string(1500, 'x');
 
-TEST_F(ContentViewToolTip, showsAllOfAPathOfMoreThanThreeLines)
+TEST_F(ContentViewToolTip, showsTheWholeOfAPathOfMoreThanThreeLines)
 {
     chooseCamera(longPath);
     chooseDestination(longPath);
@@ -76,7 +76,7 @@ TEST_F(ContentViewToolTip, showsAllOfAPathOfMoreThanThreeLines)
     }
 }
 
-TEST_F(ContentViewToolTip, showsAllOfAChoiceThatIsCutInTheMiddle)
+TEST_F(ContentViewToolTip, showsTheWholeOfAChoiceThatIsCutInTheMiddle)
 {
     const std::string name(300, 'y');
     chooseDestination("/media/ana/" + name);
@@ -97,7 +97,7 @@ TEST_F(ContentViewToolTip, showsControlCharactersAsTheWindowDoes)
     EXPECT_TRUE(unbroken(words(*tip())).startsWith(QStringLiteral("/card/a\u240Ab")));
 }
 
-TEST_F(ContentViewToolTip, isMissingWhereverNothingIsCut)
+TEST_F(ContentViewToolTip, isAbsentIfNothingIsCut)
 {
     enterState(WindowState::analysed);
     for (const int width : {480, 1148}) {
@@ -108,7 +108,7 @@ TEST_F(ContentViewToolTip, isMissingWhereverNothingIsCut)
     }
 }
 
-TEST_F(ContentViewToolTip, standsWhereverAnEllipsisStandsAndNowhereElse)
+TEST_F(ContentViewToolTip, isThereExactlyIfThereIsAnEllipsis)
 {
     for (const int length : {100, 200, 300, 1000}) {
         chooseCamera("/media/" + std::string(std::size_t(length), 'x'));
@@ -116,7 +116,7 @@ TEST_F(ContentViewToolTip, standsWhereverAnEllipsisStandsAndNowhereElse)
             resize(width, 1000);
             TextWidget& path =
                 textIn(QStringLiteral("Paso 1, Camara o tarjeta"), displayText(session().sourceFolder()->path()));
-            // The last character is drawn in the third line unless the text is cut before it.
+            // All characters that are cut off have the place of the ellipsis.
             const bool isWhole = path.characterRect(length).right() <= path.width() &&
                                  path.characterRect(length + 6) != path.characterRect(length + 5);
             EXPECT_NE(wantsToolTip(path), isWhole) << length << " at " << width;

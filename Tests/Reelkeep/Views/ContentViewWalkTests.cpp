@@ -50,7 +50,7 @@ const std::vector<QKeyCombination> strikes = {Qt::Key_Up,
                                               Qt::SHIFT | Qt::Key_Right,
                                               Qt::CTRL | Qt::Key_End};
 
-/// Every key on every control: a stray one must change nothing.
+/// Every key is pressed on every control: a stray one must change nothing.
 class ContentViewWalk : public WindowTest, public testing::WithParamInterface<WindowState> {
 protected:
     void SetUp() override
@@ -59,7 +59,7 @@ protected:
         resize(1148, 700);
     }
     QScrollBar& page() const { return *window->scrollArea()->verticalScrollBar(); }
-    /// All that can have the focus: the content as a whole, and the stops of the Tab key.
+    /// Everything that can have the focus: the content as a whole, and the widgets in the Tab order.
     std::vector<QWidget*> controls() const
     {
         std::vector<QWidget*> found = {content};
@@ -71,7 +71,7 @@ protected:
         }
         return found;
     }
-    /// Whether the manual says that this key works this control.
+    /// Whether the manual page gives this key a use on this control.
     static bool works(Qt::Key key, const QWidget& control)
     {
         static const std::set<Qt::Key> pressing = {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter};
@@ -92,7 +92,7 @@ protected:
     }
 };
 
-TEST_P(ContentViewWalk, changesNothingByKeysThatTheManualDoesNotName)
+TEST_P(ContentViewWalk, ignoresKeysThatTheManualDoesNotName)
 {
     const Snapshot before = snapshot(session());
     const std::size_t dialogsBefore = dialogs.shown.size();
@@ -121,7 +121,7 @@ TEST_P(ContentViewWalk, changesNothingByKeysThatTheManualDoesNotName)
     }
 }
 
-TEST_P(ContentViewWalk, scrollsTheWindowWithTheSameKeysFromEveryControlThatDoesNotUseThem)
+TEST_P(ContentViewWalk, scrollsTheWindowFromEveryControlThatDoesNotUseTheKey)
 {
     for (QWidget* control : controls()) {
         const bool usesAll = qobject_cast<RowList*>(control);
@@ -145,7 +145,7 @@ TEST_P(ContentViewWalk, scrollsTheWindowWithTheSameKeysFromEveryControlThatDoesN
     }
 }
 
-TEST_P(ContentViewWalk, changesNothingByTheWheel)
+TEST_P(ContentViewWalk, changesNothingWithTheWheel)
 {
     const Snapshot before = snapshot(session());
     for (QWidget* widget : content->findChildren<QWidget*>()) {

@@ -8,7 +8,7 @@
 namespace reelkeep {
 namespace {
 
-TEST(FileDialogParts, areAllKnownToThisToolkit)
+TEST(FileDialogParts, areAllFoundInThisVersionOfTheToolkit)
 {
     QFileDialog dialog;
     dialog.setOption(QFileDialog::DontUseNativeDialog);

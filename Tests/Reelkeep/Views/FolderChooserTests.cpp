@@ -27,7 +27,7 @@
 namespace reelkeep {
 namespace {
 
-/// The dialog on a folder of the test's, and a person at it.
+/// The dialog, opened on the test's folder, and the actions of a user.
 class FolderChooserTest : public testing::Test {
 protected:
     FolderChooserTest()
@@ -120,7 +120,7 @@ TEST_F(FolderChooserTest, speaksSpanishWithoutAccents)
     EXPECT_EQ(spokenName(rows()), QStringLiteral("Carpetas"));
 }
 
-TEST_F(FolderChooserTest, showsThePlacesByNameEachWithASymbolOfItsOwn)
+TEST_F(FolderChooserTest, showsPlacesByNameWithDifferentSymbols)
 {
     QDir devices(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) + QStringLiteral("/gvfs"));
     const QString camera = devices.filePath(QStringLiteral("mtp:host=SONY_ILCE-7M4"));
@@ -140,7 +140,7 @@ TEST_F(FolderChooserTest, showsThePlacesByNameEachWithASymbolOfItsOwn)
         symbols.push_back(icon.pixmap(QSize(18, 18), 1.0).toImage());
         EXPECT_EQ(std::count(symbols.begin(), symbols.end(), symbols.back()), 1) << label.toStdString();
     }
-    // The file system model reports changes of the folders all the time.
+    // The file system model may report a change of a folder at any time.
     const QModelIndex changed = parts->model->index(camera);
     emit parts->model->dataChanged(changed, changed);
     emit parts->model->layoutChanged();
@@ -161,7 +161,7 @@ TEST_F(FolderChooserTest, drawsAllSymbolsAtOneSize)
     EXPECT_EQ(parts->sidebar->iconSize(), QSize(36, 36));
 }
 
-TEST_F(FolderChooserTest, takesNoPlaceOutOfItsSidebarByAMenu)
+TEST_F(FolderChooserTest, hasNoMenuThatRemovesPlaces)
 {
     open();
     EXPECT_EQ(parts->sidebar->contextMenuPolicy(), Qt::NoContextMenu);
@@ -220,7 +220,7 @@ TEST_F(FolderChooserTest, choosesNothingWhileTheWholeComputerIsShown)
     EXPECT_FALSE(button("Seleccionar").isEnabled());
 }
 
-TEST_F(FolderChooserTest, saysThatATypedFolderWasNotFound)
+TEST_F(FolderChooserTest, reportsThatATypedFolderWasNotFound)
 {
     open();
     const QString wrong = inside("<b>no existe</b>");
@@ -234,7 +234,7 @@ TEST_F(FolderChooserTest, saysThatATypedFolderWasNotFound)
     EXPECT_FALSE(words().contains(sentence));
 }
 
-TEST_F(FolderChooserTest, doesNotTakeAFileForAFolder)
+TEST_F(FolderChooserTest, doesNotAcceptAFile)
 {
     folder.file("un video.MOV");
     open();
@@ -243,7 +243,7 @@ TEST_F(FolderChooserTest, doesNotTakeAFileForAFolder)
     EXPECT_FALSE(isAccepted());
 }
 
-TEST_F(FolderChooserTest, takesATypedQuoteAsALetter)
+TEST_F(FolderChooserTest, acceptsATypedQuoteAsPartOfAName)
 {
     for (const QString& typed : {inside("Disco 2\""), QStringLiteral("Disco 2\"")}) {
         open();
@@ -254,7 +254,7 @@ TEST_F(FolderChooserTest, takesATypedQuoteAsALetter)
     }
 }
 
-TEST_F(FolderChooserTest, takesSeveralClickedFoldersWithQuotesInTheirNames)
+TEST_F(FolderChooserTest, acceptsSeveralClickedFoldersWithQuotesInTheirNames)
 {
     open(true);
     click("Disco 2\"");
@@ -263,7 +263,7 @@ TEST_F(FolderChooserTest, takesSeveralClickedFoldersWithQuotesInTheirNames)
     EXPECT_EQ(chooser->chosenFolders(), (QStringList{inside("Disco 2\""), inside("Disco B")}));
 }
 
-TEST_F(FolderChooserTest, takesSeveralTypedNamesInQuotes)
+TEST_F(FolderChooserTest, acceptsSeveralTypedNamesInQuotes)
 {
     open(true);
     type(QStringLiteral("\"Disco B\" \"%1\"").arg(inside("Disco A")));
@@ -271,7 +271,7 @@ TEST_F(FolderChooserTest, takesSeveralTypedNamesInQuotes)
     EXPECT_EQ(chooser->chosenFolders(), (QStringList{inside("Disco B"), inside("Disco A")}));
 }
 
-TEST_F(FolderChooserTest, takesOnlyTheFirstOfSeveralTypedNamesIfItMayChooseOne)
+TEST_F(FolderChooserTest, acceptsOnlyTheFirstOfSeveralTypedNamesIfOneIsAllowed)
 {
     open();
     type(QStringLiteral("\"Disco B\" \"Disco A\""));
@@ -279,7 +279,7 @@ TEST_F(FolderChooserTest, takesOnlyTheFirstOfSeveralTypedNamesIfItMayChooseOne)
     EXPECT_EQ(chooser->chosenFolders(), QStringList{inside("Disco B")});
 }
 
-TEST_F(FolderChooserTest, takesAPathThatAssistiveTechnologyTypesWithoutTheFocus)
+TEST_F(FolderChooserTest, acceptsAPathThatAssistiveTechnologyEntersWithoutFocus)
 {
     const QString deep = QString::fromStdString(folder.folder("Disco A/DCIM").path());
     open();
@@ -290,7 +290,7 @@ TEST_F(FolderChooserTest, takesAPathThatAssistiveTechnologyTypesWithoutTheFocus)
     EXPECT_EQ(chooser->chosenFolders(), QStringList{deep});
 }
 
-TEST_F(FolderChooserTest, knowsTheTildeOfHome)
+TEST_F(FolderChooserTest, expandsTheTilde)
 {
     open();
     type(QStringLiteral("~"));
@@ -311,7 +311,7 @@ TEST_F(FolderChooserTest, closesItsCompletions)
     EXPECT_FALSE(completions->isVisible());
 }
 
-TEST_F(FolderChooserTest, keepsItsNamesReadableOnAnySize)
+TEST_F(FolderChooserTest, keepsNamesReadableAtEverySize)
 {
     for (const double scale : {1.0, 1.5}) {
         const FontChange change(designFont(scale));

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::chrono::seconds patience{10};
 
-/// What the desktop shows of a device that is no disk, for the length of a test.
+/// Devices that are not disks, as the desktop shows them, for the duration of a test.
 class MountedVolumes : public testing::Test {
 protected:
     ~MountedVolumes() override { devices.removeRecursively(); }

@@ -25,7 +25,7 @@
 namespace reelkeep {
 namespace {
 
-/// The real dialog, worked by a person who stands at it while it is open.
+/// The real dialog, operated by a function while it is open.
 class QtFolderDialog : public testing::Test {
 protected:
     QtFolderDialog()
@@ -36,7 +36,7 @@ protected:
     }
     Location inside(const char* name) const { return folder / name; }
 
-    /// Shows the dialog on the test's folder and lets `person` work it once it lists what is there.
+    /// Shows the dialog on the test's folder and calls `person` once the folders are listed.
     FolderDialog::Response run(const std::function<void(QFileDialog&)>& person)
     {
         QTimer arrival;
@@ -219,7 +219,7 @@ TEST_F(QtFolderDialog, giveTheFolderThatWasClicked)
     EXPECT_EQ(dialog->URLs(), std::vector<Location>{inside("Disco B")});
 }
 
-TEST_F(QtFolderDialog, giveOneFolderWhereOneIsAskedFor)
+TEST_F(QtFolderDialog, giveOneFolderIfOneIsAllowed)
 {
     run([](QFileDialog& shown) {
         click(shown, "Disco A");
@@ -241,7 +241,7 @@ TEST_F(QtFolderDialog, giveTheFolderThatWasTyped)
     EXPECT_EQ(dialog->URL(), inside("Disco A/DCIM"));
 }
 
-TEST_F(QtFolderDialog, giveTheFolderThatIsShownWhereNoneIsSelected)
+TEST_F(QtFolderDialog, giveTheFolderThatIsShownIfNoneIsSelected)
 {
     const auto response = run([](QFileDialog& shown) { accept(shown); });
     EXPECT_EQ(response, FolderDialog::Response::ok);
@@ -258,7 +258,7 @@ TEST_F(QtFolderDialog, giveTheRoot)
     EXPECT_EQ(dialog->URL(), Location("/"));
 }
 
-TEST_F(QtFolderDialog, giveAFolderWithMarksInItsName)
+TEST_F(QtFolderDialog, giveAFolderWithSpecialCharactersInItsName)
 {
     const char* name = "C\xc3\xa1mara & <b>50%1";
     folder.folder(name);
@@ -339,7 +339,7 @@ TEST_F(QtFolderDialog, giveNothingWhenClosed)
     EXPECT_TRUE(dialog->URLs().empty());
 }
 
-TEST_F(QtFolderDialog, giveNothingWhenTheirWindowGoes)
+TEST_F(QtFolderDialog, giveNothingWhenTheirWindowIsDestroyed)
 {
     auto window = std::make_unique<QWidget>();
     showActive(*window);
@@ -378,14 +378,14 @@ TEST_F(QtFolderDialog, renameAndDeleteNothing)
               (std::vector<std::string>{"Disco A", "Disco A/DCIM", "Disco B", "Disco C", "un video.MOV"}));
 }
 
-TEST_F(QtFolderDialog, offerNothingInTheirMenuThatChangesTheDisk)
+TEST_F(QtFolderDialog, offerNoMenuEntryThatChangesTheDisk)
 {
     bool isSeen = false;
     QStringList offered;
     run([&](QFileDialog& shown) {
         const QModelIndex index = rowOf(shown, QStringLiteral("Disco B"));
         const QPoint place = view(shown).visualRect(index).center();
-        // The menu may be modal: it is read, and closed, from inside.
+        // The menu may be modal, so a timer reads it and closes it.
         QTimer reader;
         QObject::connect(&reader, &QTimer::timeout, &reader, [&] {
             auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
@@ -420,7 +420,7 @@ TEST_F(QtFolderDialog, speakSpanish)
     EXPECT_EQ(texts, (QStringList{QStringLiteral("Seleccionar"), QStringLiteral("Cancelar")}));
 }
 
-TEST_F(QtFolderDialog, leaveNothingBehind)
+TEST_F(QtFolderDialog, writeNoFiles)
 {
     const Location home(QDir::homePath().toStdString());
     const auto before = everythingBelow(home);

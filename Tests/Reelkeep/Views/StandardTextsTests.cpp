@@ -15,7 +15,7 @@ TEST(StandardTexts, areSpanishWithoutAccents)
     EXPECT_EQ(texts.translate("QFileSystemModel", "Size", nullptr, -1), QStringLiteral("Tamano"));
 }
 
-TEST(StandardTexts, leaveToOthersWhatTheyDoNotKnow)
+TEST(StandardTexts, leaveOtherTextsUntranslated)
 {
     EXPECT_TRUE(StandardTexts().translate("reelkeep::ContentView", "Camara", nullptr, -1).isNull());
 }

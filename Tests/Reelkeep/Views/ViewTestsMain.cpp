@@ -12,21 +12,21 @@
 
 namespace {
 
-/// Common screens beside each other, in pixels; the first is the primary one.
+/// Common screens side by side, in pixels; the first is the primary one.
 const char* const screens = R"({"screens": [
     {"name": "full", "x": 0, "y": 0, "width": 1920, "height": 1080},
     {"name": "laptop", "x": 2000, "y": 0, "width": 1366, "height": 768},
     {"name": "small", "x": 3500, "y": 0, "width": 800, "height": 600},
     {"name": "tall", "x": 4500, "y": 0, "width": 3000, "height": 3000},
     {"name": "uneven", "x": 8000, "y": 0, "width": 4500, "height": 4500}]})";
-/// Pixels to the point. A "dpr" among the screens' properties would reach only the screens: windows keep 1.
+/// Pixels per point. A "dpr" property of a screen would not affect the windows on it.
 const char* const scales = "uneven=1.5";
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    // What the tests see must not depend on the desktop they happen to run on, nor leave anything in its home.
+    // The tests must neither depend on the desktop that they run on nor leave anything in its home.
     const QTemporaryDir home;
     for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
         qputenv(variable, home.path().toUtf8());

@@ -40,7 +40,7 @@ TEST_F(Accessible, readsATextByItsWords)
     EXPECT_FALSE(text.state().selectableText);
 }
 
-TEST_F(Accessible, takesATitleForAHeading)
+TEST_F(Accessible, readsATitleAsAHeading)
 {
     EXPECT_EQ(made(Text("Videos pendientes").title3()).role(), QAccessible::Heading);
 }
@@ -79,19 +79,19 @@ TEST_F(Accessible, findsTheCharactersOfASelectableTextOnTheScreen)
     EXPECT_EQ(characters->offsetAtPoint(fourth.center() - QPoint(1, 0)), 3);
 }
 
-TEST_F(Accessible, doesNotReadATextThatCannotBeSelectedByCharacters)
+TEST_F(Accessible, readsATextThatCannotBeSelectedOnlyAsAWhole)
 {
     EXPECT_EQ(made(Text("Listo")).textInterface(), nullptr);
 }
 
-TEST_F(Accessible, takesATextThatAnnouncesItselfForAStatusBar)
+TEST_F(Accessible, readsAnAnnouncedTextAsAStatusBar)
 {
     const auto& text = made(Text([] { return QStringLiteral("Escaneando videos..."); }).announced());
     EXPECT_EQ(text.role(), QAccessible::StatusBar);
     EXPECT_EQ(text.text(QAccessible::Name), QStringLiteral("Escaneando videos..."));
 }
 
-TEST_F(Accessible, readsTheCurrentCharactersOfATextThatAnnouncesItself)
+TEST_F(Accessible, readsTheCurrentCharactersOfAnAnnouncedText)
 {
     int count = 0;
     View view = Text([&] { return QStringLiteral("Copiando %1/9").arg(++count); }).announced();
@@ -117,12 +117,12 @@ TEST_F(Accessible, pressesAButton)
     EXPECT_TRUE(waitUntil([&] { return presses == 1; }));
 }
 
-TEST_F(Accessible, tellsThatAButtonIsDisabled)
+TEST_F(Accessible, reportsThatAButtonIsDisabled)
 {
     EXPECT_TRUE(made(PushButton("Quitar", [] {}).enabled([] { return false; })).state().disabled);
 }
 
-TEST_F(Accessible, tellsWhatAButtonIsFor)
+TEST_F(Accessible, describesAButton)
 {
     const auto& button = made(PushButton("Quitar", [] {}).accessibleDescription(QStringLiteral("/media/ana")));
     EXPECT_EQ(button.text(QAccessible::Description), QStringLiteral("/media/ana"));
@@ -202,7 +202,7 @@ TEST_F(Accessible, readsANamedBoxAsAGroup)
     EXPECT_EQ(group.childCount(), 2);
 }
 
-TEST_F(Accessible, findsNeitherDecorationNorWhatIsHidden)
+TEST_F(Accessible, findsNeitherDecorationNorHiddenWidgets)
 {
     bool isShown = false;
     View view =
@@ -283,7 +283,7 @@ TEST_F(AccessibleList, buildsNoWidgetsForTheRowsItReads)
     EXPECT_EQ(list.builtRowCount(), before);
 }
 
-TEST_F(AccessibleList, findsTheRowAtAPlace)
+TEST_F(AccessibleList, findsTheRowAtAPoint)
 {
     const QPoint place = list.viewport()->mapToGlobal(QPoint(20, 10 + 2 * 49 + 5));
     ASSERT_NE(interface().childAt(place.x(), place.y()), nullptr);
@@ -300,7 +300,7 @@ TEST_F(AccessibleList, followsTheCurrentRow)
     EXPECT_FALSE(interface().child(0)->state().focused);
 }
 
-TEST_F(AccessibleList, learnsThatARowIsGone)
+TEST_F(AccessibleList, reportsRowsThatAreGoneAsInvalid)
 {
     QAccessibleInterface* item = interface().child(50);
     QAccessibleInterface* part = item->child(1);
@@ -342,7 +342,7 @@ TEST_F(AccessibleList, survivesTenThousandChangesOfTheRecordsItIsReading)
     }
 }
 
-TEST_F(Accessible, holdsRowsThatOutliveTheirList)
+TEST_F(Accessible, invalidatesRowsThatOutliveTheirList)
 {
     auto list = std::make_unique<RowList>(
         RowList::Source{.makeRow =

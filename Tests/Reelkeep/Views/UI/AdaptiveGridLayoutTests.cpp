@@ -59,7 +59,7 @@ TEST_F(AdaptiveGridLayoutTest, leavesAColumnEmptyRatherThanWidenTheCards)
     EXPECT_EQ(cards[2]->geometry(), QRect(5 + 556, 7, 266, 100));
 }
 
-TEST_F(AdaptiveGridLayoutTest, continuesBelow)
+TEST_F(AdaptiveGridLayoutTest, continuesInANewRow)
 {
     place(452);
     EXPECT_EQ(cards[2]->geometry(), QRect(5, 7 + 112, 220, 100));
@@ -85,13 +85,13 @@ TEST_F(AdaptiveGridLayoutTest, usesTheWholeWidthWhateverTheRounding)
     }
 }
 
-TEST_F(AdaptiveGridLayoutTest, givesALoneColumnTheWholeWidthAlsoWhereThatIsLessThanItsMinimum)
+TEST_F(AdaptiveGridLayoutTest, givesALoneColumnTheWholeWidthEvenBelowItsMinimum)
 {
     place(150);
     EXPECT_EQ(cards[0]->width(), 150);
 }
 
-TEST_F(AdaptiveGridLayoutTest, asksForNoMoreThanItsWidestCard)
+TEST_F(AdaptiveGridLayoutTest, needsNoMoreWidthThanItsWidestCard)
 {
     EXPECT_EQ(layout->minimumSize().width(), 90);
 }

@@ -26,13 +26,13 @@ protected:
     QElapsedTimer sinceLast;
 };
 
-TEST_F(AnnouncerTest, areMadeAtOnceAfterAQuietTime)
+TEST_F(AnnouncerTest, announcesAtOnceAfterAQuietTime)
 {
     announcer->announce(QStringLiteral("Escaneando videos..."));
     EXPECT_EQ(spoken, QStringList{QStringLiteral("Escaneando videos...")});
 }
 
-TEST_F(AnnouncerTest, doNotFlood)
+TEST_F(AnnouncerTest, doesNotFlood)
 {
     for (int count = 0; count < 5000; ++count) {
         announcer->announce(QStringLiteral("Copiando %1/5000").arg(count));
@@ -42,7 +42,7 @@ TEST_F(AnnouncerTest, doNotFlood)
     EXPECT_EQ(spoken.size(), 1);
 }
 
-TEST_F(AnnouncerTest, tellTheNewestAfterSomeSeconds)
+TEST_F(AnnouncerTest, announcesTheNewestTextAfterSomeSeconds)
 {
     announcer->announce(QStringLiteral("Copiando 0/3"));
     QElapsedTimer waited;
@@ -54,7 +54,7 @@ TEST_F(AnnouncerTest, tellTheNewestAfterSomeSeconds)
     EXPECT_EQ(spoken, (QStringList{QStringLiteral("Copiando 0/3"), QStringLiteral("Copiando 2/3")}));
 }
 
-TEST_F(AnnouncerTest, areNotRepeated)
+TEST_F(AnnouncerTest, doesNotRepeatAText)
 {
     announcer->announce(QStringLiteral("Escaneando videos..."));
     announcer->announce(QStringLiteral("Escaneando videos..."));

@@ -33,7 +33,7 @@ double ratioOnWindow(const QColor& color, const Appearance& appearance)
     return Appearance::contrast(Appearance::over(color, appearance.window()), appearance.window());
 }
 
-TEST(Appearance, tellsLightFromDarkByThePalette)
+TEST(Appearance, recognisesDarkPalettes)
 {
     EXPECT_FALSE(Appearance(lightPalette()).isDark());
     EXPECT_TRUE(Appearance(darkPalette()).isDark());
@@ -41,7 +41,7 @@ TEST(Appearance, tellsLightFromDarkByThePalette)
         EXPECT_EQ(Appearance(palette).isDark(), name == "dark" || name.find("Dark") != std::string::npos) << name;
 }
 
-TEST(Appearance, tellsHighContrastByThePalette)
+TEST(Appearance, recognisesHighContrastPalettes)
 {
     for (const auto& [name, palette] : highContrastPalettes())
         EXPECT_TRUE(Appearance(palette).isHighContrast()) << name;
@@ -61,7 +61,7 @@ TEST(Appearance, hasTheTextColoursOfTheDesign)
     expectClose(Appearance::over(dark.tertiary(), dark.window()), grey(146), "tertiary, dark");
 }
 
-TEST(Appearance, countsStrokesAndGreyFillsFromAWeakerSecondaryThanTexts)
+TEST(Appearance, derivesStrokesAndGreyFillsFromAWeakerSecondaryThanTexts)
 {
     const Appearance light(lightPalette());
     expectClose(Appearance::over(light.secondaryFill(0.15), grey(237)), grey(218), "stroke, light");
@@ -97,20 +97,20 @@ TEST(Appearance, leavesAFaceThatIsDarkEnoughAlone)
     EXPECT_EQ(Appearance::prominentFace({0, 0, 120}).rgb(), QColor(0, 0, 120).rgb());
 }
 
-TEST(Appearance, computesContrastAsPublished)
+TEST(Appearance, computesContrastByThePublishedFormula)
 {
     EXPECT_NEAR(Appearance::contrast(Qt::black, Qt::white), 21, 0.001);
     EXPECT_NEAR(Appearance::contrast(Qt::white, Qt::white), 1, 0.001);
     EXPECT_NEAR(Appearance::contrast(grey(118), Qt::white), 4.54, 0.01);
 }
 
-TEST(Appearance, mixesATranslucentColourWithItsGround)
+TEST(Appearance, mixesATranslucentColourWithItsBackground)
 {
     EXPECT_EQ(Appearance::over(QColor(0, 0, 0, 51), Qt::white).rgb(), QColor(204, 204, 204).rgb());
     EXPECT_EQ(Appearance::over(Qt::red, Qt::white).rgb(), QColor(Qt::red).rgb());
 }
 
-TEST(Appearance, keepsEveryTextReadableOnTheGroundsOfCommonDesktops)
+TEST(Appearance, keepsEveryTextReadableOnTheBackgroundsOfCommonDesktops)
 {
     for (const auto& [name, palette] : commonPalettes()) {
         const Appearance appearance(palette);
@@ -157,7 +157,7 @@ TEST(Appearance, leavesNothingFaintInHighContrast)
     }
 }
 
-TEST(Appearance, hasAFocusRingThatShowsOnEveryDesktop)
+TEST(Appearance, hasAVisibleFocusRingOnEveryDesktop)
 {
     for (const auto& [name, palette] : commonPalettes()) {
         const Appearance appearance(palette);
@@ -186,10 +186,10 @@ TEST(AppearanceTypeStyle, hasTheLineHeightsOfTheDesign)
     }
 }
 
-TEST(AppearanceTypeStyle, takesTheFixedWidthFontForPaths)
+TEST(AppearanceTypeStyle, usesAFixedWidthFontForPaths)
 {
-    EXPECT_TRUE(QFontMetrics(type::monospacedCaption.font()).horizontalAdvance(u'i') ==
-                QFontMetrics(type::monospacedCaption.font()).horizontalAdvance(u'W'));
+    EXPECT_EQ(QFontMetrics(type::monospacedCaption.font()).horizontalAdvance(u'i'),
+              QFontMetrics(type::monospacedCaption.font()).horizontalAdvance(u'W'));
     EXPECT_EQ(type::monospacedCaption.height(), 13);
 }
 
@@ -202,7 +202,7 @@ TEST(AppearanceTypeStyle, scalesWithTheUsersFont)
     }
 }
 
-/// What a box looks like at a scale of the screen, on white.
+/// A box on white, painted for a scale of the screen.
 QImage drawn(const Background& background, const QRectF& rect, double scale)
 {
     QImage image(QSize(100, 60) * scale, QImage::Format_RGB32);
@@ -240,7 +240,7 @@ TEST(AppearanceBoxGround, staysInsideItsEdges)
     EXPECT_EQ(image.pixelColor(90, 30), QColor(Qt::white));
 }
 
-TEST(AppearanceBoxGround, runsFromTheTopLeadingToTheBottomCorner)
+TEST(AppearanceBoxGround, runsFromTheTopLeftToTheBottomRightCorner)
 {
     const QImage image = drawn({.fill = Tint::of(Qt::black), .fillEnd = Tint::of(Qt::red)}, QRectF(0, 0, 100, 60), 1);
     EXPECT_LT(image.pixelColor(1, 1).red(), 10);
@@ -248,7 +248,7 @@ TEST(AppearanceBoxGround, runsFromTheTopLeadingToTheBottomCorner)
     EXPECT_NEAR(image.pixelColor(50, 30).red(), 127, 5);
 }
 
-TEST(AppearanceBoxGround, isHalfWayInItsOtherCornersWhateverItsShape)
+TEST(AppearanceBoxGround, isHalfwayInTheOtherCornersWhateverItsShape)
 {
     for (const QRectF& rect : {QRectF(0, 0, 100, 60), QRectF(0, 0, 100, 10), QRectF(0, 0, 20, 60)}) {
         const QImage image = drawn({.fill = Tint::of(Qt::black), .fillEnd = Tint::of(Qt::red)}, rect, 1);
@@ -257,7 +257,7 @@ TEST(AppearanceBoxGround, isHalfWayInItsOtherCornersWhateverItsShape)
     }
 }
 
-/// How often a colour channel turns back along the diagonal of a plate on the window.
+/// How often a colour channel changes in the wrong direction along the diagonal of a plate on the window.
 int turns(const Plate& plate, const QPalette& palette, int (QColor::*channel)() const)
 {
     const Appearance appearance(palette);
@@ -285,7 +285,7 @@ TEST(AppearanceBoxGround, onlyRisesOrFallsAlongAGradient)
     }
 }
 
-TEST(AppearanceBoxGround, isACapsuleWhereItsRadiusIsMoreThanHalfItsHeight)
+TEST(AppearanceBoxGround, isACapsuleIfItsRadiusIsMoreThanHalfItsHeight)
 {
     const QImage image = drawn({.fill = Tint::of(Qt::black), .radius = 99}, QRectF(0, 0, 100, 60), 1);
     EXPECT_EQ(image.pixelColor(3, 3), QColor(Qt::white));

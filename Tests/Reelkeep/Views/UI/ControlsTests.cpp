@@ -68,7 +68,7 @@ TEST(ControlsButton, isNotPressedWhileDisabled)
     EXPECT_EQ(presses.count(), 0);
 }
 
-TEST(ControlsButton, is28HighAnd12WiderThanItsLabelAtEachSide)
+TEST(ControlsButton, is28HighAnd12WiderThanItsLabelOnEachSide)
 {
     for (const QString& label : {QStringLiteral("Elegir camara"), QStringLiteral("Anadir ubicaciones")}) {
         const Button button(label);
@@ -79,7 +79,7 @@ TEST(ControlsButton, is28HighAnd12WiderThanItsLabelAtEachSide)
     }
 }
 
-TEST(ControlsButton, isAsHighAsItsSymbolWith16AroundItAndTakesAllTheWidthWhenLarge)
+TEST(ControlsButton, is16HigherThanItsSymbolOnEachSideAndTakesTheWholeWidthIfLarge)
 {
     Button button(QStringLiteral("No hay nada pendiente"));
     button.setLarge(glyph::copyButton);
@@ -87,7 +87,7 @@ TEST(ControlsButton, isAsHighAsItsSymbolWith16AroundItAndTakesAllTheWidthWhenLar
     EXPECT_EQ(button.sizePolicy().horizontalPolicy(), QSizePolicy::Expanding);
 }
 
-TEST(ControlsButton, wrapsItsLabelWhereItIsTooNarrow)
+TEST(ControlsButton, wrapsItsLabelIfItIsTooNarrow)
 {
     Button button(QStringLiteral("Copiar faltantes al HD seleccionado"));
     button.setLarge(glyph::copyButton);
@@ -96,14 +96,14 @@ TEST(ControlsButton, wrapsItsLabelWhereItIsTooNarrow)
     EXPECT_LT(button.minimumSizeHint().width(), 180);
 }
 
-TEST(ControlsButton, showsAnAmpersandOfAName)
+TEST(ControlsButton, showsAnAmpersand)
 {
     Button button(QStringLiteral("A & B"));
     Button other(QStringLiteral("A B"));
     EXPECT_GT(button.sizeHint().width(), other.sizeHint().width());
 }
 
-/// As in the window: shown, and not a window of its own.
+/// Shows a control inside a window, as in the program, and not as a window.
 template <class Control>
 Control& shownIn(QWidget& window, Control* control)
 {
@@ -189,7 +189,8 @@ TEST(Controls, showThatTheyHaveTheFocus)
         control->setFocus();
         const QImage with = picture(window);
         EXPECT_NE(without, with) << control->metaObject()->className();
-        EXPECT_EQ(without.copy(control->geometry()), with.copy(control->geometry())) << "the ring is around it";
+        EXPECT_EQ(without.copy(control->geometry()), with.copy(control->geometry()))
+            << "nothing is drawn over the control";
         control->hide();
     }
 }
@@ -256,7 +257,7 @@ TEST(ControlsDisabledButton, doesNotShowThatTheMouseIsOverIt)
     EXPECT_EQ(picture(button), before);
 }
 
-/// The strongest contrast with the face that anything on it has.
+/// The highest contrast of any pixel with the face.
 double contrastOfLabel(QWidget& widget)
 {
     const QImage image = picture(widget);
@@ -290,7 +291,7 @@ TEST(ControlsSwitch, isAsHighAsItsWrappedLabel)
     EXPECT_GE(threeLines, 3 * QFontMetrics(type::body.font()).height());
 }
 
-TEST(ControlsSwitch, isTurnedByItsWholeLine)
+TEST(ControlsSwitch, isTurnedByAClickAnywhereOnItsLine)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));
     placeAtIdealSize(toggle);
@@ -419,7 +420,7 @@ TEST(ControlsPopUp, growsWithTheUsersFont)
     EXPECT_GT(popUp.sizeHint().width(), width);
 }
 
-TEST(ControlsBar, isFilledAsFarAsTheWorkIsDone)
+TEST(ControlsBar, isFilledToItsFraction)
 {
     Bar bar;
     bar.resize(200, 6);

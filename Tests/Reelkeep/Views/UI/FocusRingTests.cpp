@@ -13,7 +13,7 @@
 namespace reelkeep {
 namespace {
 
-/// A widget that fills its parent, which lies in something taller that scrolls.
+/// A widget that fills its parent, in content that is taller than the scroll area around it.
 class FocusRingTest : public testing::Test {
 protected:
     FocusRingTest()
@@ -28,7 +28,7 @@ protected:
         showActive(window);
         window.setFocus();
     }
-    /// Where the ring is drawn, in the content's coordinates.
+    /// The place of the ring in the content; empty if it is not shown.
     QRect place() const
     {
         letEventsPass();
@@ -43,7 +43,7 @@ protected:
     FocusRing* ring = new FocusRing(inner, 4);
 };
 
-TEST_F(FocusRingTest, isThereWhileTheWidgetHasTheFocus)
+TEST_F(FocusRingTest, isShownWhileTheWidgetHasTheFocus)
 {
     EXPECT_FALSE(ring->shownFrame());
     inner->setFocus();
@@ -53,7 +53,7 @@ TEST_F(FocusRingTest, isThereWhileTheWidgetHasTheFocus)
     EXPECT_FALSE(ring->shownFrame());
 }
 
-TEST_F(FocusRingTest, isNotThereAfterAClick)
+TEST_F(FocusRingTest, isNotShownAfterAClick)
 {
     inner->setFocus(Qt::MouseFocusReason);
     EXPECT_FALSE(ring->shownFrame());
@@ -65,7 +65,7 @@ TEST_F(FocusRingTest, isNotThereAfterAClick)
     }
 }
 
-TEST_F(FocusRingTest, returnsWithTheFocusFromAnotherWindowOnlyIfItWasThere)
+TEST_F(FocusRingTest, returnsWithTheFocusFromAnotherWindowOnlyIfItWasShown)
 {
     for (const auto& [reason, expected] : {std::pair(Qt::MouseFocusReason, false), std::pair(Qt::TabFocusReason, true),
                                            std::pair(Qt::MouseFocusReason, false)}) {
@@ -82,7 +82,7 @@ TEST_F(FocusRingTest, returnsWithTheFocusFromAnotherWindowOnlyIfItWasThere)
     }
 }
 
-TEST_F(FocusRingTest, returnsWithTheFocusFromAMenuOnlyIfItWasThere)
+TEST_F(FocusRingTest, returnsWithTheFocusFromAMenuOnlyIfItWasShown)
 {
     for (const auto& [reason, expected] :
          {std::pair(Qt::MouseFocusReason, false), std::pair(Qt::TabFocusReason, true)}) {
@@ -98,7 +98,7 @@ TEST_F(FocusRingTest, returnsWithTheFocusFromAMenuOnlyIfItWasThere)
     }
 }
 
-TEST_F(FocusRingTest, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
+TEST_F(FocusRingTest, isDrawnAroundTheWidgetEvenOutsideItsParent)
 {
     const QImage without = picture(window);
     inner->setFocus();
@@ -108,7 +108,7 @@ TEST_F(FocusRingTest, standsOutsideOfTheWidgetAlsoWhereItsParentEnds)
     EXPECT_EQ(with.copy(100, 50, 80, 20), without.copy(100, 50, 80, 20)) << "nothing is drawn over the widget";
 }
 
-TEST_F(FocusRingTest, followsTheWidgetWithAllAroundIt)
+TEST_F(FocusRingTest, followsTheWidgetWhenItsParentMovesOrScrolls)
 {
     inner->setFocus();
     parent->move(20, 80);
@@ -117,7 +117,7 @@ TEST_F(FocusRingTest, followsTheWidgetWithAllAroundIt)
     EXPECT_EQ(place(), QRect(17, 77, 86, 26));
 }
 
-TEST_F(FocusRingTest, goesWithTheWidget)
+TEST_F(FocusRingTest, isDestroyedWithTheWidget)
 {
     inner->setFocus();
     const QPointer<const QFocusFrame> frame = ring->shownFrame();
@@ -126,7 +126,7 @@ TEST_F(FocusRingTest, goesWithTheWidget)
     EXPECT_FALSE(frame);
 }
 
-TEST_F(FocusRingTest, mayGoBeforeTheWidget)
+TEST_F(FocusRingTest, mayBeDestroyedBeforeTheWidget)
 {
     inner->setFocus();
     delete ring->shownFrame();

@@ -9,7 +9,7 @@
 namespace reelkeep {
 namespace {
 
-/// A pop-up in a window, opened.
+/// An open pop-up in a window.
 class PopUpList : public testing::Test {
 protected:
     void open(const QStringList& names, int current)
@@ -54,7 +54,7 @@ TEST_F(PopUpList, marksTheCurrentChoice)
     popUp->view()->setCurrentIndex(popUp->model()->index(0, 0));
     EXPECT_NE(leading(1), leading(2));
     popUp->view()->setCurrentIndex(popUp->model()->index(1, 0));
-    EXPECT_NE(leading(1), leading(0)) << "also on the line that is pointed at";
+    EXPECT_NE(leading(1), leading(0)) << "even on the line under the pointer";
 }
 
 TEST_F(PopUpList, marksNothingWhileNothingIsChosen)
@@ -64,7 +64,7 @@ TEST_F(PopUpList, marksNothingWhileNothingIsChosen)
     EXPECT_EQ(leading(0), leading(1));
 }
 
-TEST_F(PopUpList, hasTheGroundOfAListInBothThemes)
+TEST_F(PopUpList, hasTheBackgroundOfAListInBothThemes)
 {
     for (const QPalette& palette : {lightPalette(), darkPalette()}) {
         const PaletteChange change(palette);

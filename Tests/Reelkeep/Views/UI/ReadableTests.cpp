@@ -15,8 +15,8 @@ void place(TextWidget& text, int width)
     text.resize(width, text.heightForWidth(width));
 }
 
-/// To a pixel: in some fonts the layout rounds a word that just fits to one that does not.
-TEST(ReadableText, isNarrowestWhereItsLongestWordIsWhole)
+/// Give or take a pixel: with some fonts, rounding makes a word too wide that would just fit.
+TEST(ReadableText, needsTheWidthOfItsLongestWord)
 {
     for (const QString& words :
          {QStringLiteral("3 ubicaciones seleccionadas"), QStringLiteral("Ubicaciones a revisar"),
@@ -33,7 +33,7 @@ TEST(ReadableText, isNarrowestWhereItsLongestWordIsWhole)
     }
 }
 
-TEST(ReadableText, isInOneLineAtItsIdealWidthWhateverItEndsIn)
+TEST(ReadableText, fitsOnOneLineAtItsIdealWidthWhateverItEndsWith)
 {
     for (const double scale : {1.0, 1.5, 2.0}) {
         const FontChange change(designFont(scale));
@@ -46,7 +46,7 @@ TEST(ReadableText, isInOneLineAtItsIdealWidthWhateverItEndsIn)
     }
 }
 
-TEST(ReadableText, thatBelongsInOneLineIsReadableInOneLineAlone)
+TEST(ReadableText, isReadableOnlyOnOneLineIfLimitedToOne)
 {
     TextWidget text;
     text.setText(QStringLiteral("HD de copia activo"));
@@ -55,7 +55,7 @@ TEST(ReadableText, thatBelongsInOneLineIsReadableInOneLineAlone)
     EXPECT_EQ(text.readableWidth(), text.sizeHint().width());
 }
 
-/// A row that becomes a column where it must, with two children.
+/// A row of two children that becomes a column if that keeps them readable.
 class ReadableRow : public testing::Test {
 protected:
     void show(std::vector<View> children)
@@ -84,7 +84,7 @@ protected:
     QWidget* second = nullptr;
 };
 
-TEST_F(ReadableRow, becomesAColumnWhereAWordWouldBreak)
+TEST_F(ReadableRow, becomesAColumnIfAWordWouldBreak)
 {
     show({Text("ubicaciones revisadas"), Text("todas las seleccionadas")});
     const int narrowest = readableWidth(first) + 8 + readableWidth(second);
@@ -96,7 +96,7 @@ TEST_F(ReadableRow, becomesAColumnWhereAWordWouldBreak)
     EXPECT_TRUE(isColumn());
 }
 
-TEST_F(ReadableRow, breaksNoWordWhileAnotherCanGiveWay)
+TEST_F(ReadableRow, breaksNoWordWhileAnotherChildCanShrink)
 {
     show({Text("a b c d e f g h i j k l m n o p q r s t u v w x y z"), Text("transferenciaincondicional")});
     resize(readableWidth(second) + 8 + 40);
@@ -105,10 +105,10 @@ TEST_F(ReadableRow, breaksNoWordWhileAnotherCanGiveWay)
     EXPECT_EQ(first->width(), 40);
 }
 
-TEST_F(ReadableRow, becomesAColumnWhereTheLabelOfAButtonWouldWrap)
+TEST_F(ReadableRow, becomesAColumnIfTheLabelOfAButtonWouldWrap)
 {
     show({Text("Ubicacion lista para analizar."), Spacer(), PushButton("Elegir HD de copia", [] {})});
-    // One gap on either side of the spacer, which keeps one open itself.
+    // A gap on either side of the spacer, whose minimum is a third one.
     const int narrowest = readableWidth(first) + 3 * 8 + second->sizeHint().width();
     resize(narrowest);
     EXPECT_TRUE(isRow());
@@ -118,7 +118,7 @@ TEST_F(ReadableRow, becomesAColumnWhereTheLabelOfAButtonWouldWrap)
     EXPECT_EQ(second->height(), 28);
 }
 
-TEST_F(ReadableRow, isAColumnWhereNothingKeepsAWordWhole)
+TEST_F(ReadableRow, isAColumnIfAWordBreaksInAnyCase)
 {
     show({Text(QStringLiteral("x").repeated(200)), Text("Copia")});
     resize(300);
@@ -146,7 +146,7 @@ protected:
     }
 };
 
-TEST_F(ReadablePicker, hasItsPopUpBelowTheLabelInATightRoomOnly)
+TEST_F(ReadablePicker, hasItsPopUpBelowTheLabelOnlyIfThereIsNoRoomBesideIt)
 {
     show(QStringLiteral("Archivo 2026"));
     resize(396);
@@ -157,7 +157,7 @@ TEST_F(ReadablePicker, hasItsPopUpBelowTheLabelInATightRoomOnly)
     EXPECT_EQ(second->width(), 396);
 }
 
-TEST_F(ReadablePicker, keepsItsLabelInOneLineBesideALongName)
+TEST_F(ReadablePicker, keepsItsLabelOnOneLineBesideALongName)
 {
     show(QStringLiteral("Archivo de todas las bodas del verano de 2026"));
     resize(396);

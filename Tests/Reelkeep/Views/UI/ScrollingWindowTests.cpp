@@ -40,12 +40,12 @@ QSize firstSize(int heightAt1148, const char* screen)
     return window.size();
 }
 
-TEST(ScrollingWindow, opensAsTallAsItsContentWhereTheScreenAllows)
+TEST(ScrollingWindow, opensAsTallAsItsContentIfTheScreenAllows)
 {
     EXPECT_EQ(firstSize(1709, "tall"), QSize(1148, 1709));
 }
 
-TEST(ScrollingWindow, opensWithAPointToSpareWhereTheDesktopMayRoundTheHeightDown)
+TEST(ScrollingWindow, opensOnePointTallerIfTheDesktopMayRoundTheHeightDown)
 {
     EXPECT_EQ(firstSize(1709, "uneven"), QSize(1148, 1710));
 }
@@ -83,7 +83,7 @@ TEST_F(ScrollingWindowOpen, hasItsTitle)
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Reelkeep"));
 }
 
-TEST_F(ScrollingWindowOpen, scrollsVerticallyWhereItIsTooLow)
+TEST_F(ScrollingWindowOpen, scrollsVerticallyIfItIsTooLow)
 {
     open({1148, 700});
     EXPECT_EQ(content->height(), 1709);
@@ -91,7 +91,7 @@ TEST_F(ScrollingWindowOpen, scrollsVerticallyWhereItIsTooLow)
     EXPECT_TRUE(shownBar().isVisible());
 }
 
-TEST_F(ScrollingWindowOpen, doesNotScrollWhereItIsTallEnough)
+TEST_F(ScrollingWindowOpen, doesNotScrollIfItIsTallEnough)
 {
     open({1148, 1800});
     EXPECT_EQ(bar().maximum(), 0);

@@ -10,7 +10,7 @@
 namespace reelkeep {
 namespace {
 
-/// A child whose needs are given by numbers. Narrower than its ideal width it wraps: the area stays.
+/// A child of given sizes. Below its ideal width it wraps, and so keeps its area.
 class Block : public QWidget {
 public:
     Block(int idealWidth, int minimumWidth = 20, int lineHeight = 10, QSizePolicy::Policy across = QSizePolicy::Maximum,
@@ -88,7 +88,7 @@ constexpr Arrangement centredRow{.axis = Qt::Horizontal, .spacing = 8, .alignmen
 constexpr Arrangement column{.axis = Qt::Vertical, .spacing = 8};
 constexpr Arrangement centredColumn{.axis = Qt::Vertical, .spacing = 8, .alignment = Qt::AlignCenter};
 
-TEST(StackLayout, givesEveryChildOfARowItsIdealWidthWhereThereIsRoom)
+TEST(StackLayout, givesEveryChildOfARowItsIdealWidthIfThereIsRoom)
 {
     StackOf stack({row});
     stack.add(new Block(100));
@@ -98,7 +98,7 @@ TEST(StackLayout, givesEveryChildOfARowItsIdealWidthWhereThereIsRoom)
     EXPECT_EQ(stack.lefts(), (Numbers{0, 108}));
 }
 
-TEST(StackLayout, sharesLackingRoomEvenly)
+TEST(StackLayout, sharesAShortageOfRoomEvenly)
 {
     StackOf stack({row});
     stack.add(new Block(300));
@@ -107,7 +107,7 @@ TEST(StackLayout, sharesLackingRoomEvenly)
     EXPECT_EQ(stack.widths(), (Numbers{100, 100}));
 }
 
-TEST(StackLayout, wrapsNobodyForALittleThatAMoreFlexibleOneCanSpare)
+TEST(StackLayout, wrapsNoChildForALittleThatAnotherCanSpare)
 {
     StackOf stack({row});
     stack.add(new Block(115));
@@ -116,7 +116,7 @@ TEST(StackLayout, wrapsNobodyForALittleThatAMoreFlexibleOneCanSpare)
     EXPECT_EQ(stack.widths(), (Numbers{115, 85}));
 }
 
-TEST(StackLayout, sharesEvenlyWhereALittleDoesNotHelp)
+TEST(StackLayout, sharesAShortageEvenlyIfALittleDoesNotHelp)
 {
     StackOf stack({row});
     stack.add(new Block(130));
@@ -125,7 +125,7 @@ TEST(StackLayout, sharesEvenlyWhereALittleDoesNotHelp)
     EXPECT_EQ(stack.widths(), (Numbers{100, 100}));
 }
 
-TEST(StackLayout, shrinksNobodyWhileAnotherHoldsMoreThanItNeeds)
+TEST(StackLayout, shrinksNoChildBelowItsShareOfTheRoom)
 {
     StackOf stack({row});
     stack.add(new Block(300));
@@ -143,7 +143,7 @@ TEST(StackLayout, makesNoChildNarrowerThanItsMinimum)
     EXPECT_EQ(stack.widths(), (Numbers{150, 50}));
 }
 
-TEST(StackLayout, givesRoomThatIsLeftToChildrenThatExpand)
+TEST(StackLayout, givesSpareWidthToChildrenThatExpand)
 {
     StackOf stack({row});
     stack.add(new Block(100));
@@ -172,7 +172,7 @@ TEST(StackLayout, pushesNeighboursApartWithASpacer)
     EXPECT_EQ(stack.lefts(), (Numbers{0, 340}));
 }
 
-TEST(StackLayout, keepsASpacerOpenWhereRoomLacks)
+TEST(StackLayout, keepsASpacerOpenIfRoomIsShort)
 {
     StackOf stack({row});
     stack.add(new Block(300));
@@ -183,7 +183,7 @@ TEST(StackLayout, keepsASpacerOpenWhereRoomLacks)
     EXPECT_EQ(stack.lefts()[1] + 60, 200);
 }
 
-TEST(StackLayout, servesChildrenThatExpandBeforeSpacers)
+TEST(StackLayout, givesSpareWidthToChildrenThatExpandBeforeSpacers)
 {
     StackOf stack({row});
     stack.add(expanding(50));
@@ -202,7 +202,7 @@ TEST(StackLayout, alignsTheChildrenOfARowAtTheirTops)
     EXPECT_EQ(stack.tops(), (Numbers{0, 0}));
 }
 
-TEST(StackLayout, centresTheChildrenOfARowWhenAsked)
+TEST(StackLayout, centresTheChildrenOfACentredRow)
 {
     StackOf stack({centredRow});
     stack.add(new Block(50, 20, 40));
@@ -268,7 +268,7 @@ TEST(StackLayout, isAsTallAsItsTallestChildInARow)
     EXPECT_EQ(stack.layout->heightForWidth(218), 20);
 }
 
-TEST(StackLayout, takesTheFirstArrangementWhoseIdealWidthFits)
+TEST(StackLayout, usesTheFirstArrangementWhoseIdealWidthFits)
 {
     StackOf stack({row, column});
     stack.add(new Block(100));
@@ -281,7 +281,7 @@ TEST(StackLayout, takesTheFirstArrangementWhoseIdealWidthFits)
     EXPECT_EQ(stack.tops(), (Numbers{0, 18}));
 }
 
-TEST(StackLayout, takesTheLastArrangementWhereNoneFits)
+TEST(StackLayout, usesTheLastArrangementIfNoneFits)
 {
     StackOf stack({row, column});
     stack.add(new Block(100));
@@ -290,7 +290,7 @@ TEST(StackLayout, takesTheLastArrangementWhereNoneFits)
     EXPECT_EQ(stack.layout->minimumSize().width(), 20);
 }
 
-TEST(StackLayout, usesTheSpacingOfTheArrangementItTakes)
+TEST(StackLayout, usesTheSpacingOfItsArrangement)
 {
     StackOf stack({{.axis = Qt::Horizontal, .spacing = 12}, {.axis = Qt::Vertical, .spacing = 10}});
     stack.add(new Block(100));
@@ -301,7 +301,7 @@ TEST(StackLayout, usesTheSpacingOfTheArrangementItTakes)
     EXPECT_EQ(stack.tops(), (Numbers{0, 20}));
 }
 
-TEST(StackLayout, leavesNoRoomForWhatIsHidden)
+TEST(StackLayout, leavesNoRoomForHiddenChildren)
 {
     StackOf stack({column});
     stack.add(new Block(100));
@@ -312,7 +312,7 @@ TEST(StackLayout, leavesNoRoomForWhatIsHidden)
     EXPECT_EQ(stack.blocks[2]->y(), 18);
 }
 
-TEST(StackLayout, staysAtTheLeadingEdgeOfARoomWiderThanItsLimit)
+TEST(StackLayout, staysAtTheLeadingEdgeIfThereIsMoreRoomThanItsLimit)
 {
     StackOf stack({column});
     stack.layout->setMaximumContentWidth(1100);
@@ -334,7 +334,7 @@ TEST(StackLayout, addsItsPaddingOnAllSides)
     EXPECT_EQ(stack.blocks[0]->geometry(), QRect(1, 2, 100, 10));
 }
 
-TEST(StackLayout, keepsItsMinimumHeightAndStandsInTheMiddleOfIt)
+TEST(StackLayout, centresItsChildrenInItsMinimumHeight)
 {
     StackOf stack({column});
     stack.layout->setMinimumContentHeight(220);
@@ -355,7 +355,7 @@ TEST(StackLayout, givesSpareHeightToTheChildThatGrows)
     EXPECT_EQ(stack.blocks[2]->y(), 190);
 }
 
-TEST(StackLayout, measuresAnewWhenAChildChanges)
+TEST(StackLayout, measuresAgainWhenAChildChanges)
 {
     StackOf stack({row, column});
     stack.add(new Block(100));

@@ -9,7 +9,7 @@
 namespace reelkeep {
 namespace {
 
-/// The strongest colour of the icon.
+/// The most opaque colour of the icon.
 QColor inkOf(const QIcon& icon, QIcon::Mode mode = QIcon::Normal)
 {
     const QImage image = icon.pixmap(QSize(40, 40), 1, mode).toImage();

@@ -57,7 +57,7 @@ protected:
     TextWidget text;
 };
 
-TEST_F(TextWidgetTest, standInOneLineAtTheirIdealWidth)
+TEST_F(TextWidgetTest, fitOnOneLineAtTheirIdealWidth)
 {
     make(QStringLiteral("Videos pendientes de copiar"));
     EXPECT_EQ(text.height(), 16);
@@ -65,7 +65,7 @@ TEST_F(TextWidgetTest, standInOneLineAtTheirIdealWidth)
     EXPECT_FALSE(text.isCut());
 }
 
-TEST_F(TextWidgetTest, wrapBetweenWordsWhereTheyAreTooWide)
+TEST_F(TextWidgetTest, wrapBetweenWordsIfTheyAreTooWide)
 {
     const int ideal = make(QStringLiteral("Videos pendientes")).width();
     make(QStringLiteral("Videos pendientes"), ideal - 10);
@@ -104,10 +104,10 @@ TEST_F(TextWidgetTest, areNeverTallerThanTheirLineLimit)
     makePath(300);
     EXPECT_EQ(text.height(), 3 * 13);
     EXPECT_EQ(text.heightForWidth(50), 3 * 13);
-    EXPECT_FALSE(text.isCut()) << "what the limit cuts off is meant to be cut off";
+    EXPECT_FALSE(text.isCut()) << "what the limit cuts off does not count";
 }
 
-TEST_F(TextWidgetTest, endInAnEllipsisWhereTheLineLimitCutsThem)
+TEST_F(TextWidgetTest, endInAnEllipsisIfTheLineLimitCutsThem)
 {
     const QString sentence = QStringLiteral("Una frase que no cabe en una sola linea de la ventana");
     text.setLineLimit(1);
@@ -121,7 +121,7 @@ TEST_F(TextWidgetTest, endInAnEllipsisWhereTheLineLimitCutsThem)
     EXPECT_EQ(cut, picture(expected));
 }
 
-TEST_F(TextWidgetTest, endWithoutEllipsisWhereTheyFit)
+TEST_F(TextWidgetTest, endWithoutEllipsisIfTheyFit)
 {
     text.setLineLimit(3);
     make(QStringLiteral("/media/ana"));
@@ -130,7 +130,7 @@ TEST_F(TextWidgetTest, endWithoutEllipsisWhereTheyFit)
     EXPECT_EQ(limited, picture(text));
 }
 
-TEST_F(TextWidgetTest, areCutWhereTheWidgetIsTooLow)
+TEST_F(TextWidgetTest, areCutIfTheWidgetIsTooLow)
 {
     make(QStringLiteral("Videos pendientes"), 90);
     EXPECT_FALSE(text.isCut());
@@ -186,7 +186,7 @@ TEST_F(TextWidgetTest, areSelectedAcrossLinesByADrag)
     EXPECT_EQ(text.selectedText(), QStringLiteral("ana/EOS_DIGITAL/"));
 }
 
-TEST_F(TextWidgetTest, areSelectedWhollyByADoubleClick)
+TEST_F(TextWidgetTest, areSelectedCompletelyByADoubleClick)
 {
     makeSelectable(QStringLiteral("/media/ana/EOS"));
     QTest::mouseDClick(&text, Qt::LeftButton, {}, QPoint(20, 8));
@@ -219,7 +219,7 @@ TEST_F(TextWidgetTest, areSelectedByKeys)
     EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
 }
 
-TEST_F(TextWidgetTest, areSelectedCharacterByCharacterAlsoWhereOneTakesTwoUnits)
+TEST_F(TextWidgetTest, areSelectedByCharacterEvenIfOneTakesTwoUnits)
 {
     makeSelectable(QStringLiteral("🎬.MOV"));
     QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
@@ -301,7 +301,7 @@ TEST_F(TextWidgetTest, keepTheirSelectionWhenTheyAreSetAgainUnchanged)
     EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
 }
 
-TEST_F(TextWidgetTest, cannotBeSelectedUnlessMeantTo)
+TEST_F(TextWidgetTest, cannotBeSelectedByDefault)
 {
     make(QStringLiteral("Listo"));
     showActive(text);
@@ -313,7 +313,7 @@ TEST_F(TextWidgetTest, cannotBeSelectedUnlessMeantTo)
     EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
 }
 
-TEST_F(TextWidgetTest, areAStopOfTheTabKeyWhenSelectable)
+TEST_F(TextWidgetTest, takeTheFocusOnlyIfSelectable)
 {
     text.setSelectable(true);
     EXPECT_EQ(text.focusPolicy(), Qt::StrongFocus);
@@ -358,7 +358,7 @@ TEST_F(TextWidgetTest, wrapAtTheWidthTheyAreLimitedTo)
     EXPECT_GT(text.height(), 16);
 }
 
-TEST_F(TextWidgetTest, standAtTheEdgeTheyAreAlignedTo)
+TEST_F(TextWidgetTest, areAlignedToTheGivenEdge)
 {
     make(QStringLiteral("abc"), 200);
     EXPECT_EQ(text.characterRect(0).left(), 0);
@@ -368,7 +368,7 @@ TEST_F(TextWidgetTest, standAtTheEdgeTheyAreAlignedTo)
     EXPECT_NEAR((text.characterRect(0).left() + text.characterRect(2).right()) / 2, 100, 1);
 }
 
-TEST_F(TextWidgetTest, standFromRightToLeftIfWrittenSo)
+TEST_F(TextWidgetTest, runFromRightToLeftInScriptsThatDo)
 {
     make(QStringLiteral("אבגד"));
     EXPECT_NEAR(text.characterRect(0).right(), text.width(), 1);
@@ -379,7 +379,7 @@ TEST_F(TextWidgetTest, standFromRightToLeftIfWrittenSo)
     EXPECT_NEAR(text.characterRect(3).left(), 0, 1);
 }
 
-TEST_F(TextWidgetTest, shareTheirLineInBothDirectionsOfWriting)
+TEST_F(TextWidgetTest, fillTheirLineWithoutGapsInBothDirectionsOfWriting)
 {
     make(QStringLiteral("/media/אבגד 12/EOS"));
     std::vector<QRectF> rects;
@@ -391,7 +391,7 @@ TEST_F(TextWidgetTest, shareTheirLineInBothDirectionsOfWriting)
         EXPECT_NEAR(rects[index].left(), rects[index - 1].right(), 0.1) << index;
 }
 
-TEST_F(TextWidgetTest, areHitWhereTheirCharactersAre)
+TEST_F(TextWidgetTest, mapPointsToCharacters)
 {
     for (const QString& content : {QStringLiteral("/media/ana/EOS"), QStringLiteral("/media/אבגד 12/EOS")}) {
         make(content);
@@ -402,7 +402,7 @@ TEST_F(TextWidgetTest, areHitWhereTheirCharactersAre)
     }
 }
 
-TEST_F(TextWidgetTest, haveTheirCutOffCharactersAtTheEllipsis)
+TEST_F(TextWidgetTest, placeTheirCutOffCharactersAtTheEllipsis)
 {
     makePath(300);
     const QRectF last = text.characterRect(int(longPath.size()) - 1);

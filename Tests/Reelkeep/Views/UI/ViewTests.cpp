@@ -19,7 +19,7 @@
 namespace reelkeep {
 namespace {
 
-/// A view as a window of its own.
+/// A view, shown as a window.
 class Shown {
 public:
     explicit Shown(View made) : view(std::move(made)), widget(view.widget)
@@ -53,7 +53,7 @@ TEST(View, showsAConstant)
     EXPECT_EQ(Shown(Text("Listo")).words(), QStringList{QStringLiteral("Listo")});
 }
 
-TEST(View, readsALambdaAgainAtEachRefresh)
+TEST(View, callsALambdaAtEachRefresh)
 {
     int count = 4;
     const Shown shown(VStack({}, {Text([&] { return QString::number(count); })}));
@@ -64,7 +64,7 @@ TEST(View, readsALambdaAgainAtEachRefresh)
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("12")});
 }
 
-TEST(View, readsBytesAsText)
+TEST(View, decodesBytesAsText)
 {
     EXPECT_EQ(displayText("C\xc3\xa1mara"), QStringLiteral("Cámara"));
     EXPECT_EQ(displayText("a\xff.MOV"), QStringLiteral("a\uFFFD.MOV"));
@@ -104,7 +104,7 @@ TEST(View, callsItsActionOncePerPress)
     EXPECT_EQ(presses, 1);
 }
 
-TEST(View, refreshesWhatIsInsideOfWhatIsInside)
+TEST(View, refreshesNestedViews)
 {
     int reads = 0;
     const Shown shown(HStack({}, {VStack({}, {HStack({}, {Text([&] { return QString::number(++reads); })})})}));
@@ -112,7 +112,7 @@ TEST(View, refreshesWhatIsInsideOfWhatIsInside)
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("2")});
 }
 
-TEST(ViewToggle, writesOnlyWhatTheUsersHandChose)
+TEST(ViewToggle, writesOnlyWhatTheUserChose)
 {
     bool value = true;
     int writes = 0;
@@ -158,7 +158,7 @@ TEST_F(ViewPicker, showsTheEntryThatIsSelected)
     EXPECT_TRUE(written.empty());
 }
 
-TEST_F(ViewPicker, showsNothingWhereNothingIsSelected)
+TEST_F(ViewPicker, showsNothingIfNothingIsSelected)
 {
     selection.clear();
     shown.refresh();
@@ -189,7 +189,7 @@ TEST_F(ViewPicker, hasItsLabelBeforeIt)
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("HD")});
 }
 
-TEST(ViewProgressBar, showsHowFarItIs)
+TEST(ViewProgressBar, showsItsFraction)
 {
     double value = 0.0;
     const Shown shown(VStack({}, {ProgressBar(QStringLiteral("Progreso"), [&] { return value; })}));
@@ -366,7 +366,7 @@ TEST_F(ViewList, keepsScrollPositionAndSelectionWhenTheItemsAreEqual)
     EXPECT_TRUE(text->hasSelection());
 }
 
-TEST_F(ViewList, staysAtItsItemsWhenOthersComeOrGo)
+TEST_F(ViewList, keepsTheItemsInViewWhenOthersComeOrGo)
 {
     scrollTo(200 * 49 + 7);
     list.setCurrentRow(203);
@@ -380,7 +380,7 @@ TEST_F(ViewList, staysAtItsItemsWhenOthersComeOrGo)
     EXPECT_TRUE(list.viewport()->rect().contains(list.rowRect(103)));
 }
 
-TEST_F(ViewList, beginsAtTheTopWhenItsItemsAreGone)
+TEST_F(ViewList, startsAtTheTopWhenItsItemsAreGone)
 {
     scrollTo(5000);
     items = videos(2000, 3000);
@@ -390,7 +390,7 @@ TEST_F(ViewList, beginsAtTheTopWhenItsItemsAreGone)
     EXPECT_EQ(list.rowCount(), 1000);
 }
 
-TEST_F(ViewList, makesRoomForThePathsItShowsNow)
+TEST_F(ViewList, growsRowsForLongerNames)
 {
     shown.widget->resize(200, 400);
     letEventsPass();
