@@ -54,14 +54,14 @@ TEST_F(CopyJobTest, keepsTheFolderStructure)
     EXPECT_EQ(contentOf(disk / "DCIM/100CANON/MVI_0001.MOV"), "one");
 }
 
-TEST_F(CopyJobTest, putsEverythingIntoOneFolderWhenFlat)
+TEST_F(CopyJobTest, putsEverythingIntoOneFolderIfFlat)
 {
     card.file("DCIM/100CANON/MVI_0001.MOV", "one");
     run(jobFor({"DCIM/100CANON/MVI_0001.MOV"}, false));
     EXPECT_EQ(everythingBelow(disk.location()), std::vector<std::string>{"MVI_0001.MOV"});
 }
 
-TEST_F(CopyJobTest, completesWhatMayBeInTheWayThenMakesTheFolderThenLooksThenCopies)
+TEST_F(CopyJobTest, completesCopiesInTheWayThenMakesTheFolderThenLooksThenCopies)
 {
     card.file("a/x.mov");
     run(jobFor({"a/x.mov"}));
@@ -72,7 +72,7 @@ TEST_F(CopyJobTest, completesWhatMayBeInTheWayThenMakesTheFolderThenLooksThenCop
                                         "copyItem " + (card / "a/x.mov").path() + " -> " + target, "finish"}));
 }
 
-TEST_F(CopyJobTest, readsAheadOfTheNextVideoButOneUnlessItIsThere)
+TEST_F(CopyJobTest, readsAheadTheNextVideoButOneUnlessItsTargetExists)
 {
     for (const char* name : {"1.mov", "2.mov", "3.mov", "4.mov"})
         card.file(name);
@@ -90,7 +90,7 @@ TEST_F(CopyJobTest, readsAheadOfTheNextVideoButOneUnlessItIsThere)
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "readAhead " + (card / "4.mov").path()), 0);
 }
 
-TEST_F(CopyJobTest, meetsAFailedLookAheadOnlyWhenItsTurnComes)
+TEST_F(CopyJobTest, ignoresAFailedLookAhead)
 {
     for (const char* name : {"1.mov", "2.mov", "3.mov"})
         card.file(name);
@@ -98,7 +98,7 @@ TEST_F(CopyJobTest, meetsAFailedLookAheadOnlyWhenItsTurnComes)
     EXPECT_EQ(run(jobFor({"1.mov", "2.mov", "3.mov"})), CopySummary({3, 0, disk.location()}));
 }
 
-TEST_F(CopyJobTest, meetsAMissingVideoOnlyWhenItsTurnComes)
+TEST_F(CopyJobTest, reportsAMissingVideoOnlyWhenItsTurnComes)
 {
     card.file("1.mov");
     EXPECT_THROW(run(jobFor({"1.mov", "gone.mov"})), FileError);
@@ -106,7 +106,7 @@ TEST_F(CopyJobTest, meetsAMissingVideoOnlyWhenItsTurnComes)
     EXPECT_EQ(reports.size(), 2U);
 }
 
-TEST_F(CopyJobTest, createsTheDestinationItselfWhenFlat)
+TEST_F(CopyJobTest, createsTheDestinationItselfIfFlat)
 {
     card.file("a/x.mov");
     CopyJob job = jobFor({"a/x.mov"}, false);
@@ -132,7 +132,7 @@ TEST_F(CopyJobTest, reportsAFileBeforeItTouchesTheDisk)
     EXPECT_EQ(callsSoFar, std::vector<std::size_t>({0, 5}));
 }
 
-TEST_F(CopyJobTest, hasOneReportWhenThereIsNothingToDo)
+TEST_F(CopyJobTest, sendsOneReportIfThereIsNothingToDo)
 {
     EXPECT_EQ(run(jobFor({})), CopySummary({0, 0, disk.location()}));
     EXPECT_EQ(reports, std::vector<CopyProgress>({{0, 0, ""}}));
@@ -157,7 +157,7 @@ TEST_F(CopyJobTest, skipsARecordWhoseTargetIsAFolderOrABrokenLink)
     EXPECT_EQ(run(jobFor({"x.mov", "y.mov"})), CopySummary({0, 2, disk.location()}));
 }
 
-TEST_F(CopyJobTest, keepsTheFirstOfTwoEqualNamesWhenFlat)
+TEST_F(CopyJobTest, keepsTheFirstOfTwoEqualNamesIfFlat)
 {
     card.file("a/x.mov", "first");
     card.file("b/x.mov", "second");
@@ -205,7 +205,7 @@ TEST_F(CopyJobTest, endsAtTheFirstFailureAndKeepsWhatWasCopied)
 TEST_F(CopyJobTest, reportsAnEarlierVideosFailureFirst)
 {
     card.file("1.mov");
-    files.failAt(9, FileError((disk / "1.mov").path(), EIO)); // the finishing, after the second video's failure
+    files.failAt(9, FileError((disk / "1.mov").path(), EIO)); // `finish`, after the second video has failed
     try {
         run(jobFor({"1.mov", "gone.mov"}));
         ADD_FAILURE() << "no failure";
@@ -232,7 +232,7 @@ TEST_F(CopyJobTest, endsWhenAFolderCannotBeMade)
     EXPECT_EQ(files.calls().size(), 3U);
 }
 
-TEST_F(CopyJobTest, doesNotTakeAFailedLookForAnExistingTarget)
+TEST_F(CopyJobTest, doesNotMistakeAFailedLookForAnExistingTarget)
 {
     card.file("x.mov");
     files.failAt(3, FileError((disk / "x.mov").path(), EIO));
@@ -240,7 +240,7 @@ TEST_F(CopyJobTest, doesNotTakeAFailedLookForAnExistingTarget)
     EXPECT_TRUE(everythingBelow(disk.location()).empty());
 }
 
-TEST_F(CopyJobTest, stopsBetweenFilesWithNothingInHiding)
+TEST_F(CopyJobTest, stopsBetweenFilesAndLeavesNothingHidden)
 {
     for (const char* name : {"1.mov", "2.mov", "3.mov"})
         card.file(name);

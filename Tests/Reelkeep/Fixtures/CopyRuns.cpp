@@ -41,7 +41,6 @@ void setModificationTime(const Location& file, time_t seconds)
         throw FileError(file.path(), errno);
 }
 
-/// Names that every disk allows, and sizes around those of blocks and chunks.
 void fillCard(const TemporaryFolder& card)
 {
     const std::map<std::string, std::size_t> videos = {
@@ -88,7 +87,6 @@ std::string failureOfCopy(const Location& card, const Location& disk)
     }
 }
 
-/// Every video of the card that is on the disk is complete there, and nothing hidden is left.
 void expectOnlyWholeVideos(const Location& card, const Location& disk)
 {
     for (const std::string& path : everythingBelow(disk)) {

@@ -11,7 +11,7 @@
 
 namespace reelkeep {
 
-/// Bytes that do not repeat, the same ones for the same `seed`.
+/// Bytes that do not repeat; the same `seed` gives the same bytes.
 std::string contentOfLength(std::size_t length, unsigned seed);
 /// The result of `lstat`; throws FileError.
 struct stat attributesOf(const Location& file);
@@ -24,9 +24,10 @@ void fillCard(const TemporaryFolder& card);
 VideoList missing(const Location& card, const Location& disk);
 /// Analyses both and copies what `disk` lacks.
 CopySummary copyMissing(const Location& card, const Location& disk, const std::stop_token& stop = {});
-/// The same; "none", or the text of the failure.
+/// Does the same and returns "none" or the text of the failure.
 std::string failureOfCopy(const Location& card, const Location& disk);
-/// Every video of the card that is on the disk is complete there, and no hidden file of ours is left.
+/// Expects that every file on the disk has the content of its original on the card, and that no hidden file of ours is
+/// left.
 void expectOnlyWholeVideos(const Location& card, const Location& disk);
 
 /// Whether the condition came true in time.

@@ -1,7 +1,7 @@
-// faultDisk IMAGE FOLDER CONTROL [LOG]: mounts FOLDER with one file, "disk", in it. It has the content of IMAGE and the
-// faults that CONTROL (a file of a FaultDiskControl, mapped into memory) asks for at the moment. With LOG, every write
-// and flush that succeeds is appended to that file. It serves one request after the other, as a slow disk does, and
-// ends with the process that started it.
+// faultDisk IMAGE FOLDER CONTROL [LOG]: mounts FOLDER with one file, "disk", in it. That has the content of IMAGE and
+// the faults that CONTROL currently describes (a file with a FaultDiskControl, mapped into memory). With LOG, every
+// write and flush that succeeds is appended to that file. The program serves one request at a time, like a slow disk,
+// and ends with the process that started it.
 
 #define FUSE_USE_VERSION 31
 
@@ -40,7 +40,7 @@ std::span<char> image;
 int logFile = -1;
 Clock::time_point freeFrom;
 
-/// Returns once a disk of this speed would have served the request.
+/// Returns when a disk of this speed would have served the request.
 void serve(std::size_t bytes)
 {
     const auto speed = control->bytesPerSecond.load();
@@ -48,7 +48,7 @@ void serve(std::size_t bytes)
     if (speed != 0)
         duration += std::chrono::nanoseconds(bytes * 1'000'000'000 / speed);
     if (duration > duration.zero()) {
-        // Counted from the last one's end: otherwise what it takes to wake up would slow the disk down.
+        // Counted from the end of the last request: otherwise waking up late would slow the disk down.
         const auto now = Clock::now();
         freeFrom = std::max(freeFrom, now - std::chrono::milliseconds(2)) + duration;
         std::this_thread::sleep_until(freeFrom);
@@ -67,7 +67,7 @@ bool isLyingNow(std::uint64_t number)
     return number >= control->lieFrom && number < control->lieFrom + control->lieCount;
 }
 
-/// Calls `action` with each piece of the image that holds a part of `length` bytes from `offset` on.
+/// Calls `action` for each piece of the image that stores a part of the `length` bytes at `offset`.
 template <typename Action>
 void eachPiece(std::size_t offset, std::size_t length, Action action)
 {
@@ -91,7 +91,7 @@ void distort(std::span<char> block, std::size_t offset)
         });
 }
 
-/// Lies about one block of a request, so that the rest proves nothing; or about those marked blocks whose turn it is.
+/// Lies about one block of a request, so that the rest of it is right; or about the marked blocks whose turn it is.
 void lie(std::span<char> bytes, std::size_t offset, std::uint64_t number)
 {
     const auto block = [&](std::size_t begin) {
@@ -151,7 +151,7 @@ void queryAttributes(fuse_req_t request, fuse_ino_t node, fuse_file_info*)
 
 void open(fuse_req_t request, fuse_ino_t, fuse_file_info* file)
 {
-    file->direct_io = 1; // the kernel remembers nothing of it: each request arrives here
+    file->direct_io = 1; // the kernel caches nothing, so each request arrives here
     fuse_reply_open(request, file);
 }
 

@@ -20,7 +20,7 @@ inline std::vector<faults::Plan> plansFor(const std::vector<std::string>& calls)
         const std::size_t occurrence = ++occurrences[call];
         for (const int errorNumber : faults::plausibleErrors(call)) {
             plans.push_back({.call = call, .occurrence = occurrence, .times = 1, .errorNumber = errorNumber});
-            if (errorNumber == EINTR) // for ever would be a wait for ever
+            if (errorNumber == EINTR) // retried for ever if it never ended
                 continue;
             plans.push_back(
                 {.call = call, .occurrence = occurrence, .times = faults::forEver, .errorNumber = errorNumber});
@@ -35,7 +35,7 @@ inline std::vector<faults::Plan> plansFor(const std::vector<std::string>& calls)
     return plans;
 }
 
-/// The disk dies at one call, for whatever comes after it.
+/// Every call at which the disk may die, after which all others fail too.
 inline std::vector<faults::Plan> deathsDuring(const std::vector<std::string>& calls)
 {
     std::vector<faults::Plan> plans;

@@ -27,7 +27,7 @@ struct State {
 };
 
 State state;
-std::mutex mutex; // Of what changes while it is armed.
+std::mutex mutex; // Guards what changes while it is armed.
 
 enum class Verdict { pass, fail, failAfterwards };
 
@@ -76,7 +76,7 @@ std::size_t moved(std::size_t count)
     return state.isArmed && state.plan.most > 0 ? std::min(count, state.plan.most) : count;
 }
 
-/// For calls that name what they want.
+/// For calls with a path.
 template <typename Result, typename Call>
 Result faulty(const char* name, std::string_view path, Call call)
 {
@@ -138,7 +138,7 @@ std::vector<int> plausibleErrors(const std::string& call)
         {"fstatfs", {ENOSYS, EOVERFLOW}},
         {"fstatvfs", {ENOSYS, EOVERFLOW}},
     };
-    std::vector<int> errors = {EIO, ENODEV, ENXIO, ENOTCONN, ENOMEM}; // a disk on its way out may say these anywhere
+    std::vector<int> errors = {EIO, ENODEV, ENXIO, ENOTCONN, ENOMEM}; // any call may get these from a dying disk
     const auto found = particular.find(call);
     if (found != particular.end())
         errors.insert(errors.end(), found->second.begin(), found->second.end());
@@ -162,11 +162,11 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
     return real(thread, attributes, start, argument);
 }
 
-// The names are the linker's.
+// The linker prescribes these names.
 // NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" {
 
-// What a hardened build makes of an `openat` whose flags it cannot see: the same call under another name.
+// A hardened build calls `openat` by this name if it cannot see the flags.
 int __real___openat_2(int folder, const char* path, int flags);
 int __wrap___openat_2(int folder, const char* path, int flags)
 {
@@ -366,7 +366,7 @@ int __wrap_fstatvfs(int descriptor, struct statvfs* status)
     const int result = faulty<int>("fstatvfs", [&] { return __real_fstatvfs(descriptor, status); });
     if (state.isArmed && state.plan.freeBlocks != 0) {
         status->f_frsize = 4096;
-        status->f_bsize = 1 << 20; // what it likes to move at once; no unit of any count
+        status->f_bsize = 1 << 20; // the preferred size of transfers, which no count is in
         status->f_bfree = state.plan.freeBlocks;
         status->f_bavail = state.plan.freeToAll;
     }

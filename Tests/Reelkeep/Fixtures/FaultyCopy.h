@@ -9,9 +9,9 @@
 
 namespace reelkeep {
 
-/// What became of a copy.
+/// The outcome of a copy.
 struct FaultyCopy {
-    std::string failure; ///< Its text; empty without one.
+    std::string failure; ///< The text of the error, or an empty one.
     int errorNumber = 0;
     std::vector<std::string> calls; ///< The functions called, in order.
 };

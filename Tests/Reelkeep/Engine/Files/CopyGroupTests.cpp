@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Three videos that end together. Without threads, so that each run makes the same calls in the same order.
+/// Three videos that are published together. Without threads, so that each run makes the same calls in the same order.
 class CopyGroupTest : public testing::Test {
 protected:
     CopyGroupTest() : memory("/dev/shm")
@@ -46,7 +46,7 @@ protected:
         fs::remove_all(disk().path());
         memory.folder("disk");
     }
-    /// Which video the failure names, and none if that is their folder; their count if there was no failure.
+    /// The index of the video that the failure names, or none if it names their folder; their count if nothing failed.
     std::optional<std::size_t> failing(const faults::Plan& plan)
     {
         faults::Plan alone = plan;
@@ -66,7 +66,7 @@ protected:
         calls = faults::disarm();
         return first;
     }
-    /// How many of the first videos are there, whole, if none after them is.
+    /// How many of the first videos are complete on the disk; expects none after them.
     std::size_t publishedInOrder() const
     {
         std::size_t count = 0;
@@ -103,13 +103,13 @@ TEST_F(CopyGroupTest, publishesAllBeforeTheFirstFailureAndNothingAfterIt)
     for (std::size_t number = 0; number < plans.size() && !HasFailure(); number += stride) {
         const faults::Plan& plan = plans[number];
         if ((plan.call == "fstatat" || plan.call == "statx") && plan.errorNumber == ENOENT)
-            continue; // not a failure but an answer, and a false one
+            continue; // not a failure but a wrong answer
         SCOPED_TRACE(describe(plan));
         const std::optional<std::size_t> first = failing(plan);
         injected += faults::struck() ? 1 : 0;
         const std::size_t published = publishedInOrder();
         EXPECT_GE(published, first.value_or(0)) << failure;
-        // The last step is to sync the folder: until then names may be given that are not yet counted.
+        // The last step is to sync the folder: before it, videos may have names but are not counted yet.
         const bool isAfterNaming = plan.call.empty() || plan.call == "fsync" || plan.call == "syncfs" ||
                                    plan.call == "fstat" || plan.call == "fstatat" || plan.call == "statx";
         EXPECT_TRUE(isAfterNaming || !first || published <= *first + 1) << failure;
@@ -124,10 +124,10 @@ TEST_F(CopyGroupTest, publishesAllBeforeTheFirstFailureAndNothingAfterIt)
     std::printf("%zu calls, %zu injected faults\n", calls.size(), injected);
 }
 
-/// Stopping comes too late only once the last name is given.
+/// A stop comes too late only after the last name is given.
 TEST_F(CopyGroupTest, isStoppedAtEveryCall)
 {
-    failing({});
+    ASSERT_EQ(failing({}), names.size());
     const std::vector<std::string> undisturbed = calls;
     for (std::size_t number = 1; number <= undisturbed.size(); ++number) {
         std::stop_source stop;
@@ -148,7 +148,7 @@ TEST_F(CopyGroupTest, isStoppedAtEveryCall)
     }
 }
 
-/// If no thread is to be had, the run does everything itself, and what one sees is the same.
+/// If no thread can be started, the run does everything itself, with the same result.
 TEST_F(CopyGroupTest, needsNoThreads)
 {
     constexpr int many = 300;
@@ -179,7 +179,7 @@ TEST_F(CopyGroupTest, needsNoThreads)
     }
 }
 
-/// The disk gives back something else than it was given, whether it knows direct reading or not.
+/// The disk returns something other than what was written, with and without direct reads.
 TEST_F(CopyGroupTest, findsADifferenceBetweenWhatWasReadAndWhatIsOnTheDisk)
 {
     ASSERT_EQ(failing({}), names.size());
@@ -189,7 +189,7 @@ TEST_F(CopyGroupTest, findsADifferenceBetweenWhatWasReadAndWhatIsOnTheDisk)
          {std::map<std::string, int>{}, std::map<std::string, int>{{"fcntl", EINVAL}}}) {
         for (std::size_t video = 0; video < names.size(); ++video) {
             const auto change = [&] {
-                // The first file is on the disk long before it is read back.
+                // All files are written before the first one is read back.
                 const Location hidden = disk().appending("." + names[video] + ".reelkeep-copia");
                 std::string content = contentOf(hidden);
                 content.back() = '?';

@@ -1,5 +1,5 @@
-// A whole run without a window: analyses CARD and DISK, copies what is missing and prints a line for each report, and
-// one for a failure. Tests kill it and trace it; measurements time it.
+// A run without a window: analyses CARD and DISK, copies what is missing, and prints a line for each report and for a
+// failure. Tests kill and trace it; benchmarks time it.
 
 #include "CopyJob.h"
 #include "Files/LinuxFileManager.h"

@@ -33,10 +33,10 @@ bool waitUntilExists(const Location& file)
     return fs::exists(file.path());
 }
 
-/// A run of so many small videos that their groups overlap: one is written while another one is completed.
+/// A run of so many small videos that its groups overlap: one is written while another is completed.
 class CopyRunTest : public testing::Test {
 protected:
-    static constexpr int several = 400; ///< Groups of up to 128.
+    static constexpr int several = 400; ///< In groups of up to 128.
 
     static std::string nameOf(int number) { return std::to_string(1000 + number) + ".mov"; }
 
@@ -66,7 +66,7 @@ protected:
                 .size = 1,
                 .createdAt = std::nullopt};
     }
-    /// Runs the job with a deed right before the record of that number; the path of its failure, or none.
+    /// Runs the job, and `deed` right before the video with index `at`. Returns the path of the failure, or "none".
     std::string failureOf(const CopyJob& run, int at = -1, const std::function<void()>& deed = nullptr)
     {
         try {
@@ -81,7 +81,7 @@ protected:
         }
     }
     Location target(int number) const { return disk / ("DCIM/" + nameOf(number)); }
-    /// All before that one are there, whole, and nothing else is, hidden or not.
+    /// Expects the first `count` videos, complete, and nothing else, not even hidden files.
     void expectExactlyTheFirst(int count) const
     {
         std::vector<std::string> expected;
@@ -111,8 +111,8 @@ TEST_F(CopyRunTest, publishesEverythingInManyGroups)
     EXPECT_TRUE(std::is_sorted(reports.begin(), reports.end()));
 }
 
-/// Whatever group the failing video is in, and however far the run has got before that group is full.
-TEST_F(CopyRunTest, endsAtTheFirstFailureInTheOrderOfTheListWhoeverFindsItFirst)
+/// Whatever group the failing video is in, and however far the run has come before that group is full.
+TEST_F(CopyRunTest, endsAtTheFirstFailureInListOrder)
 {
     fillCard();
     for (const auto& [failing, at] : {std::pair(40, 100), {5, 127}, {150, 200}, {300, 383}, {0, 1}}) {
@@ -142,7 +142,7 @@ TEST_F(CopyRunTest, reportsTheEarlierOfTwoFailures)
     expectExactlyTheFirst(30);
 }
 
-TEST_F(CopyRunTest, leavesNothingInHidingWhenItIsStopped)
+TEST_F(CopyRunTest, leavesNothingHiddenWhenItIsStopped)
 {
     fillCard();
     for (const std::int64_t at : {1, 100, 130, 260, 399}) {
@@ -161,7 +161,7 @@ TEST_F(CopyRunTest, leavesNothingInHidingWhenItIsStopped)
     }
 }
 
-/// What came before it is still under way when its turn comes.
+/// The first one is still being copied when the turn of the second comes.
 TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNames)
 {
     names = {"a/x.mov", "b/y.mov", "b/x.mov"};
@@ -172,18 +172,18 @@ TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNames)
     EXPECT_EQ(contentOf(disk / "x.mov"), "a/x.mov");
 }
 
-TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNamesThatGrowsUnderASpareName)
+TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNamesIfTheFirstHasASpareHiddenName)
 {
     names = {"a/x.mov", "b/x.mov"};
     for (const std::string& name : names)
         card.file(name, name);
-    disk.folder(growingName("x.mov", {})); // nothing of ours: the copy takes another name
+    disk.folder(growingName("x.mov", {})); // not ours: the copy uses another hidden name
     EXPECT_EQ(failureOf(job(false)), "none");
     EXPECT_EQ(summary, CopySummary({1, 1, disk.location()}));
     EXPECT_EQ(contentOf(disk / "x.mov"), "a/x.mov");
 }
 
-TEST_F(CopyRunTest, skipsTheSecondOfTwoPathsToOnePlace)
+TEST_F(CopyRunTest, skipsTheSecondOfTwoPathsToOneFile)
 {
     names = {"a/x.mov", "b/x.mov"};
     for (const std::string& name : names)
@@ -195,8 +195,8 @@ TEST_F(CopyRunTest, skipsTheSecondOfTwoPathsToOnePlace)
     EXPECT_EQ(contentOf(disk / "a/x.mov"), "a/x.mov");
 }
 
-/// Their hidden names are cut to the same one.
-TEST_F(CopyRunTest, copiesBothOfTwoLongNamesThatDifferAtTheirEndOnly)
+/// Their hidden names are shortened to the same one.
+TEST_F(CopyRunTest, copiesBothOfTwoLongNamesThatDifferOnlyAtTheirEnd)
 {
     const std::string beginning(250, 'n');
     names = {"a/" + beginning + "1.mov", "a/" + beginning + "2.mov"};
@@ -208,10 +208,10 @@ TEST_F(CopyRunTest, copiesBothOfTwoLongNamesThatDifferAtTheirEndOnly)
         EXPECT_EQ(contentOf(disk / name), name);
 }
 
-TEST_F(CopyRunTest, goesOnWithFewFileDescriptors)
+TEST_F(CopyRunTest, worksWithFewFileDescriptors)
 {
 #ifdef __SANITIZE_ADDRESS__
-    GTEST_SKIP() << "SKIPPED: the sanitizers need file descriptors of their own to look at memory";
+    GTEST_SKIP() << "SKIPPED: the sanitizers need file descriptors to examine memory";
 #endif
     fillCard();
     struct rlimit before = {};
@@ -224,8 +224,8 @@ TEST_F(CopyRunTest, goesOnWithFewFileDescriptors)
     expectExactlyTheFirst(several);
 }
 
-/// A person whose disks are slow must not lose much to a kill, even if what comes next is only skipped.
-TEST_F(CopyRunTest, completesWhatHasBeenUnderWayForSomeSeconds)
+/// Users with slow disks must not lose much to a kill, even if all later videos are only skipped.
+TEST_F(CopyRunTest, completesCopiesThatHaveBeenUnderWayForSomeSeconds)
 {
     names = {nameOf(0), nameOf(1), nameOf(2)};
     for (const std::string& name : names)
@@ -235,14 +235,14 @@ TEST_F(CopyRunTest, completesWhatHasBeenUnderWayForSomeSeconds)
     bool isThere = false;
     runOnRealFiles(job(), [&](const CopyProgress& report) {
         if (report.completedCount == 1)
-            std::this_thread::sleep_for(std::chrono::milliseconds(5100)); // the time that passes is what is tested
+            std::this_thread::sleep_for(std::chrono::milliseconds(5100)); // the test is about time
         if (report.completedCount == 2)
             isThere = waitUntilExists(target(0));
     });
     EXPECT_TRUE(isThere);
 }
 
-/// How many pages of it are in the kernel's memory.
+/// How many pages of the file are in the page cache.
 std::size_t pagesInMemory(const Location& file)
 {
     const int opened = ::open(file.path().c_str(), O_RDONLY | O_CLOEXEC);
@@ -256,7 +256,7 @@ std::size_t pagesInMemory(const Location& file)
         std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1U) != 0; }));
 }
 
-TEST(CopyRunSource, leavesTheKernelsMemory)
+TEST(CopyRunSource, leavesThePageCache)
 {
     const TemporaryFolder card;
     const TemporaryFolder disk;
@@ -269,7 +269,7 @@ TEST(CopyRunSource, leavesTheKernelsMemory)
     for (const Location& video : {small, large}) {
         std::ofstream(video.path(), std::ios::app | std::ios::binary) << "end";
         const int opened = ::open(video.path().c_str(), O_RDONLY | O_CLOEXEC);
-        ASSERT_EQ(::fsync(opened), 0); // what is not yet written cannot leave
+        ASSERT_EQ(::fsync(opened), 0); // unwritten pages cannot leave the cache
         ::close(opened);
         ASSERT_GT(pagesInMemory(video), 10U);
         copyFile(video, disk / std::string(video.lastPathComponent()));

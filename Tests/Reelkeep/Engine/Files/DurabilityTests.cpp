@@ -17,7 +17,7 @@
 namespace reelkeep {
 namespace {
 
-/// The calls of a trace, one a line. Where another thread comes in between, the trace tells a call in two lines.
+/// The calls of a trace, one per line. The trace has two lines for a call that other threads interrupt.
 std::string wholeCalls(const std::string& trace)
 {
     const std::string parted = " <unfinished ...>";
@@ -37,8 +37,8 @@ std::string wholeCalls(const std::string& trace)
     return calls;
 }
 
-/// What a run did to the disk, a word for each system call that matters, in order, with the video it was done to. What
-/// is done to a folder's entries lasts only once that very folder is synced, so syncs name theirs.
+/// What a run did to the disk: for each system call that matters, in order, a word and the video it was done to. Syncs
+/// have the name of their folder, since a change of its entries lasts only once that very folder is synced.
 std::vector<std::string> essenceOf(const std::string& trace)
 {
     static const std::pair<std::regex, const char*> calls[] = {
@@ -67,7 +67,7 @@ std::vector<std::string> essenceOf(const std::string& trace)
     return essence;
 }
 
-/// Each of `steps` is there after the one before it.
+/// Expects all `steps`, in this order.
 void expectInOrder(const std::vector<std::string>& essence, const std::vector<std::string>& steps)
 {
     auto place = essence.begin();
@@ -78,11 +78,11 @@ void expectInOrder(const std::vector<std::string>& essence, const std::vector<st
     }
 }
 
-/// What the disk does not know decides by which way a copy gets its name.
+/// What a disk does not support decides how a copy gets its name there.
 struct Way {
     const char* name;
-    std::vector<std::string> refusals; ///< In the words of the tracer.
-    std::vector<std::string> naming;   ///< What gives the name, before the last sync.
+    std::vector<std::string> refusals; ///< Calls that fail, in the syntax of strace.
+    std::vector<std::string> naming;   ///< The steps that give the name, before the last sync.
 };
 
 void PrintTo(const Way& way, std::ostream* stream)
@@ -108,7 +108,7 @@ TEST_P(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
                                         "-o",
                                         trace.path(),
                                         "-E",
-                                        "ASAN_OPTIONS=detect_leaks=0"}; // which cannot be told while traced
+                                        "ASAN_OPTIONS=detect_leaks=0"}; // leaks cannot be found while traced
     for (const std::string& refusal : GetParam().refusals)
         command.insert(command.end(), {"-e", "inject=" + refusal});
     command.insert(command.end(), {COPY_PROBE, (folder / "card").path(), (folder / "disk").path()});

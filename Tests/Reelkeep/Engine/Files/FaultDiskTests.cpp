@@ -21,7 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-/// Whether any process has these mounts.
+/// Whether any process is in this mount namespace.
 bool hasProcesses(const std::string& view)
 {
     std::error_code failure;
@@ -43,7 +43,7 @@ bool hasLoopDevice(const std::string& folder)
     return false;
 }
 
-/// The fixture that the tests of failing disks build on.
+/// Tests of the fixture itself.
 class FaultDiskTest : public testing::Test {
 protected:
     void SetUp() override
@@ -70,7 +70,7 @@ TEST_F(FaultDiskTest, keepsWhatWasWrittenAndCountsRequests)
     EXPECT_GE(below.control().reads, reads + 12);
 }
 
-TEST_F(FaultDiskTest, failsWritesFromAMomentOnUntilItIsHealed)
+TEST_F(FaultDiskTest, failsWritesFromOneOnUntilItIsHealed)
 {
     const TemporaryFolder card("/dev/shm");
     makeVideo(card);
@@ -85,7 +85,7 @@ TEST_F(FaultDiskTest, failsWritesFromAMomentOnUntilItIsHealed)
     }
 }
 
-TEST_F(FaultDiskTest, takesItsTime)
+TEST_F(FaultDiskTest, answersAsSlowlyAsItShould)
 {
     FaultDisk below(64);
     const auto timeOfReading = [&] {
@@ -113,7 +113,7 @@ TEST_F(FaultDiskTest, takesItsTime)
     reader.join();
 }
 
-TEST_F(FaultDiskTest, liesAsItIsTold)
+TEST_F(FaultDiskTest, liesAsPlanned)
 {
     using Lie = FaultDiskControl::Lie;
     const std::string honest = contentOfLength(64U << 10U, 9);
@@ -137,15 +137,16 @@ TEST_F(FaultDiskTest, liesAsItIsTold)
     EXPECT_GT(differences(written(Lie::dropsTheData)), 3000);
     below.heal();
     below.control().capacity = 32 << 10;
-    EXPECT_EQ(written(Lie::honest).substr(0, 32U << 10U), honest.substr(32U << 10U)) << "wraps around";
+    EXPECT_EQ(written(Lie::honest).substr(0, 32U << 10U), honest.substr(32U << 10U)) << "it wraps around";
     EXPECT_EQ(contentOf(below.file()).substr(0, 32U << 10U), contentOf(below.file()).substr(32U << 10U, 32U << 10U));
 }
 
-/// A process that copies to a disk which hangs. It has mounts of its own, and writes what it has to `report`.
+/// Copies to a disk that hangs, in private mounts. Writes the mount namespace and the folder of the disk's image to
+/// `report`.
 [[noreturn]] void hangUnder(const char* kind, const Location& folder)
 {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // Its files in memory shall lie in `folder`: being killed, it cannot remove them.
+    // Its files in memory must be in `folder`, since it will be killed and cannot remove them.
     if (!takePrivateView() || ::mount(folder.path().c_str(), "/dev/shm", nullptr, MS_BIND, nullptr) != 0)
         ::_exit(1);
     const TemporaryFolder card("/dev/shm");
@@ -159,11 +160,11 @@ TEST_F(FaultDiskTest, liesAsItIsTold)
     waitUntil([&] { return requests() > before; });
     std::ofstream("/dev/shm/report") << fs::read_symlink("/proc/self/ns/mnt").string() << '\n'
                                      << below.image().deletingLastPathComponent().path() << '\n';
-    copy.join(); // for ever
+    copy.join(); // never returns
     ::_exit(1);
 }
 
-/// A file system with requests under way on a disk that hangs: neither its driver, its mount nor its loop device stays.
+/// Neither the driver, the mount nor the loop device of a file system that waits for a hanging disk is left.
 TEST_F(FaultDiskTest, leavesNothingBehindWhenTheTestIsKilled)
 {
     for (const char* kind : {"ntfs", "exfat", "ext4", "xfs", "btrfs"}) {

@@ -27,7 +27,7 @@ struct Situation {
     const char* name;
     std::map<std::string, int> refusals;
     std::vector<std::pair<std::string, std::string>> leftovers;
-    std::size_t size = (std::size_t(1) << 20) + 5; ///< Of the video, in bytes.
+    std::size_t size = (std::size_t(1) << 20) + 5; ///< The size of the video in bytes.
 };
 
 void PrintTo(const Situation& situation, std::ostream* stream)
@@ -101,7 +101,7 @@ protected:
                            [&](const auto& leftover) { return leftover.first == name; });
     }
 
-    /// Such a name is taken only if a leftover could not be examined, and is not found again.
+    /// Such a name is used only if a leftover could not be examined; no later run recognises it.
     static bool isSpareName(const std::string& name)
     {
         return std::regex_match(name, std::regex(R"(\.x\.mov\.[0-9a-f]{16}\.reelkeep-(copia|lista))"));
@@ -111,12 +111,12 @@ protected:
     {
         const bool exists = LinuxFileManager().fileExists(target());
         EXPECT_TRUE(!exists || isWhole()) << "a final name with wrong content";
-        EXPECT_TRUE(exists || result != "done") << "counted, but not there";
+        EXPECT_TRUE(exists || result != "done") << "counted, but missing";
         EXPECT_TRUE(result == "done" || result.find(": ") != std::string::npos) << result;
         EXPECT_EQ(contentOf(memory / "disk/neighbour.mov"), "foreign");
         EXPECT_EQ(fs::last_write_time((memory / "card/new/x.mov").path()), modified);
         const bool isTakenOver = plan.call == "flock" && plan.errorNumber == EWOULDBLOCK; // by the holder of the lock
-        // What cannot be compared is not removed.
+        // A file that cannot be compared is not removed.
         static const std::set<std::string> removal = {"", "unlinkat", "statx", "fstat", "fstatat"};
         const bool cannotRemove = plan.times > 1 && removal.count(plan.call) > 0;
         for (const std::string& name : hiddenNames())
@@ -167,14 +167,14 @@ TEST_P(FaultInjection, neverHurtsAVideoWhateverFails)
     }
     EXPECT_GT(injected, plans.size() / stride / 2);
     RecordProperty("injectedFaults", std::to_string(injected));
-    std::printf("%zu calls, %zu injected faults, %zu of them with a whole copy all the same\n", calls.size(), injected,
-                survived);
+    std::printf("%zu calls, %zu injected faults, %zu of them with a complete copy nevertheless\n", calls.size(),
+                injected, survived);
 }
 
 INSTANTIATE_TEST_SUITE_P(Situations, FaultInjection, testing::ValuesIn(situations),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
-TEST(FaultInjectionReadAhead, neverFailsWhateverFails)
+TEST(FaultInjectionReadAhead, neverFails)
 {
     const TemporaryFolder memory("/dev/shm");
     const Location video = memory.file("x.mov", std::string(300'000, 'x'));
@@ -214,7 +214,7 @@ TEST(FaultInjectionFat32, refusesAtOnceAFileOfFourGigabytes)
     EXPECT_EQ(failureOf(fourGigabytes), target.path() + ": el archivo es demasiado grande para este disco.");
     const auto calls = faults::disarm();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "write"), 0);
-    EXPECT_EQ(failureOf(fourGigabytes - 1), target.path() + ": no queda espacio en el disco."); // as far as writing
+    EXPECT_EQ(failureOf(fourGigabytes - 1), target.path() + ": no queda espacio en el disco."); // only when writing
     faults::disarm();
     EXPECT_TRUE(everythingBelow(memory / "disk").empty());
 }

@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A copy of fifty videos in a process of its own, killed at random moments.
+/// A copy of fifty videos in a separate process, killed at random moments.
 class KilledCopyTest : public testing::TestWithParam<const char*> {
 protected:
     static constexpr int videos = 50;
@@ -46,8 +46,8 @@ protected:
         return made;
     }
     pid_t startCopy(const Location& target) const { return start({COPY_PROBE, card.location().path(), target.path()}); }
-    /// What a kill may leave: whole videos, the hidden files of what was under way, and on some disks an empty file
-    /// that is known to stand for one of them.
+    /// A kill may leave complete videos, the hidden files of copies under way, and on some disks the reservation of one
+    /// of them.
     void expectNoHarm(const Location& target) const
     {
         for (const std::string& path : everythingBelow(target)) {
@@ -59,8 +59,8 @@ protected:
         }
     }
 
-    /// Where publishing is by link, a kill may leave the hidden name of a video that is whole and has its final name.
-    /// As it is not missing, nothing copies it again, and nothing is in the way.
+    /// If videos are published by link, a kill may leave the hidden name beside the final one. As the video is not
+    /// missing it is never copied again, so the hidden name is not in the way.
     static void removeSecondNames(const Location& target)
     {
         for (const std::string& path : everythingBelow(target)) {
@@ -89,11 +89,11 @@ TEST_P(KilledCopyTest, leavesNoHalfVideoAndTheNextRunCompletes)
         const Location target = freshFolder(number);
         const pid_t copy = startCopy(target);
         const auto moment = std::chrono::microseconds(std::uniform_int_distribution<long>(0, wholeTime)(random));
-        std::this_thread::sleep_for(moment); // the moment of the kill is what varies
+        std::this_thread::sleep_for(moment); // the kill comes at a random moment
         ::kill(copy, SIGKILL);
         if (WIFSIGNALED(finish(copy)))
             ++inMidCopy;
-        else // the machine has become faster than it was at the first copy
+        else // the machine is faster than during the first copy
             wholeTime -= wholeTime / 4;
         expectNoHarm(target);
         EXPECT_EQ(failureOfCopy(card.location(), target), "none");

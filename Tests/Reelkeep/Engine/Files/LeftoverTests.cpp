@@ -175,7 +175,7 @@ TEST_F(LeftoverTest, onASharedDiskIsRemovedOnlyIfItHasNotChangedForTenMinutes)
     setAge(3600);
     fs::remove(target().path());
     EXPECT_EQ(copy(shared), "");
-    EXPECT_EQ(contentOf(growing()), "may be another machine's") << "its attributes are new";
+    EXPECT_EQ(contentOf(growing()), "may be another machine's") << "its attributes have just changed";
 
     faults::Plan later = shared;
     later.clockAhead = 601;

@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using Lie = FaultDiskControl::Lie;
 
-/// A disk that takes everything without complaint and stores, or returns, something else.
+/// A disk that accepts everything and stores, or returns, something else.
 class LyingDisk : public testing::TestWithParam<const char*> {
 protected:
     static constexpr const char* mark = "reelkeep";
@@ -36,7 +36,7 @@ protected:
             content.replace(at, std::strlen(mark), mark);
         return content;
     }
-    /// New bytes each time: a dropped block that had the same ones already would be no lie.
+    /// The bytes differ in each round: dropping a block whose old bytes are the same would be no lie.
     void fillCard(unsigned round) const
     {
         const std::size_t blocks[] = {1, 2, 20, 1, 300, 2400, 3, 50};
@@ -48,7 +48,7 @@ protected:
     }
     static constexpr unsigned blocksOnCard = 1 + 2 + 20 + 1 + 300 + 2400 + 3 + 50;
 
-    static void tell(FaultDisk& disk, Lie lie, std::uint64_t from)
+    static void plan(FaultDisk& disk, Lie lie, std::uint64_t from)
     {
         std::uint64_t number = 0;
         std::memcpy(&number, mark, sizeof number);
@@ -62,18 +62,18 @@ protected:
     TemporaryFolder card{"/dev/shm"};
 };
 
-TEST_P(LyingDisk, isFoundOutBeforeTheVideoGetsItsName)
+TEST_P(LyingDisk, isNoticedBeforeTheVideoGetsItsName)
 {
     FaultDisk below(320);
     MountedDisk disk(GetParam(), below);
     std::mt19937 random(20240601);
-    const bool hasChecksums = std::string(GetParam()) == "btrfs"; // it finds the difference itself
+    const bool hasChecksums = std::string(GetParam()) == "btrfs"; // the file system itself finds the difference
     const int lies = rounds(hasChecksums ? 4 : 10, hasChecksums ? 100 : 500);
     for (int round = 0; round < lies && !HasFailure(); ++round) {
         const Lie lie = round % 3 == 0 ? Lie::flipsABit : round % 3 == 1 ? Lie::dropsTheData : Lie::returnsOtherData;
         SCOPED_TRACE(std::to_string(round) + ", lie " + std::to_string(lie));
         fillCard(static_cast<unsigned>(round));
-        tell(below, lie, std::uniform_int_distribution<unsigned>(1, blocksOnCard)(random));
+        plan(below, lie, std::uniform_int_distribution<unsigned>(1, blocksOnCard)(random));
         const std::string failure = failureOfCopy(card.location(), disk.location());
         EXPECT_GE(below.control().marked, below.control().lieFrom);
         below.heal();
@@ -92,8 +92,8 @@ TEST_P(LyingDisk, isFoundOutBeforeTheVideoGetsItsName)
 INSTANTIATE_TEST_SUITE_P(On, LyingDisk, testing::Values("ext4", "xfs", "btrfs"),
                          [](const auto& tested) { return std::string(tested.param); });
 
-/// A stick that claims to hold more than it does: what is written beyond its end lands on what is there.
-TEST(FakeStick, isFoundOutBeforeItIsFull)
+/// A stick that claims more space than it has: data written beyond its end overwrites its beginning.
+TEST(LyingDiskFakeStick, isNoticedBeforeItIsFull)
 {
     if (!FaultDisk::isPossible())
         GTEST_SKIP() << "SKIPPED: a disk that lies needs root, FUSE and loop devices";

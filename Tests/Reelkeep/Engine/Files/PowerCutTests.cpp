@@ -26,12 +26,12 @@ namespace fs = std::filesystem;
 /// One entry of a fault disk's log.
 struct Logged {
     FaultDiskLogEntry entry;
-    std::uint64_t data; ///< Where its bytes begin in the log.
-    std::uint64_t end;  ///< Where it ends.
+    std::uint64_t data; ///< The position of its bytes in the log.
+    std::uint64_t end;  ///< The position after it.
 };
 
-/// The power fails while a run copies: what had been flushed before is on the disk, and of what was written since then
-/// any part, in any order.
+/// The power fails while a run copies: the disk has everything written before the last flush, and any part of the
+/// writes since then.
 class PowerCut : public testing::TestWithParam<const char*> {
 protected:
     static constexpr int runs = 6;
@@ -54,7 +54,7 @@ protected:
 
     static std::string folderOf(int run) { return "run" + std::to_string(run); }
 
-    /// Copies one folder after the other, on a disk that another program has put a file on before.
+    /// Copies one folder after another to a disk on which another program has put a file before.
     void copyAll()
     {
         FaultDisk below(std::string(GetParam()) == "xfs" ? 320 : 160, FaultDisk::Log::writes);
@@ -86,7 +86,7 @@ protected:
         image.write(&log[logged.data], static_cast<std::streamsize>(length));
     }
 
-    /// An image of the disk as it is when the power fails right after that entry. To be called with rising numbers.
+    /// An image of the disk if the power fails right after that entry. Must be called with rising numbers.
     Location imageCutAfter(std::size_t last)
     {
         std::size_t flush = last;
@@ -115,7 +115,8 @@ protected:
         return cut;
     }
 
-    /// How many counted videos are lost, and names that stand for something else than a whole video.
+    /// Counts lost videos and names with anything but a complete video, and fails unless the file system may cause
+    /// them.
     void expectNoHarm(const Location& disk, std::uint64_t moment)
     {
         EXPECT_EQ(contentOf(disk.appending("foreign.mov")), "foreign");
@@ -147,13 +148,12 @@ protected:
         }
         damaged += isDamaged ? 1 : 0;
     }
-    /// Without one, what was written without a flush may leave a folder that no repair makes whole: then the next run
-    /// says so.
+    /// Without a journal, unflushed writes may leave a folder damaged beyond repair. The next run reports that.
     static bool hasJournal() { return std::string(GetParam()) != "ntfs" && std::string(GetParam()) != "exfat"; }
-    /// Linux writes to NTFS without its journal, so a cut may undo what a flush has put there.
+    /// Linux writes to NTFS without its journal, so a power cut may undo flushed data.
     static bool mayLose() { return std::string(GetParam()) == "ntfs"; }
 
-    /// Mounted again, after a repair if it has no journal; none if that fails.
+    /// Mounts the image, after a repair if it has no journal; null if that fails.
     std::unique_ptr<MountedDisk> mounted(const Location& image) const
     {
         if (std::string(GetParam()) == "ntfs")
@@ -172,11 +172,11 @@ protected:
     std::mt19937 random;
     std::string log;
     std::vector<Logged> entries;
-    std::vector<std::uint64_t> counted; ///< Where the log ended when each run did.
-    std::size_t applied = 0;            ///< Of the entries, to the current image.
+    std::vector<std::uint64_t> counted; ///< The length of the log at the end of each run.
+    std::size_t applied = 0;            ///< How many entries the current image contains.
     int lost = 0;
     int partial = 0;
-    int damaged = 0; ///< Disks on which a rerun failed.
+    int damaged = 0; ///< The number of disks on which a rerun failed.
 };
 
 TEST_P(PowerCut, leavesNoHalfVideoAndLosesNoneThatWasCounted)

@@ -27,7 +27,7 @@ enum class Deed { createFile, replaceByFile, makeFolder, makeLink, remove, creat
 
 const std::string foreign = "foreign";
 
-/// Carries it out. Returns whether it took the name: what is there then must stay.
+/// Does it. Returns whether it took the name, so that what is there now must stay.
 bool commit(Deed deed, const Location& target, const Location& aside)
 {
     const std::string place = target.path();
@@ -54,7 +54,7 @@ bool commit(Deed deed, const Location& target, const Location& aside)
     return false;
 }
 
-/// One line for each foreign entry that was harmed and each video that is incomplete.
+/// Describes the harm to the foreign entry or to the video, if there is any.
 std::optional<std::string> harmAfter(Deed deed, bool isTaken, bool isCopied, const Location& target,
                                      const std::string& video)
 {
@@ -84,8 +84,8 @@ struct Ground {
     const char* name;
     int fewRounds;
     int manyRounds;
-    /// Without a rename that refuses to replace, and without links, there is a moment in which a file that another
-    /// program renames onto our empty reservation is replaced by ours. No system call closes it.
+    /// False if the disk supports neither links nor a rename that refuses to replace. Then ours may replace a file that
+    /// another program renames onto our empty reservation at that very moment. No system call closes this gap.
     bool protectsFromRenames;
 };
 
@@ -174,7 +174,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
             std::this_thread::yield();
         copied += isCopied ? 1 : 0;
         auto harm = harmAfter(deedOf(number), isTaken, isCopied, target, video);
-        if (harm) { // a FUSE disk caches sizes for a second, for each letter case separately: look past it
+        if (harm) { // a FUSE disk caches sizes for a second, for each letter case separately: look again without that
             std::ofstream("/proc/sys/vm/drop_caches") << "2\n";
             harm = harmAfter(deedOf(number), isTaken, isCopied, target, video);
         }
@@ -189,7 +189,7 @@ TEST_P(RaceTest, neverHarmsWhatAnotherProgramPutsInPlace)
     }
     isOver = true;
     other.join();
-    std::printf("%d rounds, %d copied, %d harmed, %d lost in the moment that remains\n", done, copied, harmed, lost);
+    std::printf("%d rounds, %d copied, %d harmed, %d lost in the gap that remains\n", done, copied, harmed, lost);
     EXPECT_LE(lost, 2 + done / 100);
     EXPECT_GT(copied, 0);
     EXPECT_LT(copied, done);

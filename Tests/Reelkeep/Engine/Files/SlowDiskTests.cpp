@@ -19,7 +19,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// A healthy but slow disk with a file system in user space or in the kernel: its kind, and megabytes per second.
+/// A healthy but slow disk: its file system, and its speed in megabytes per second.
 class SlowDisk : public testing::TestWithParam<std::tuple<const char*, int>> {
 protected:
     void SetUp() override

@@ -27,7 +27,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// The disk that two runs write to, and how it answers to their locks.
+/// The disk that two runs write to, and whether it supports locks.
 struct Place {
     const char* name;
     const char* disk; ///< "here", or a file system to be mounted.
@@ -62,20 +62,20 @@ protected:
         std::vector<std::string> command = {COPY_PROBE, card.location().path(), target().path()};
         if (GetParam().lockError != 0) {
             const std::string error = "REELKEEP_FLOCK_ERROR=" + std::to_string(GetParam().lockError);
-            // The last word: a sanitizer's runtime wants to be loaded first.
+            // The last part: otherwise a sanitizer's runtime insists on being loaded first.
             command.insert(command.begin(), {"env", std::string("LD_PRELOAD=").append(NO_LOCKS), error,
                                              "ASAN_OPTIONS=verify_asan_link_order=0"});
         }
         const FileDescriptor output(::open(log.path().c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600));
         return start(command, output.get());
     }
-    /// A run that was not killed has copied everything, or says that the other was first.
+    /// A run that was not killed has copied everything, or reports that the other one was first.
     static void expectUnderstandableEnd(int status, const Location& log)
     {
         const std::string output = contentOf(log);
         const auto failure = output.find("failed ");
         const std::string text = failure == std::string::npos ? "" : output.substr(failure);
-        // The last: two runs without locks that publish over reservations may meet in one moment.
+        // The last text: two runs without locks may replace the same reservation at the same moment.
         const char* const texts[] = {": otra ventana lo esta copiando",
                                      ": ha aparecido algo con ese nombre durante la copia.",
                                      ": otro programa lo ha cambiado durante la copia."};
@@ -87,7 +87,8 @@ protected:
     {
         for (const std::string& path : everythingBelow(target())) {
             const Location found = target().appending(path);
-            const bool isVideo = path.front() != '.' && LinuxFileManager().fileExists(found); // no empty reservation
+            const bool isReservation = !LinuxFileManager().fileExists(found);
+            const bool isVideo = path.front() != '.' && !isReservation;
             EXPECT_TRUE(!isVideo || contentOf(target().appending(path)) == contentOf(card / path)) << path;
         }
     }
@@ -97,11 +98,11 @@ protected:
     std::unique_ptr<MountedDisk> disk;
 };
 
-TEST_P(TwoRuns, ofWhichOneMayBeKilledLeaveOnlyWholeVideosAndARerunConverges)
+TEST_P(TwoRuns, leaveOnlyWholeVideosEvenIfOneIsKilledAndARerunCompletes)
 {
     const Location logs[] = {folder / "log1", folder / "log2"};
     std::mt19937 random(20261122);
-    long wholeTime = 60'000; // microseconds, follows the machine
+    long wholeTime = 60'000; // microseconds; follows the speed of the machine
     int killed = 0;
     int refused = 0;
     const int count = rounds(12, 500);
@@ -113,7 +114,7 @@ TEST_P(TwoRuns, ofWhichOneMayBeKilledLeaveOnlyWholeVideosAndARerunConverges)
         const pid_t runs[] = {startRun(logs[0]), startRun(logs[1])};
         const bool kills = round % 2 == 0;
         if (kills) {
-            // the moment of the kill is what varies
+            // The kill comes at a random moment.
             std::this_thread::sleep_for(
                 std::chrono::microseconds(std::uniform_int_distribution<long>(0, wholeTime)(random)));
             ::kill(runs[0], SIGKILL);

@@ -18,7 +18,7 @@
 namespace reelkeep {
 namespace {
 
-/// Memory, unless it is too small for a large video and its copy, as in containers; then TMPDIR.
+/// In memory, unless that is too small for a large video and its copy, as in containers; then TMPDIR.
 std::string roomyFolder()
 {
     std::error_code failure;
@@ -116,7 +116,7 @@ TEST_F(Writing, distinguishesADiskThatIsGoneFromADamagedOne)
     EXPECT_NE(failureOn("pread", 0).find(damaged), std::string::npos);
 }
 
-TEST_F(Writing, goesOnThroughThePageCacheIfTheDiskRefusesDirectWrites)
+TEST_F(Writing, continuesThroughThePageCacheIfTheDiskRefusesDirectWrites)
 {
     makeVideo(9);
     for (const std::size_t refused : {1U, 2U}) {
@@ -126,8 +126,8 @@ TEST_F(Writing, goesOnThroughThePageCacheIfTheDiskRefusesDirectWrites)
     }
 }
 
-/// The last chance: a video that has its name stays.
-TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
+/// Not later: a video that has its name stays.
+TEST_F(Writing, canBeStoppedRightBeforeTheVideoGetsItsName)
 {
     makeVideo(1);
     for (const bool isPublished : {false, true}) {
@@ -147,8 +147,7 @@ TEST_F(Writing, isStoppedRightBeforeTheVideoGetsItsName)
     }
 }
 
-/// After a stop during a read nothing is written, after one during a write nothing is read, and no long call is started
-/// at the end.
+/// After a stop during a read nothing is written, after one during a write nothing is read, and nothing is synced.
 TEST_F(Writing, isStoppedBeforeTheNextReadOrWrite)
 {
     makeVideo(9);
@@ -231,8 +230,8 @@ TEST_F(Writing, isRefusedIfOnlyReservedSpaceIsLeft)
     EXPECT_EQ(copy({.freeBlocks = 1'000'000, .freeToAll = 256}).failure, "");
 }
 
-/// As on file systems in user space and on disks that are nearly full.
-TEST_F(Writing, goesOnAfterShortReadsAndWrites)
+/// As happen on file systems in user space and on disks that are nearly full.
+TEST_F(Writing, continuesAfterShortReadsAndWrites)
 {
     makeVideo(9);
     for (const std::size_t most : {std::size_t(65'537), std::size_t(1'500'000)}) {
