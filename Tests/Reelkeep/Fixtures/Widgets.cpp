@@ -8,6 +8,9 @@
 #include <QTextBoundaryFinder>
 #include <QWheelEvent>
 
+#include <gtest/gtest.h>
+
+#include <cstdlib>
 #include <ostream>
 #include <stdexcept>
 
@@ -29,6 +32,35 @@ void showActive(QWidget& widget)
 QImage picture(QWidget& widget)
 {
     return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+}
+
+void resizeToIdeal(QWidget& widget)
+{
+    widget.resize(widget.sizeHint());
+    widget.ensurePolished();
+}
+
+bool areClose(const QColor& one, const QColor& other, int tolerance)
+{
+    return std::abs(one.red() - other.red()) <= tolerance && std::abs(one.green() - other.green()) <= tolerance &&
+           std::abs(one.blue() - other.blue()) <= tolerance;
+}
+
+void expectClose(const QColor& actual, const QColor& expected, const char* what)
+{
+    EXPECT_TRUE(areClose(actual, expected)) << what << " is " << written(actual) << " instead of " << written(expected);
+}
+
+std::string written(const QColor& color)
+{
+    return std::to_string(color.red()) + " " + std::to_string(color.green()) + " " + std::to_string(color.blue());
+}
+
+void moveMouseOver(QWidget& widget, bool isOver)
+{
+    QEnterEvent enter(QPointF(3, 3), QPointF(3, 3), QPointF(3, 3));
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&widget, isOver ? &enter : &leave);
 }
 
 void turnWheel(QWidget& widget, QPoint place, int notches)

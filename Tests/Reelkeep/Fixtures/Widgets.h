@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QColor>
 #include <QImage>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
 
 #include <iosfwd>
+#include <string>
 #include <vector>
 
 class QAccessibleInterface;
@@ -21,8 +23,27 @@ class TextWidget;
 /// Shows a widget and waits until its window is active.
 void showActive(QWidget& widget);
 
+/// Shows a control inside a window, as in the program, and not as a window.
+template <class Control>
+Control& shownIn(QWidget& window, Control* control)
+{
+    control->setParent(&window);
+    showActive(window);
+    return *control;
+}
+
+void resizeToIdeal(QWidget& widget);
+
 /// The widget as painted on the background of its window.
 QImage picture(QWidget& widget);
+
+/// Whether two colours look the same.
+bool areClose(const QColor& one, const QColor& other, int tolerance = 2);
+void expectClose(const QColor& actual, const QColor& expected, const char* what);
+std::string written(const QColor& color);
+
+/// Moves the mouse over a widget, or away from it.
+void moveMouseOver(QWidget& widget, bool isOver);
 
 /// Turns the wheel over a point; negative notches turn it towards the user, which scrolls down.
 void turnWheel(QWidget& widget, QPoint place, int notches);

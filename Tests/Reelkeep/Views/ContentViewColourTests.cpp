@@ -14,11 +14,6 @@ namespace {
 
 using enum WindowState;
 
-std::string written(const QColor& color)
-{
-    return std::to_string(color.red()) + " " + std::to_string(color.green()) + " " + std::to_string(color.blue());
-}
-
 /// The window as it is painted in a theme.
 class ContentViewColour : public WindowTest {
 protected:
@@ -60,13 +55,6 @@ protected:
         const QColor ink = Appearance::over(words.color().resolved(Appearance::of(&words)), ground);
         return Appearance::contrast(ink, ground);
     }
-    void expectColour(const QColor& actual, const QColor& expected, const char* what) const
-    {
-        const int off = std::max({std::abs(actual.red() - expected.red()), std::abs(actual.green() - expected.green()),
-                                  std::abs(actual.blue() - expected.blue())});
-        EXPECT_LE(off, 2) << what << " is " << written(actual) << " and not " << written(expected);
-    }
-
     std::optional<PaletteChange> change;
     QImage image;
 };
@@ -176,29 +164,29 @@ TEST_P(ContentViewColourTable, isPainted)
 {
     const ThemeColours& expected = GetParam();
     show(expected.palette(), analysed);
-    expectColour(at(4, 4), expected.window, "window");
+    expectClose(at(4, 4), expected.window, "window");
     const QRect plate = placeOf(part(QStringLiteral("Paso 1, Camara o tarjeta")));
-    expectColour(at(plate.left() + 9, plate.top() + 9), expected.plateStart, "plate start");
-    expectColour(at(plate.right() - 9, plate.bottom() - 9), expected.plateEnd, "plate end");
-    expectColour(fillOf(part(QStringLiteral("1, Camara, origen"))), expected.pill, "pill");
-    expectColour(fillOf(part(QStringLiteral("Disco B, /media/ana/Disco B"))), expected.reviewRow, "review row");
-    expectColour(fillOf(part(QStringLiteral("En camara: 27, videos detectados"))), expected.window, "card");
-    expectColour(fillOf(*list()), expected.listBase, "list");
+    expectClose(at(plate.left() + 9, plate.top() + 9), expected.plateStart, "plate start");
+    expectClose(at(plate.right() - 9, plate.bottom() - 9), expected.plateEnd, "plate end");
+    expectClose(fillOf(part(QStringLiteral("1, Camara, origen"))), expected.pill, "pill");
+    expectClose(fillOf(part(QStringLiteral("Disco B, /media/ana/Disco B"))), expected.reviewRow, "review row");
+    expectClose(fillOf(part(QStringLiteral("En camara: 27, videos detectados"))), expected.window, "card");
+    expectClose(fillOf(*list()), expected.listBase, "list");
 
     const QWidget& blueBox = boxOf(QStringLiteral("EOS_DIGITAL"));
-    expectColour(fillOf(blueBox), expected.blueBox, "path box of step 1");
-    expectColour(strokeOf(blueBox), expected.blueStroke, "its stroke");
+    expectClose(fillOf(blueBox), expected.blueBox, "path box of step 1");
+    expectClose(strokeOf(blueBox), expected.blueStroke, "its stroke");
     const QWidget& greenBox =
         *textIn(QStringLiteral("Paso 2, Destino de copia"), QStringLiteral("Archivo 2026")).parentWidget();
-    expectColour(fillOf(greenBox), expected.greenBox, "path box of step 2");
-    expectColour(strokeOf(greenBox), expected.greenStroke, "its stroke");
+    expectClose(fillOf(greenBox), expected.greenBox, "path box of step 2");
+    expectClose(strokeOf(greenBox), expected.greenStroke, "its stroke");
     const QWidget& orangeBox = boxOf(QStringLiteral("3 ubicaciones seleccionadas"));
-    expectColour(fillOf(orangeBox), expected.orangeBox, "count box");
-    expectColour(strokeOf(orangeBox), expected.orangeStroke, "its stroke");
+    expectClose(fillOf(orangeBox), expected.orangeBox, "count box");
+    expectClose(strokeOf(orangeBox), expected.orangeStroke, "its stroke");
 
     const QRect copyPanel = placeOf(part(QStringLiteral("Copiar lo que falta")));
-    expectColour(at(copyPanel.left() + 9, copyPanel.top() + 9), expected.copyPanelStart, "copy panel start");
-    expectColour(at(copyPanel.left() + 20, copyPanel.top()), expected.copyPanelStroke, "its stroke");
+    expectClose(at(copyPanel.left() + 9, copyPanel.top() + 9), expected.copyPanelStart, "copy panel start");
+    expectClose(at(copyPanel.left() + 20, copyPanel.top()), expected.copyPanelStroke, "its stroke");
 }
 
 TEST_P(ContentViewColourTable, isPaintedWhileNothingIsChosen)
@@ -207,10 +195,10 @@ TEST_P(ContentViewColourTable, isPaintedWhileNothingIsChosen)
     show(expected.palette(), fresh);
     const TextWidget& pending = textIn(QStringLiteral("Paso 1, Camara o tarjeta"), QStringLiteral("Pendiente"));
     const QRect badge = placeOf(*pending.parentWidget());
-    expectColour(at(badge.right() - 6, badge.center().y()), expected.greyBadge, "grey badge");
-    expectColour(at(badge.left() + 10 + 4, badge.center().y()), expected.greyDot, "grey dot");
+    expectClose(at(badge.right() - 6, badge.center().y()), expected.greyBadge, "grey badge");
+    expectClose(at(badge.left() + 10 + 4, badge.center().y()), expected.greyDot, "grey dot");
     const QWidget& empty = boxOf(QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas"));
-    expectColour(fillOf(empty), expected.pill, "empty state");
+    expectClose(fillOf(empty), expected.pill, "empty state");
 }
 
 TEST_P(ContentViewColourTable, givesTheContrastOfTheNamedExceptions)
@@ -350,7 +338,7 @@ TEST_F(ContentViewColour, keepsTheAccentsInBothThemes)
     change.emplace(darkPalette());
     settle();
     image = picture(*window);
-    expectColour(at(tile.left() + 12, tile.top() + 12), lightTile, "tile of step 3");
+    expectClose(at(tile.left() + 12, tile.top() + 12), lightTile, "tile of step 3");
 }
 
 } // namespace

@@ -1,27 +1,13 @@
 #include "Fixtures/Desktops.h"
+#include "Fixtures/Widgets.h"
 #include "UI/Design.h"
 
 #include <QPainter>
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
 namespace reelkeep {
 namespace {
-
-std::string text(const QColor& color)
-{
-    return std::to_string(color.red()) + " " + std::to_string(color.green()) + " " + std::to_string(color.blue());
-}
-
-void expectClose(const QColor& actual, const QColor& expected, const char* what)
-{
-    const bool close = std::abs(actual.red() - expected.red()) <= 2 &&
-                       std::abs(actual.green() - expected.green()) <= 2 &&
-                       std::abs(actual.blue() - expected.blue()) <= 2;
-    EXPECT_TRUE(close) << what << " is " << text(actual) << " and not " << text(expected);
-}
 
 QColor grey(int level)
 {
@@ -117,7 +103,7 @@ TEST(Appearance, keepsEveryTextReadableOnTheBackgroundsOfCommonDesktops)
         for (const QColor& ground : {appearance.window(), appearance.listBase()}) {
             for (const QColor& color : {appearance.primary(), appearance.secondary(), appearance.tertiary()})
                 EXPECT_GE(Appearance::contrast(Appearance::over(color, ground), ground), 4.5)
-                    << name << " on " << text(ground);
+                    << name << " on " << written(ground);
         }
     }
 }
@@ -130,7 +116,7 @@ TEST(Appearance, keepsSecondaryTextReadableOnTintedBoxesOfCommonDesktops)
         for (const QColor& tint : {accent::analysisBlue, accent::copyGreen, accent::reviewOrange}) {
             const QColor box = Appearance::over(Tint::of(tint, 0.10).resolved(appearance), plate);
             EXPECT_GE(Appearance::contrast(Appearance::over(appearance.secondary(), box), box), 4.5)
-                << name << " on " << text(box);
+                << name << " on " << written(box);
         }
     }
 }

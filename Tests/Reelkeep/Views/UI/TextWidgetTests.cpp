@@ -1,13 +1,7 @@
 #include "Fixtures/Desktops.h"
-#include "Fixtures/Widgets.h"
-#include "UI/TextWidget.h"
+#include "Fixtures/TextWidgetTest.h"
 
-#include <QApplication>
-#include <QClipboard>
-#include <QContextMenuEvent>
 #include <QFontMetricsF>
-#include <QMenu>
-#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -16,46 +10,6 @@
 
 namespace reelkeep {
 namespace {
-
-const QString longPath = QStringLiteral("/media/ana/") + QStringLiteral("Proyectos terminados/").repeated(40) +
-                         QStringLiteral("el ultimo.MOV");
-
-class TextWidgetTest : public testing::Test {
-protected:
-    TextWidget& make(const QString& content)
-    {
-        text.setText(content);
-        text.resize(text.sizeHint());
-        return text;
-    }
-    TextWidget& make(const QString& content, int width)
-    {
-        text.setText(content);
-        text.resize(width, text.heightForWidth(width));
-        return text;
-    }
-    TextWidget& makeSelectable(const QString& content)
-    {
-        text.setSelectable(true);
-        make(content);
-        showActive(text);
-        text.setFocus();
-        return text;
-    }
-    TextWidget& makePath(int width)
-    {
-        text.setStyle(type::monospacedCaption);
-        text.setLineLimit(3);
-        text.setSelectable(true);
-        make(longPath, width);
-        showActive(text);
-        text.setFocus();
-        return text;
-    }
-    QString clipboard() const { return QApplication::clipboard()->text(); }
-
-    TextWidget text;
-};
 
 TEST_F(TextWidgetTest, fitOnOneLineAtTheirIdealWidth)
 {
@@ -138,189 +92,6 @@ TEST_F(TextWidgetTest, areCutIfTheWidgetIsTooLow)
     EXPECT_TRUE(text.isCut());
 }
 
-TEST_F(TextWidgetTest, areCopiedWholeAlthoughTheirEndIsCutOff)
-{
-    makePath(300);
-    QTest::keySequence(&text, QKeySequence::SelectAll);
-    QTest::keySequence(&text, QKeySequence::Copy);
-    EXPECT_EQ(clipboard(), longPath);
-}
-
-TEST_F(TextWidgetTest, areCopiedWholeWhenNothingIsSelected)
-{
-    makePath(300);
-    QTest::keySequence(&text, QKeySequence::Copy);
-    EXPECT_EQ(clipboard(), longPath);
-}
-
-TEST_F(TextWidgetTest, areSelectedToTheirCutOffEndByADragAcrossTheEllipsis)
-{
-    makePath(300);
-    QTest::mousePress(&text, Qt::LeftButton, {}, QPoint(0, 3));
-    QTest::mouseMove(&text, QPoint(299, 38));
-    QTest::mouseRelease(&text, Qt::LeftButton, {}, QPoint(299, 38));
-    EXPECT_EQ(text.selectedText(), longPath);
-}
-
-TEST_F(TextWidgetTest, areSelectedByADrag)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    QTest::mousePress(&text, Qt::LeftButton, {}, text.characterRect(7).topLeft().toPoint() + QPoint(0, 8));
-    QTest::mouseMove(&text, text.characterRect(10).topLeft().toPoint() + QPoint(0, 8));
-    QTest::mouseRelease(&text, Qt::LeftButton, {}, text.characterRect(10).topLeft().toPoint() + QPoint(0, 8));
-    EXPECT_EQ(text.selectedText(), QStringLiteral("ana"));
-    QTest::keySequence(&text, QKeySequence::Copy);
-    EXPECT_EQ(clipboard(), QStringLiteral("ana"));
-}
-
-TEST_F(TextWidgetTest, areSelectedAcrossLinesByADrag)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS_DIGITAL/DCIM/100CANON"));
-    text.resize(120, text.heightForWidth(120));
-    const auto from = text.characterRect(7).center().toPoint() - QPoint(3, 0);
-    const auto to = text.characterRect(23).center().toPoint() - QPoint(3, 0);
-    ASSERT_NE(from.y(), to.y());
-    QTest::mousePress(&text, Qt::LeftButton, {}, from);
-    QTest::mouseMove(&text, to);
-    QTest::mouseRelease(&text, Qt::LeftButton, {}, to);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("ana/EOS_DIGITAL/"));
-}
-
-TEST_F(TextWidgetTest, areSelectedCompletelyByADoubleClick)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    QTest::mouseDClick(&text, Qt::LeftButton, {}, QPoint(20, 8));
-    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
-}
-
-TEST_F(TextWidgetTest, extendTheirSelectionToAClickWithShift)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    QTest::mouseClick(&text, Qt::LeftButton, {}, text.characterRect(1).topLeft().toPoint() + QPoint(0, 8));
-    QTest::mouseClick(&text, Qt::LeftButton, Qt::ShiftModifier,
-                      text.characterRect(6).topLeft().toPoint() + QPoint(0, 8));
-    EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
-}
-
-TEST_F(TextWidgetTest, areSelectedByKeys)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
-    for (int count = 0; count < 6; ++count)
-        QTest::keySequence(&text, QKeySequence::SelectNextChar);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("/media"));
-    QTest::keySequence(&text, QKeySequence::SelectPreviousChar);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("/medi"));
-    QTest::keySequence(&text, QKeySequence::SelectEndOfLine);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
-    QTest::keySequence(&text, QKeySequence::MoveToEndOfLine);
-    EXPECT_FALSE(text.hasSelection());
-    QTest::keySequence(&text, QKeySequence::SelectStartOfLine);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
-}
-
-TEST_F(TextWidgetTest, areSelectedByCharacterEvenIfOneTakesTwoUnits)
-{
-    makeSelectable(QStringLiteral("🎬.MOV"));
-    QTest::keySequence(&text, QKeySequence::MoveToStartOfLine);
-    QTest::keySequence(&text, QKeySequence::SelectNextChar);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("🎬"));
-    QTest::keySequence(&text, QKeySequence::SelectNextChar);
-    QTest::keySequence(&text, QKeySequence::SelectPreviousChar);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("🎬"));
-    QTest::keySequence(&text, QKeySequence::SelectPreviousChar);
-    EXPECT_FALSE(text.hasSelection());
-}
-
-TEST_F(TextWidgetTest, showWhatIsSelected)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    const QImage plain = picture(text);
-    QTest::keySequence(&text, QKeySequence::SelectAll);
-    EXPECT_NE(plain, picture(text));
-}
-
-TEST_F(TextWidgetTest, offerToBeCopiedInAMenu)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(5, 5), text.mapToGlobal(QPoint(5, 5)));
-    QApplication::sendEvent(&text, &event);
-    auto* menu = text.findChild<QMenu*>();
-    ASSERT_NE(menu, nullptr);
-    ASSERT_EQ(menu->actions().size(), 2);
-    EXPECT_EQ(menu->actions().at(0)->text(), QStringLiteral("Copiar"));
-    EXPECT_EQ(menu->actions().at(1)->text(), QStringLiteral("Seleccionar todo"));
-    menu->actions().at(1)->trigger();
-    EXPECT_EQ(text.selectedText(), QStringLiteral("/media/ana/EOS"));
-    QApplication::clipboard()->clear();
-    menu->actions().at(0)->trigger();
-    EXPECT_EQ(clipboard(), QStringLiteral("/media/ana/EOS"));
-    menu->close();
-}
-
-TEST_F(TextWidgetTest, keepTheirSelectionWhenTheirMenuIsOpened)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    showActive(text);
-    text.setFocus();
-    text.select(7, 10);
-    const QPoint place = text.rect().center();
-    QTest::mousePress(&text, Qt::RightButton, {}, place);
-    QContextMenuEvent event(QContextMenuEvent::Mouse, place, text.mapToGlobal(place));
-    QApplication::sendEvent(&text, &event);
-    auto* menu = text.findChild<QMenu*>();
-    ASSERT_NE(menu, nullptr);
-    EXPECT_EQ(text.selectedText(), QStringLiteral("ana"));
-    menu->actions().at(0)->trigger();
-    EXPECT_EQ(clipboard(), QStringLiteral("ana"));
-    menu->close();
-}
-
-TEST_F(TextWidgetTest, loseTheirSelectionWithTheFocus)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    text.selectAll();
-    text.clearFocus();
-    EXPECT_FALSE(text.hasSelection());
-}
-
-TEST_F(TextWidgetTest, loseTheirSelectionWhenTheyChange)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    text.selectAll();
-    text.setText(QStringLiteral("/media/ana"));
-    EXPECT_FALSE(text.hasSelection());
-    EXPECT_EQ(text.selectedText(), QString());
-}
-
-TEST_F(TextWidgetTest, keepTheirSelectionWhenTheyAreSetAgainUnchanged)
-{
-    makeSelectable(QStringLiteral("/media/ana/EOS"));
-    text.select(1, 6);
-    text.setText(QStringLiteral("/media/ana/EOS"));
-    EXPECT_EQ(text.selectedText(), QStringLiteral("media"));
-}
-
-TEST_F(TextWidgetTest, cannotBeSelectedByDefault)
-{
-    make(QStringLiteral("Listo"));
-    showActive(text);
-    QTest::mouseDClick(&text, Qt::LeftButton, {}, QPoint(5, 5));
-    QTest::mousePress(&text, Qt::LeftButton, {}, QPoint(0, 5));
-    QTest::mouseMove(&text, QPoint(20, 5));
-    QTest::mouseRelease(&text, Qt::LeftButton, {}, QPoint(20, 5));
-    EXPECT_FALSE(text.hasSelection());
-    EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
-}
-
-TEST_F(TextWidgetTest, takeTheFocusOnlyIfSelectable)
-{
-    text.setSelectable(true);
-    EXPECT_EQ(text.focusPolicy(), Qt::StrongFocus);
-    text.setSelectable(false);
-    EXPECT_EQ(text.focusPolicy(), Qt::NoFocus);
-}
-
 TEST_F(TextWidgetTest, showControlCharactersAsSymbols)
 {
     const QString name = QStringLiteral("a\nb\tc\x7f") + QChar::LineSeparator + QStringLiteral("d\r");
@@ -331,15 +102,6 @@ TEST_F(TextWidgetTest, showControlCharactersAsSymbols)
     expected.setText(QStringLiteral("a␊b␉c␡␤d␍"));
     expected.resize(text.size());
     EXPECT_EQ(shown, picture(expected));
-}
-
-TEST_F(TextWidgetTest, areCopiedWithTheirControlCharacters)
-{
-    const QString name = QStringLiteral("a\nb\tc.MOV");
-    makeSelectable(name);
-    QTest::keySequence(&text, QKeySequence::SelectAll);
-    QTest::keySequence(&text, QKeySequence::Copy);
-    EXPECT_EQ(clipboard(), name);
 }
 
 TEST_F(TextWidgetTest, arePlainText)

@@ -1,62 +1,32 @@
 #include "Fixtures/Desktops.h"
 #include "Fixtures/EventLoop.h"
-#include "Fixtures/Widgets.h"
-#include "UI/RowList.h"
-#include "UI/View.h"
-#include "VideoSyncModels.h"
+#include "Fixtures/ShownView.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace reelkeep {
 namespace {
 
-/// A view, shown as a window.
-class Shown {
-public:
-    explicit Shown(View made) : view(std::move(made)), widget(view.widget)
-    {
-        view.refresh();
-        widget->resize(600, 400);
-        showActive(*widget);
-    }
-    void refresh() const { view.refresh(); }
-    QStringList words() const
-    {
-        if (auto* text = qobject_cast<TextWidget*>(widget.get()))
-            return {text->text()};
-        return shownWords(*widget);
-    }
-    template <class Wanted>
-    Wanted& find() const
-    {
-        return *widget->findChild<Wanted*>();
-    }
-
-private:
-    View view;
-
-public:
-    std::unique_ptr<QWidget> widget;
-};
-
 TEST(View, showsAConstant)
 {
-    EXPECT_EQ(Shown(Text("Listo")).words(), QStringList{QStringLiteral("Listo")});
+    EXPECT_EQ(ShownView(Text("Listo")).words(), QStringList{QStringLiteral("Listo")});
 }
 
 TEST(View, callsALambdaAtEachRefresh)
 {
     int count = 4;
-    const Shown shown(VStack({}, {Text([&] { return QString::number(count); })}));
+    const ShownView shown(VStack({}, {Text([&] { return QString::number(count); })}));
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("4")});
     count = 12;
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("4")});
@@ -69,14 +39,14 @@ TEST(View, decodesBytesAsText)
     EXPECT_EQ(displayText("C\xc3\xa1mara"), QStringLiteral("Cámara"));
     EXPECT_EQ(displayText("a\xff.MOV"), QStringLiteral("a\uFFFD.MOV"));
     EXPECT_EQ(displayText(""), QString());
-    const Shown shown(VStack({}, {Text([] { return std::string("a\xff.MOV"); })}));
+    const ShownView shown(VStack({}, {Text([] { return std::string("a\xff.MOV"); })}));
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("a\uFFFD.MOV")});
 }
 
 TEST(View, isShownWhileItsConditionHolds)
 {
     bool holds = false;
-    const Shown shown(VStack({}, {Text("siempre"), Text("a veces").visible([&] { return holds; })}));
+    const ShownView shown(VStack({}, {Text("siempre"), Text("a veces").visible([&] { return holds; })}));
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("siempre")});
     holds = true;
     shown.refresh();
@@ -89,7 +59,7 @@ TEST(View, isShownWhileItsConditionHolds)
 TEST(View, isEnabledWhileItsConditionHolds)
 {
     bool holds = false;
-    const Shown shown(VStack({}, {PushButton("Quitar", [] {}).enabled([&] { return holds; })}));
+    const ShownView shown(VStack({}, {PushButton("Quitar", [] {}).enabled([&] { return holds; })}));
     EXPECT_FALSE(shown.find<QPushButton>().isEnabled());
     holds = true;
     shown.refresh();
@@ -99,7 +69,7 @@ TEST(View, isEnabledWhileItsConditionHolds)
 TEST(View, callsItsActionOncePerPress)
 {
     int presses = 0;
-    const Shown shown(VStack({}, {PushButton("Quitar", [&] { ++presses; })}));
+    const ShownView shown(VStack({}, {PushButton("Quitar", [&] { ++presses; })}));
     QTest::mouseClick(&shown.find<QPushButton>(), Qt::LeftButton);
     EXPECT_EQ(presses, 1);
 }
@@ -107,7 +77,7 @@ TEST(View, callsItsActionOncePerPress)
 TEST(View, refreshesNestedViews)
 {
     int reads = 0;
-    const Shown shown(HStack({}, {VStack({}, {HStack({}, {Text([&] { return QString::number(++reads); })})})}));
+    const ShownView shown(HStack({}, {VStack({}, {HStack({}, {Text([&] { return QString::number(++reads); })})})}));
     shown.refresh();
     EXPECT_EQ(shown.words(), QStringList{QStringLiteral("2")});
 }
@@ -116,12 +86,12 @@ TEST(ViewToggle, writesOnlyWhatTheUserChose)
 {
     bool value = true;
     int writes = 0;
-    const Shown shown(VStack({}, {Toggle(
-                                     QStringLiteral("Mantener"), [&] { return value; },
-                                     [&](bool on) {
-                                         value = on;
-                                         ++writes;
-                                     })}));
+    const ShownView shown(VStack({}, {Toggle(
+                                         QStringLiteral("Mantener"), [&] { return value; },
+                                         [&](bool on) {
+                                             value = on;
+                                             ++writes;
+                                         })}));
     auto& toggle = shown.find<QAbstractButton>();
     EXPECT_TRUE(toggle.isChecked());
     value = false;
@@ -145,7 +115,7 @@ protected:
     std::vector<PickerEntry> entries = {{"/a", QStringLiteral("a")}, {"/b", QStringLiteral("b")}};
     std::string selection = "/b";
     std::vector<std::string> written;
-    Shown shown{make()};
+    ShownView shown{make()};
     QComboBox& popUp = shown.find<QComboBox>();
 };
 
@@ -192,7 +162,7 @@ TEST_F(ViewPicker, hasItsLabelBeforeIt)
 TEST(ViewProgressBar, showsItsFraction)
 {
     double value = 0.0;
-    const Shown shown(VStack({}, {ProgressBar(QStringLiteral("Progreso"), [&] { return value; })}));
+    const ShownView shown(VStack({}, {ProgressBar(QStringLiteral("Progreso"), [&] { return value; })}));
     auto& bar = shown.find<QProgressBar>();
     EXPECT_EQ(bar.value(), bar.minimum());
     value = 1.0;
@@ -211,7 +181,7 @@ protected:
         EXPECT_TRUE(circle.rect().contains(number->geometry()));
     }
 
-    Shown shown{
+    ShownView shown{
         VStack({}, {Circle(28, Plate{{.fill = Tint::of(Qt::red), .radius = plate::capsule}}, {Text("1").headline()})})};
 };
 
@@ -237,7 +207,7 @@ TEST_F(ViewCircle, growsWithTheUsersFont)
 
 TEST(ViewSymbol, growsWithTheUsersFont)
 {
-    const Shown shown{Symbol({"down", 26, 30})};
+    const ShownView shown{Symbol({"down", 26, 30})};
     EXPECT_EQ(shown.widget->sizeHint(), QSize(30, 26));
     const FontChange change(designFont(2));
     EXPECT_EQ(shown.widget->sizeHint(), QSize(60, 52));
@@ -260,7 +230,7 @@ protected:
 
     std::vector<int> items = {1, 2, 3};
     int built = 0;
-    std::unique_ptr<Shown> shown = std::make_unique<Shown>(make());
+    std::unique_ptr<ShownView> shown = std::make_unique<ShownView>(make());
 };
 
 TEST_F(ViewForEach, hasOneElementPerItemInTheirOrder)
@@ -296,124 +266,6 @@ TEST_F(ViewForEach, canBecomeEmptyAndFillAgain)
     shown->refresh();
     letEventsPass();
     EXPECT_EQ(shown->words(), QStringList{QStringLiteral("7")});
-}
-
-class ViewList : public testing::Test {
-protected:
-    static VideoList videos(int begin, int end)
-    {
-        std::vector<VideoFile> made;
-        for (int number = begin; number < end; ++number) {
-            const std::string name = "MVI_" + std::to_string(number) + ".MOV";
-            made.push_back({.id = name, .url = {}, .relativePath = name, .fileName = name, .size = 1, .createdAt = {}});
-        }
-        return made;
-    }
-    View make()
-    {
-        return VStack(
-            {}, {List<VideoList>(
-                    QStringLiteral("Videos"),
-                    {.items = [this] { return items; },
-                     .id = [](const VideoFile& video) { return std::string_view(video.id); },
-                     .row =
-                         [](const std::function<const VideoFile&()>& video) {
-                             return HStack(
-                                 {}, {VStack({}, {Text([video] { return video().fileName; }).selectableByMouse()}),
-                                      Spacer()});
-                         },
-                     .description = [](const VideoFile& video) { return QStringList(displayText(video.fileName)); },
-                     .copiedText = [](const VideoFile& video) { return displayText(video.relativePath); }})});
-    }
-    void scrollTo(int position) const { list.verticalScrollBar()->setValue(position); }
-    int position() const { return list.verticalScrollBar()->value(); }
-
-    VideoList items = videos(0, 1000);
-    Shown shown{make()};
-    RowList& list = shown.find<RowList>();
-};
-
-TEST_F(ViewList, isReadByItsName)
-{
-    EXPECT_EQ(spokenName(list), QStringLiteral("Videos"));
-    EXPECT_EQ(list.rowCount(), 1000);
-}
-
-TEST_F(ViewList, keepsScrollPositionAndSelectionWhileTheListIsTheSame)
-{
-    scrollTo(5000);
-    list.setCurrentRow(105);
-    const int before = position();
-    TextWidget* text = shownTexts(list).front();
-    text->selectAll();
-    shown.refresh();
-    EXPECT_EQ(position(), before);
-    EXPECT_EQ(list.currentRow(), 105);
-    EXPECT_TRUE(text->hasSelection());
-}
-
-TEST_F(ViewList, keepsScrollPositionAndSelectionWhenTheItemsAreEqual)
-{
-    scrollTo(5000);
-    list.setCurrentRow(105);
-    const int before = position();
-    TextWidget* text = shownTexts(list).front();
-    text->selectAll();
-    items = videos(0, 1000);
-    shown.refresh();
-    EXPECT_EQ(position(), before);
-    EXPECT_EQ(list.currentRow(), 105);
-    EXPECT_TRUE(text->hasSelection());
-}
-
-TEST_F(ViewList, keepsTheItemsInViewWhenOthersComeOrGo)
-{
-    scrollTo(200 * 49 + 7);
-    list.setCurrentRow(203);
-    items = videos(150, 1000);
-    shown.refresh();
-    EXPECT_EQ(position(), 50 * 49 + 7);
-    EXPECT_EQ(list.currentRow(), 53);
-    items = videos(100, 204);
-    shown.refresh();
-    EXPECT_EQ(list.currentRow(), 103);
-    EXPECT_TRUE(list.viewport()->rect().contains(list.rowRect(103)));
-}
-
-TEST_F(ViewList, startsAtTheTopWhenItsItemsAreGone)
-{
-    scrollTo(5000);
-    items = videos(2000, 3000);
-    shown.refresh();
-    EXPECT_EQ(position(), 0);
-    EXPECT_EQ(list.currentRow(), 0);
-    EXPECT_EQ(list.rowCount(), 1000);
-}
-
-TEST_F(ViewList, growsRowsForLongerNames)
-{
-    shown.widget->resize(200, 400);
-    letEventsPass();
-    const int before = list.rowRect(0).height();
-    VideoFile deep = items[0];
-    deep.fileName = "carpeta con un nombre largo y otra carpeta y otra mas en un camino que no cabe en dos ni en tres "
-                    "ni en cuatro lineas.MOV";
-    deep.relativePath = deep.fileName;
-    items = {items[1], deep};
-    shown.refresh();
-    EXPECT_EQ(list.rowRect(0).height(), before);
-    EXPECT_GT(list.rowRect(1).height(), before);
-    letEventsPass();
-    for (const TextWidget* text : shownTexts(list))
-        EXPECT_FALSE(text->isCut()) << text->text().toStdString();
-}
-
-TEST_F(ViewList, showsBothOfTwoItemsThatShareAnId)
-{
-    const VideoFile twin = items[0];
-    items = {twin, twin};
-    shown.refresh();
-    EXPECT_EQ(shown.words(), (QStringList{QStringLiteral("MVI_0.MOV"), QStringLiteral("MVI_0.MOV")}));
 }
 
 } // namespace
