@@ -47,6 +47,12 @@ protected:
         for (const std::string& name : names)
             card.file("DCIM/" + name, "content of " + name);
     }
+    void fillCardWith(const std::vector<std::string>& paths)
+    {
+        names = paths;
+        for (const std::string& path : paths)
+            card.file(path, path);
+    }
     CopyJob job(bool preserves = true) const
     {
         std::vector<VideoFile> videos;
@@ -164,9 +170,7 @@ TEST_F(CopyRunTest, leavesNothingHiddenWhenItIsStopped)
 /// The first one is still being copied when the turn of the second comes.
 TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNames)
 {
-    names = {"a/x.mov", "b/y.mov", "b/x.mov"};
-    for (const std::string& name : names)
-        card.file(name, name);
+    fillCardWith({"a/x.mov", "b/y.mov", "b/x.mov"});
     EXPECT_EQ(failureOf(job(false)), "none");
     EXPECT_EQ(summary, CopySummary({2, 1, disk.location()}));
     EXPECT_EQ(contentOf(disk / "x.mov"), "a/x.mov");
@@ -174,9 +178,7 @@ TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNames)
 
 TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNamesIfTheFirstHasASpareHiddenName)
 {
-    names = {"a/x.mov", "b/x.mov"};
-    for (const std::string& name : names)
-        card.file(name, name);
+    fillCardWith({"a/x.mov", "b/x.mov"});
     disk.folder(growingName("x.mov", {})); // not ours: the copy uses another hidden name
     EXPECT_EQ(failureOf(job(false)), "none");
     EXPECT_EQ(summary, CopySummary({1, 1, disk.location()}));
@@ -185,9 +187,7 @@ TEST_F(CopyRunTest, skipsTheSecondOfTwoEqualNamesIfTheFirstHasASpareHiddenName)
 
 TEST_F(CopyRunTest, skipsTheSecondOfTwoPathsToOneFile)
 {
-    names = {"a/x.mov", "b/x.mov"};
-    for (const std::string& name : names)
-        card.file(name, name);
+    fillCardWith({"a/x.mov", "b/x.mov"});
     disk.folder("a");
     fs::create_directory_symlink("a", (disk / "b").path());
     EXPECT_EQ(failureOf(job()), "none");
@@ -199,9 +199,7 @@ TEST_F(CopyRunTest, skipsTheSecondOfTwoPathsToOneFile)
 TEST_F(CopyRunTest, copiesBothOfTwoLongNamesThatDifferOnlyAtTheirEnd)
 {
     const std::string beginning(250, 'n');
-    names = {"a/" + beginning + "1.mov", "a/" + beginning + "2.mov"};
-    for (const std::string& name : names)
-        card.file(name, name);
+    fillCardWith({"a/" + beginning + "1.mov", "a/" + beginning + "2.mov"});
     EXPECT_EQ(failureOf(job()), "none");
     EXPECT_EQ(summary, CopySummary({2, 0, disk.location()}));
     for (const std::string& name : names)
