@@ -92,7 +92,7 @@ TEST(TextOrderFoldedName, foldsTheValidTextAroundBytesThatAreNotUtf8)
     EXPECT_EQ(foldedName("NIN\u0303O\xFFN\u0303"), "niño\xFFñ");
 }
 
-RC_GTEST_PROP(FoldedName, isItsOwnFoldedName, (const std::string& bytes))
+RC_GTEST_PROP(TextOrderFoldedName, isItsOwnFoldedName, (const std::string& bytes))
 {
     RC_ASSERT(foldedName(foldedName(bytes)) == foldedName(bytes));
 }
@@ -193,17 +193,16 @@ TEST(TextOrderFileBrowserOrder, hasAKeyForNamesOfAnyLength)
     std::string mixed;
     for (int i = 0; i < 500; ++i)
         mixed += "\u4E00\u0301Aa";
-    EXPECT_EQ(order.sortKey(mixed), order.sortKey(mixed));
     EXPECT_NE(order.sortKey(mixed), order.sortKey(mixed + "a"));
 }
 
-RC_GTEST_PROP(FileBrowserOrder, isEqualOnlyForEqualBytes, (const std::string& a, const std::string& b))
+RC_GTEST_PROP(TextOrderFileBrowserOrder, isEqualOnlyForEqualBytes, (const std::string& a, const std::string& b))
 {
     const FileBrowserOrder order("es_ES.UTF-8");
     RC_ASSERT((order.sortKey(a) == order.sortKey(b)) == (a == b));
 }
 
-RC_GTEST_PROP(FileBrowserOrder, followsTheNumber, ())
+RC_GTEST_PROP(TextOrderFileBrowserOrder, followsTheNumber, ())
 {
     const auto a = *rc::gen::inRange(0, 100'000);
     const auto b = *rc::gen::inRange(0, 100'000);
@@ -240,7 +239,7 @@ TEST(TextOrderFoldedName, canBeAsciiThoughTheNameIsNot)
     EXPECT_EQ(foldedHash("\u212Aino.MOV"), foldedHash("kino.mov"));
 }
 
-RC_GTEST_PROP(FoldedName, decidesHashAndComparison, (const std::string& one, const std::string& other))
+RC_GTEST_PROP(TextOrderFoldedName, decidesHashAndComparison, (const std::string& one, const std::string& other))
 {
     RC_ASSERT(isSameName(one, other) == (foldedName(one) == foldedName(other)));
     const std::string folded = foldedName(one);
@@ -248,7 +247,7 @@ RC_GTEST_PROP(FoldedName, decidesHashAndComparison, (const std::string& one, con
     RC_ASSERT(foldedHash(one) == foldedHash(folded) || foldedName(folded) != folded);
 }
 
-TEST(Caseless, unitesAllThatDisksTakeForTheSame)
+TEST(TextOrderCaseless, isEqualForAllNamesThatDisksTreatAsTheSame)
 {
     EXPECT_EQ(caseless("MVI_0001.MOV"), caseless("mvi_0001.mov"));
     EXPECT_EQ(caseless("CAMIÓN"), caseless("camión"));
