@@ -3,8 +3,8 @@
 namespace reelkeep {
 
 /// While it lives, a display that the toolkit cannot open ends the program with a sentence on standard error and exit
-/// status 1; the toolkit by itself would abort. To live while the QApplication is constructed. What the toolkit has to
-/// say in that time is held back, and said when this ends. Interface thread; one at a time.
+/// status 1; the toolkit by itself would abort. Must exist while the QApplication is constructed. Messages of the
+/// toolkit in that time are held back and written when this ends. Interface thread; one at a time.
 class DisplayRequired {
 public:
     DisplayRequired();

@@ -96,8 +96,8 @@ void SleepInhibitor::watchSessionBus()
     services.setConnection(bus);
     services.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     services.setWatchedServices({portalService, screenSaverService});
-    // Requests of any path: the subscription stands before the path is known, so that no response is missed, with
-    // portals that ignore `handle_token` too. Of any sender: Qt would block to look up the owner of the portal's name.
+    // Requests of any path: subscribing before the path is known misses no response, even of portals that ignore
+    // `handle_token`. Of any sender: Qt would block to look up the owner of the portal's name.
     bus.connect(QString(), QString(), requestInterface, QStringLiteral("Response"), this,
                 SLOT(handleResponse(QDBusMessage)));
     bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"), QStringLiteral("org.freedesktop.DBus.Local"),
@@ -132,7 +132,7 @@ void SleepInhibitor::handleEarlyEvents()
         event();
 }
 
-/// The portal accepts a request first and reports later what became of it.
+/// The portal first accepts a request and reports its result later.
 void SleepInhibitor::handleResponse(const QDBusMessage& response)
 {
     if (isRequesting)

@@ -41,7 +41,7 @@ private:
         QString request;               ///< Object path of a portal's request.
         bool isConfirmed = false;      ///< The request has reported success.
         std::function<void()> release; ///< Gives the lock back to its service.
-        Step next = nullptr;           ///< For a service that takes its word back.
+        Step next = nullptr;           ///< Tried if the service withdraws the lock.
     };
     /// Reads the lock out of a reply, if there is one in it.
     using ReadLock = std::function<std::optional<Lock>(const QDBusMessage& reply)>;
@@ -62,7 +62,7 @@ private:
     bool isWanted = false;
     bool isRequesting = false;
     std::optional<Lock> lock;
-    std::vector<std::function<void()>> earlyEvents; ///< Came during a request, which decides what they mean.
+    std::vector<std::function<void()>> earlyEvents; ///< Events during a request, whose result decides what they mean.
     QDBusServiceWatcher services;
     QTimer retryTimer;
     std::chrono::seconds retryDelay{};

@@ -36,7 +36,7 @@ public:
         // A message to a terminal or program that is gone must not end a copy.
         std::signal(SIGPIPE, SIG_IGN);
         doWithoutMissingSessionBus();
-        // The toolkit gets no argument but the program's name: it would take some for its own.
+        // The toolkit gets only the program's name, since it would interpret some arguments.
         int argumentCount = 1;
         std::optional<DisplayRequired> displayRequired(std::in_place);
         QApplication application(argumentCount, argv);

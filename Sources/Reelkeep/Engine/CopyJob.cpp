@@ -11,7 +11,7 @@ namespace reelkeep {
 
 namespace {
 
-/// With many small videos it saves a third of the time that the card is already busy with those that come next.
+/// Keeping the card busy with the next videos saves a third of the time if there are many small ones.
 constexpr std::size_t readAheadBy = 2;
 
 } // namespace
@@ -36,7 +36,7 @@ CopySummary CopyJob::run(FileManager& fileManager, const ProgressSink& progress,
     } catch (const Stopped&) {
         throw;
     } catch (...) {
-        copies->finish(); // throws instead if an earlier video fails
+        copies->finish(); // throws the failure of an earlier video instead
         throw;
     }
     progress({.completedCount = total,
@@ -56,7 +56,7 @@ bool CopyJob::copy(const VideoFile& video, FileManager& fileManager, CopyRun& co
     return true;
 }
 
-/// Only reading, and nothing of a video that will be skipped. Whatever fails fails again once its turn comes.
+/// Not for a video that will be skipped. Failures are ignored here: they occur again when the video is copied.
 void CopyJob::readAhead(const VideoFile& video, const FileManager& fileManager, CopyRun& copies) const
 {
     try {

@@ -13,18 +13,18 @@ struct CopyJob {
     VideoList videos; ///< In the order in which they are copied.
     Location sourceRoot;
     Location destinationRoot;
-    bool preserveFolderStructure = true; ///< Otherwise every file goes right into `destinationRoot`.
+    bool preserveFolderStructure = true; ///< Otherwise every file goes directly into `destinationRoot`.
 
     using ProgressSink = std::function<void(const CopyProgress&)>;
 
-    /// Copies each video that does not stand at its target yet. `progress` is called on this thread: before each file
-    /// and once at the end, when all is on the disk: n + 1 reports for n records. Throws FileError at the first failure
-    /// in the order of the list, with no summary and no last report; what was copied before stays. Throws Stopped.
+    /// Copies each video whose target does not exist. Calls `progress` on this thread before each file, and once more
+    /// when all of them are on the disk. Throws FileError at the first failure in list order, without a summary and
+    /// without the last report; the videos before it stay. Throws Stopped.
     CopySummary run(FileManager& fileManager, const ProgressSink& progress, const std::stop_token& stop = {}) const;
 
 private:
     Location targetOf(const VideoFile& video) const;
-    /// Never `url`: if another root was chosen since the scan, the same relative path below it is meant.
+    /// Never `url`: if another root has been chosen since the scan, the same relative path below that one is copied.
     Location sourceOf(const VideoFile& video) const { return sourceRoot.appending(video.relativePath); }
     /// False if it is skipped.
     bool copy(const VideoFile& video, FileManager& fileManager, CopyRun& copies) const;

@@ -100,8 +100,8 @@ std::vector<const VideoFile*> notIn(const VideoList& reviewed, const VideoList& 
 
 using Videos = std::vector<const VideoFile*>;
 
-/// A video with a key to sort it by. Most comparisons end in the key's first eight bytes, as a number that compares as
-/// they do, and spare a look elsewhere in memory.
+/// A video with a key to sort it by. Most comparisons are decided by the key's first eight bytes, kept as a number that
+/// compares like them, without a look elsewhere in memory.
 struct Keyed {
     std::uint64_t firstBytes = 0;
     std::string_view key;

@@ -89,7 +89,7 @@ std::vector<VideoList::Records> scanRoots(const std::vector<Location>& roots, co
         turnsOfDisks[fileManager.diskHolding(roots[i]).id].push_back(i);
     {
         std::vector<std::jthread> others;
-        std::vector<std::size_t> own; // Of one disk, and of those for which there is no thread left.
+        std::vector<std::size_t> own; // Roots of one disk, or of several for which no thread is left.
         for (const auto& disk : turnsOfDisks) {
             try {
                 if (own.empty())

@@ -49,7 +49,7 @@ public:
     const std::optional<Date>& lastScanDate() const;
 
     // Derived values, computed at every call.
-    std::vector<Location> effectiveDestinationReviewFolders() const; ///< What is reviewed: the copy destination first.
+    std::vector<Location> effectiveDestinationReviewFolders() const; ///< What is reviewed, the copy destination first.
     std::string destinationReviewSummary() const;
     std::string copyDestinationSelectionPath() const;
     std::string activeCopyDestinationName() const;
@@ -68,8 +68,8 @@ public:
     void scanFolders();
     void copyMissingVideos();
 
-    /// Only for the end of the program: tells the workers to stop and waits for them, but not for long. On a disk
-    /// that answers no partial file stays behind. No operation may follow.
+    /// Only for the end of the program: tells the workers to stop and waits for them, but not for long. Unless a
+    /// disk hangs, no partial file is left. No operation may follow.
     void stopWorkers();
 
 signals:

@@ -8,7 +8,7 @@ struct XXH3_state_s;
 
 namespace reelkeep {
 
-/// The XXH3 hash of what was read so far: 64 bits, as fast as memory. It finds damage, not forgery.
+/// The XXH3 hash of what was read so far: 64 bits, as fast as memory. It detects damage, not forgery.
 class ContentHash {
 public:
     ContentHash();

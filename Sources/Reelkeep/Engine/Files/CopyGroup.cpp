@@ -15,16 +15,16 @@ namespace reelkeep {
 
 namespace {
 
-/// One after the other, small files would leave the disk idle most of the time. More gain nothing.
+/// A single reader of small files would leave the disk idle most of the time. More readers gain nothing.
 constexpr std::int64_t mostReaders = 4;
 /// Of all readers together, in bytes.
 constexpr std::int64_t readingMemory = chunkSize;
 
-/// How far in the order a step has succeeded, and why not further.
+/// How many copies, in order, have succeeded so far, and the failure of the next one.
 struct Outcome {
     explicit Outcome(std::size_t count) : good(count) {}
 
-    /// Calls `step`; if it throws, only those before `index` are still good. Any thread may call it.
+    /// Calls `step`. If it throws, only the copies before `index` are still good. Thread-safe.
     template <typename Step>
     void attempt(std::size_t index, Step step)
     {
@@ -59,7 +59,8 @@ void CopyGroup::add(std::unique_ptr<TemporaryFile> file, std::optional<std::uint
     copies.push_back({std::move(file), hash, identity, std::move(place)});
 }
 
-/// By both: paths may lead to one folder over a link, and some FUSE disks number each spelling of a name anew.
+/// Compares both: two paths may lead to one folder over a link, and on some FUSE disks each spelling of a name has its
+/// own inode number.
 bool CopyGroup::contains(const std::optional<FileIdentity>& file, const std::string& caselessPlace) const
 {
     return std::any_of(copies.begin(), copies.end(), [&](const Copy& copy) {
@@ -81,7 +82,7 @@ void CopyGroup::complete(const std::stop_token& stop)
         copy.file->sync();
     };
     const auto began = Clock::now();
-    if (!isEmpty()) // most file systems put all of them on the disk with the first
+    if (!isEmpty()) // the first sync puts all of them on the disk in most file systems
         outcome.attempt(0, [&] { sync(copies[0]); });
     syncing = Clock::now() - began;
 

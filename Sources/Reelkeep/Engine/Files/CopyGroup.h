@@ -14,8 +14,8 @@
 
 namespace reelkeep {
 
-/// Copies that are complete under their hidden names, in the order of the run, and get their final names together: a
-/// file system syncs many files at once for about the price of one.
+/// Copies that are complete under their hidden names, in the order of the run. They get their final names together,
+/// since a file system syncs many files at once about as fast as one.
 class CopyGroup {
 public:
     using Clock = std::chrono::steady_clock;
@@ -30,13 +30,13 @@ public:
     /// When the first copy was added.
     Clock::time_point began() const { return beginning; }
     bool hasSpareName() const { return isAnySpare; }
-    /// Whether one of the copies grows at that place, under this spelling or another.
+    /// Whether one of the copies is that hidden file, or has that hidden place in any spelling.
     bool contains(const std::optional<FileIdentity>& file, const std::string& caselessPlace) const;
 
-    /// Puts the copies on the disk, reads them back and gives them their names, all up to the first that fails; then
-    /// throws its error. Throws Stopped.
+    /// Syncs the copies, reads them back and gives them their names, up to the first that fails, whose error it then
+    /// throws. Throws Stopped.
     void complete(const std::stop_token& stop);
-    /// How long the disk took for the first sync, in which most of the unsynced bytes go.
+    /// How long the first sync took, which writes most of the unsynced bytes.
     Clock::duration syncDuration() const { return syncing; }
 
 private:

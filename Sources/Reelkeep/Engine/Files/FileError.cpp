@@ -126,7 +126,7 @@ FileError writeError(const std::string& path, int errorNumber, dev_t device)
 
 bool isDisconnected(dev_t device)
 {
-    if (major(device) == 0) // not a disk of this machine's own
+    if (major(device) == 0) // not a block device of this machine
         return false;
     const std::string known = "/sys/dev/block";
     const std::string own = known + "/" + std::to_string(major(device)) + ":" + std::to_string(minor(device));

@@ -25,8 +25,8 @@ private:
 /// Why a system call failed, in the user's words: no capital at its start, no stop at its end.
 std::string failureReason(int errorNumber);
 
-/// A new entry could not be made at `path` in the open folder `folder`. Some file systems report "not found" for a name
-/// that they do not admit; as long as the folder itself is there, that is what it means.
+/// The error if a new entry cannot be made at `path` in the open folder `folder`. Some file systems report "not found"
+/// for a name that they do not allow; if the folder itself still exists, that is the reason.
 FileError creationError(int folder, const std::string& path, int errorNumber);
 
 /// Reading from, or writing to, an open file on `device` failed. Distinguishes a damaged disk from one that was pulled
@@ -34,7 +34,7 @@ FileError creationError(int folder, const std::string& path, int errorNumber);
 FileError readError(const std::string& path, int errorNumber, dev_t device);
 FileError writeError(const std::string& path, int errorNumber, dev_t device);
 
-/// Whether the disk behind a device number has gone. False if that cannot be known (network, FUSE, btrfs).
+/// Whether the disk with a device number is gone. False if that cannot be known (network, FUSE, btrfs).
 bool isDisconnected(dev_t device);
 
 } // namespace reelkeep

@@ -6,8 +6,8 @@
 
 namespace reelkeep {
 
-/// Which file a name or a descriptor stands for, and how long it is. A name proves nothing by itself: another program
-/// may have put its own file there.
+/// The file that a name or a descriptor refers to, and its size. A name alone proves nothing: another program may have
+/// put its own file there.
 struct FileIdentity {
     dev_t device;
     ino_t inode;
@@ -16,12 +16,12 @@ struct FileIdentity {
     bool operator==(const FileIdentity&) const = default;
 };
 
-/// Absent on failure, with `errno`.
+/// Absent on failure, which sets `errno`.
 std::optional<FileIdentity> identityOf(int file);
-/// Of what stands at `name`, a link itself included. Absent on failure, with `errno`.
+/// The same of `name`; a link is not followed.
 std::optional<FileIdentity> identityOf(int folder, const std::string& name);
 
-/// Whatever its length: a file that everybody sees may be written to. False if either is absent.
+/// Ignores the size, since other programs may write to a file that has its final name. False if either is absent.
 inline bool isSameFile(const std::optional<FileIdentity>& one, const std::optional<FileIdentity>& other)
 {
     return one && other && one->device == other->device && one->inode == other->inode;

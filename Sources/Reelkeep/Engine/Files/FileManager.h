@@ -13,12 +13,12 @@
 
 namespace reelkeep {
 
-/// The copies of one run. They end in groups, so a copy that `copyItem` returned from may still be under way: its file
-/// stands under a hidden name. It gets its final name, and nothing is ever replaced, only when its data is on the disk
-/// and has been read back from there equal to what the source gave. If a copy fails, those before it still get
-/// their names and those after it do not. If it fails while it is under way, every later call throws its error; if
-/// `copyItem` itself throws, `finish` completes those before it. Destroying the run removes what is under way.
-/// Operations throw FileError, and Stopped once the token of the run is triggered. One thread uses a run.
+/// The copies of one run. They are completed in groups, so a copy may still be under way, under a hidden name, when
+/// `copyItem` returns. It gets its final name, without replacing anything, once its data has been synced and read back
+/// from the disk equal to the source. If a copy fails, those before it still get their names and those after it do not.
+/// If it fails while it is under way, every later call throws its error; if `copyItem` itself throws, `finish`
+/// completes those before it. Destroying the run removes copies under way. Operations throw FileError, and Stopped once
+/// the token of the run is triggered. One thread uses a run.
 class CopyRun {
 public:
     CopyRun() = default;
@@ -26,15 +26,14 @@ public:
     CopyRun& operator=(const CopyRun&) = delete;
     virtual ~CopyRun() = default;
 
-    /// Waits for the copies under way if one of them may end at `target` or at a folder above it, perhaps under another
-    /// spelling. To be called before anything is looked up or made there.
+    /// Completes the copies under way if one of them may get the name of `target` or of a folder above it, perhaps in
+    /// another spelling. Call it before looking up or making anything there.
     virtual void completeCopiesTo(const Location& target) = 0;
 
-    /// Copies a file to a place where nothing stands. Keeps modification time and permissions.
+    /// Copies a file to a path at which there is nothing. Keeps modification time and permissions.
     virtual void copyItem(const Location& source, const Location& target) = 0;
 
-    /// Lets the system read the beginning of `source`, which is to be copied soon, while the caller goes on. Never
-    /// fails.
+    /// Lets the system read the beginning of `source`, which will be copied soon, in the background. Never fails.
     virtual void readAhead(const Location& source) = 0;
 
     /// Returns once every copy has its name, and the names are on the disk.
@@ -45,7 +44,7 @@ public:
 /// Failures are FileErrors; long operations throw Stopped once their token is triggered.
 class FileManager {
 public:
-    /// A regular file met by a walk.
+    /// A regular file found by a walk.
     struct Entry {
         Location url;
         std::int64_t size = 0;
@@ -65,14 +64,14 @@ public:
     virtual void regularFiles(const Location& root, const NameFilter& wanted, const FoundFile& found,
                               const std::stop_token& stop) const = 0;
 
-    /// The disk that holds that place, and how many threads `regularFiles` takes for it.
+    /// The disk of that path, and how many threads `regularFiles` uses for it.
     virtual Disk diskHolding(const Location& place) const = 0;
 
     /// Makes the folder and every missing folder above it; no failure if it exists.
     virtual void createDirectory(const Location& folder) = 0;
 
-    /// Whether any entry stands at that place: a file, a folder, a link that leads nowhere. A placeholder left by a
-    /// killed copy does not count.
+    /// Whether there is any entry at that path: a file, a folder, even a broken link. The reservation of a killed copy
+    /// does not count.
     virtual bool fileExists(const Location& place) const = 0;
 
     virtual std::unique_ptr<CopyRun> beginCopying(const std::stop_token& stop) = 0;

@@ -18,7 +18,7 @@ namespace reelkeep {
 /// Whether a walk reports a file of that name.
 using NameFilter = std::function<bool(std::string_view fileName)>;
 
-/// What a walk needs of one folder, in the order of the file system.
+/// The entries of one folder that matter to a walk, in the order of the file system.
 struct FolderListing {
     /// A wanted regular file, or a folder to go into.
     struct Item {
@@ -35,8 +35,7 @@ struct FolderListing {
     std::exception_ptr failure; ///< What ended the reading of this folder, after the items.
 };
 
-/// Reads the open folder `folder`, which lies on `device`, to its end. `path` is its own, ending in "/". Throws
-/// Stopped.
+/// Reads the open folder `folder`, which is on `device`, to its end. `path` is its path, ending in "/". Throws Stopped.
 FolderListing listFolder(int folder, dev_t device, const std::string& path, const NameFilter& wanted,
                          const std::stop_token& stop);
 

@@ -26,14 +26,14 @@ bool isForbidden(int errorNumber)
     return errorNumber == EACCES || errorNumber == EPERM;
 }
 
-/// The chosen folder is not there, is no folder, or is not allowed. A device that fails, or a lack of descriptors or
-/// memory, is no property of the folder.
+/// Whether the chosen folder is missing, not a folder, or not allowed. Other errors, such as a failing device or a lack
+/// of descriptors or memory, say nothing about the folder.
 bool isNoRoot(int errorNumber)
 {
     return errorNumber == ENOENT || errorNumber == ENOTDIR || errorNumber == ELOOP || isForbidden(errorNumber);
 }
 
-/// What the kernel shows of itself as files. Processes that vanish there would fail a walk of "/".
+/// Whether the folder is on a virtual file system of the kernel. Processes that vanish there would fail a walk of "/".
 bool isVirtual(int folder)
 {
     struct statfs fileSystem = {};
@@ -164,7 +164,7 @@ void FolderReaders::read(WalkedFolder& folder)
         --keptOpen;
 }
 
-/// Nothing for a root that is not there or not allowed.
+/// Returns nothing for a root that is missing or not allowed.
 FolderReaders::Opened FolderReaders::openTop(const std::string& path) const
 {
     const ReachablePath reachable(root.path());
@@ -176,13 +176,13 @@ FolderReaders::Opened FolderReaders::openTop(const std::string& path) const
     return opened;
 }
 
-/// Nothing for a folder that is not allowed, as `lost+found`. If not even its attributes may be read, it is the parent
-/// that may be listed but not entered.
+/// Returns nothing for a folder that is not allowed, such as `lost+found`. If not even its attributes can be read, the
+/// reason is the parent, which may be listed but not entered.
 FolderReaders::Opened FolderReaders::openChild(const WalkedFolder& folder, const std::string& path) const
 {
     const WalkedFolder& parent = *folder.parent;
     const FileDescriptor again = parent.open ? FileDescriptor() : reopened(parent);
-    // Relative to the parent: by its whole path the kernel takes an eighth longer.
+    // Relative to the parent, since the kernel takes an eighth longer with the whole path.
     const int parentFolder = (again ? again : parent.open).get();
     Opened opened{.folder = openQuietly(parentFolder, folder.name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW)};
     struct stat status = {};
@@ -196,7 +196,7 @@ FolderReaders::Opened FolderReaders::openChild(const WalkedFolder& folder, const
     return opened;
 }
 
-/// Asks no disk: all of this is in the kernel's memory once a folder is open.
+/// Causes no request to the disk: the kernel has all of this in memory once a folder is open.
 void FolderReaders::identify(Opened& opened, dev_t likelyDevice, const std::string& path)
 {
     struct statx status = {};
@@ -206,7 +206,7 @@ void FolderReaders::identify(Opened& opened, dev_t likelyDevice, const std::stri
     opened.inode = status.stx_ino;
 }
 
-/// Opens a closed folder again, by its path. Meanwhile something else may have come to stand there.
+/// Opens a closed folder again by its path. Something else may be there by now.
 FileDescriptor FolderReaders::reopened(const WalkedFolder& closed) const
 {
     const std::string path = pathOf(closed);

@@ -16,8 +16,8 @@
 
 namespace reelkeep {
 
-/// One folder of a walk, with what was read of it. Its path is known only through its parents: storing every path would
-/// take memory quadratic in the depth.
+/// One folder of a walk, with its listing. Its path is known only through its parents: storing every path would take
+/// memory quadratic in the depth.
 struct WalkedFolder {
     WalkedFolder* parent = nullptr; ///< None for the root.
     const char* name = nullptr;     ///< In the parent's listing.
@@ -32,7 +32,7 @@ private:
     std::list<WalkedFolder*>::iterator position; ///< In the list of waiting folders, while it is one.
     std::list<WalkedFolder*> waitingChildren;    ///< Until they join that list.
     FileDescriptor open;                         ///< For its children to be opened from; closed if too many are open.
-    dev_t device = 0;                            ///< With `inode`: to recognise it when it is opened again.
+    dev_t device = 0;                            ///< With `inode`, to recognise the folder when it is opened again.
     ino_t inode = 0;
     std::size_t unreadChildren = 0;
 };
@@ -51,8 +51,8 @@ public:
 
     WalkedFolder& topFolder() { return *top; }
 
-    /// Returns once `folder` is read. Until then the caller's thread reads too: that folder first of all, unless
-    /// another has begun it. What went wrong is the listing's failure.
+    /// Returns once `folder` is read. Until then the caller's thread reads too, beginning with that folder unless
+    /// another thread is reading it. Errors are in the listing.
     void waitFor(WalkedFolder& folder);
 
 private:
@@ -77,7 +77,7 @@ private:
     const NameFilter& wanted;
     const std::stop_token& stop;
     std::unique_ptr<WalkedFolder> top;
-    std::atomic<int> keptOpen = 0; ///< How many folders are.
+    std::atomic<int> keptOpen = 0; ///< The number of folders that are.
 
     std::mutex mutex; ///< Guards what follows, and the folders' private members but for `open`, `device` and `inode`.
     std::condition_variable folderArrived;

@@ -56,7 +56,8 @@ bool Leftover::lock()
     return errno == EBADF && reopenWritable();
 }
 
-/// Network disks lock only what is open for writing, and a write-protected clip leaves a write-protected leftover.
+/// Network disks lock only files that are open for writing, and a write-protected clip leaves a write-protected
+/// leftover.
 bool Leftover::reopenWritable()
 {
     struct stat status = {};
@@ -67,7 +68,7 @@ bool Leftover::reopenWritable()
         return false;
     if (::flock(writable.get(), LOCK_EX | LOCK_NB) != 0) {
         const int reason = errno;
-        ::fchmod(file.get(), status.st_mode); // a living run has set it
+        ::fchmod(file.get(), status.st_mode); // as the living run has set it
         errno = reason;
         return false;
     }

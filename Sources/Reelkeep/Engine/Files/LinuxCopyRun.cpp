@@ -23,15 +23,15 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A group ends at the first of these. docs/performance.md has what each of them costs and gains.
+/// A group is complete when it reaches any of these. docs/performance.md has the cost and gain of each.
 constexpr std::size_t groupCount = 128;
 constexpr std::int64_t groupBytes = std::int64_t(128) << 20;
-constexpr std::chrono::seconds groupTime(5); ///< More would be lost if the program is killed.
-/// What is left to sync decides how long the disk needs once the program shall end.
+constexpr std::chrono::seconds groupTime(5); ///< Limits what is lost if the program is killed.
+/// How long the disk may be busy with unsynced data when the program is to end.
 constexpr std::chrono::milliseconds groupSyncingTime(200);
 
-/// Copies what can be read, not much beyond the size it began with: a file that is being written may never end. A loop
-/// of our own, not one in the kernel: only so is it known which disk failed.
+/// Copies what can be read, but little more than the original size: a file that is being written may never end. A loop
+/// instead of one call to the kernel, which would not report which disk failed.
 std::int64_t transfer(const SourceFile& source, TemporaryFile& copy, ContentHash& hash, std::span<std::byte> memory,
                       TransferPace& reading, const std::stop_token& stop)
 {
@@ -46,14 +46,14 @@ std::int64_t transfer(const SourceFile& source, TemporaryFile& copy, ContentHash
         reading.took(static_cast<std::int64_t>(bytes.size()), Clock::now() - began);
         isAtEnd = bytes.size() < room.size();
         copied += static_cast<std::int64_t>(bytes.size());
-        source.fetch(copied, portion); // reading and writing at the same time take two thirds of one after the other
+        source.fetch(copied, portion); // reading during the write takes two thirds of the time
         throwIfStopped(stop);
         hash.add(bytes);
         copy.write(bytes);
-        source.forget(copied - chunkSize); // what was read last is not yet easily dropped
+        source.forget(copied - chunkSize); // the kernel does not drop what was read last
     }
     source.forget(copied);
-    throwIfStopped(stop); // before all that is left has to be synced
+    throwIfStopped(stop); // before the rest is synced
     return copied;
 }
 
@@ -95,8 +95,8 @@ LinuxCopyRun::~LinuxCopyRun()
         completion.wait();
 }
 
-/// The hidden names show it, whatever the disk takes for the same name. A file that gets its final name goes from the
-/// first of them to the second and then to the final one: looked up in this order, it cannot be missed.
+/// Looks for copies by their hidden names, so that the disk itself decides which spellings are the same name. A file
+/// moves from the first hidden name to the second and then to its final one, so in this order it cannot be missed.
 void LinuxCopyRun::completeCopiesTo(const Location& target)
 {
     throwIfFailed();
@@ -125,7 +125,7 @@ void LinuxCopyRun::copyItem(const Location& source, const Location& target)
     try {
         write(source, target);
     } catch (const Stopped&) {
-        awaitCompletion(); // its failure may be what stopped us
+        awaitCompletion(); // it may have stopped us by failing
         throw;
     } catch (const FileError& error) {
         if (!isLackOfDescriptors(error) || isIdle())
@@ -179,7 +179,7 @@ bool LinuxCopyRun::isFull() const
            growing->unsyncedBytes() >= syncing.portion();
 }
 
-/// On this thread: there is nothing left to do beside it.
+/// On this thread, which has nothing else to do.
 void LinuxCopyRun::finish()
 {
     throwIfFailed();
@@ -201,7 +201,7 @@ void LinuxCopyRun::beginCompletion(std::launch where)
     };
     try {
         completion = std::async(where, work);
-    } catch (const std::system_error&) { // no thread to be had
+    } catch (const std::system_error&) { // no thread could be started
         completion = std::async(std::launch::deferred, work);
     }
 }

@@ -16,7 +16,7 @@
 
 namespace reelkeep {
 
-/// While one group of copies is written, the one before it is completed on another thread. No third one is under way.
+/// While one group of copies is written, the one before it is completed on another thread. There is never a third.
 class LinuxCopyRun : public CopyRun {
 public:
     explicit LinuxCopyRun(const std::stop_token& stop);
@@ -36,7 +36,7 @@ private:
     void awaitCompletion();
     void throwIfFailed() const;
 
-    std::stop_source end; ///< Stops the run; also if a group has failed, since what grows is then in vain.
+    std::stop_source end; ///< Stops the run; also if a group fails, since the next one is then useless.
     std::stop_callback<std::function<void()>> forwarding;
     ChunkBuffer buffer;
     TransferPace reading;

@@ -8,7 +8,7 @@
 
 namespace reelkeep {
 
-/// An absolute place in the file system, kept as the bytes of its path.
+/// An absolute path in the file system, kept as bytes.
 /// Two locations are the same exactly when their paths are equal byte for byte: letter case counts, links are not
 /// resolved, "." and ".." are not removed.
 class Location {

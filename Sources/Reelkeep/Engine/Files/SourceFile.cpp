@@ -27,8 +27,8 @@ constexpr std::align_val_t alignment{largePage};
 constexpr std::chrono::minutes leasePatience{2};
 constexpr std::chrono::milliseconds leasePause{20};
 
-/// O_NONBLOCK: should it have become a pipe, opening must not wait for a writer. A lease then fails the call instead of
-/// blocking it; the attempt has told its holder to give it up.
+/// O_NONBLOCK, since opening must not wait for a writer if the file has become a pipe. With it a lease fails the call
+/// instead of blocking it, but the attempt makes the kernel revoke the lease.
 FileDescriptor openSource(const std::string& path, const std::stop_token& stop)
 {
     const ReachablePath reachable(path);
@@ -102,8 +102,8 @@ void SourceFile::forget(std::int64_t position) const
         ::posix_fadvise(file.get(), 0, position, POSIX_FADV_DONTNEED);
 }
 
-/// A rewrite may have put size and modification time back; only the change time shows it, and only the content tells it
-/// from a mere mark.
+/// A rewrite may have restored size and modification time. Then only the change time shows it, and only the content
+/// distinguishes it from a mere change of attributes.
 struct stat SourceFile::requireUnchanged(std::int64_t count, const std::function<std::uint64_t()>& hashOfCopy,
                                          std::span<std::byte> room, const std::stop_token& stop) const
 {
@@ -125,8 +125,8 @@ struct stat SourceFile::look() const
     return status;
 }
 
-/// One byte more than the file, so that reading it all meets its end. In large pages, of which the kernel makes larger
-/// and fewer requests to a disk: where their number is what limits it, it is twice as fast.
+/// One byte larger than the file, so that a read reaches its end. In large pages, since the kernel then sends larger
+/// and fewer requests: that is twice as fast on a disk that is limited by their number.
 ChunkBuffer::ChunkBuffer(std::int64_t size)
 {
     const std::size_t count = (static_cast<std::size_t>(std::min(size, chunkSize - 1)) / blockSize + 1) * blockSize;
@@ -158,7 +158,7 @@ std::optional<std::uint64_t> hashOf(int file, std::int64_t size, const std::stri
     return std::nullopt;
 }
 
-/// In portions, of which the kernel takes one at once.
+/// In portions, since the kernel reads only one per call.
 void fetch(int file, std::int64_t begin, std::int64_t end)
 {
     constexpr std::int64_t portion = 128 << 10;

@@ -22,11 +22,11 @@ ReachablePath::ReachablePath(const std::string& path) : start(AT_FDCWD), remaind
     while (remainder.size() >= PATH_MAX) {
         const auto separator = remainder.rfind('/', PATH_MAX - sizeof "/.");
         if (separator == std::string::npos || separator == 0)
-            return; // one name of that length: no call takes it, and the one that fails says so
+            return; // a single name of that length, with which every call fails
         const std::string chunk = remainder.substr(0, separator);
         FileDescriptor next = openAt(folder(), chunk.c_str(), O_PATH | O_DIRECTORY);
         if (!next) {
-            remainder = chunk + "/."; // not a folder, or not reachable: every call with this fails likewise
+            remainder = chunk + "/."; // not a folder, or not reachable: every call with this path fails
             return;
         }
         nearest = std::move(next);

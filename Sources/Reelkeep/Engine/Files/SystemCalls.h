@@ -18,17 +18,17 @@ auto uninterrupted(Call call)
     return result;
 }
 
-/// Opens a path below an open folder, closed in programs that this one starts. None on failure, with `errno`.
+/// Opens a path below an open folder, close-on-exec. Returns none and sets `errno` on failure.
 FileDescriptor openAt(int folder, const char* path, int flags, mode_t mode = 0);
 
-/// The same for reading, without leaving a new access time behind if the file system allows that: it does for the
-/// owner's files only.
+/// The same for reading, without changing the access time if the file system allows that, which it does only for the
+/// owner of the file.
 FileDescriptor openQuietly(int folder, const char* path, int flags);
 
-/// A path as system calls take it: they refuse paths of PATH_MAX bytes and more, which this one may have.
+/// A path in a form that system calls accept even if it has PATH_MAX bytes or more.
 class ReachablePath {
 public:
-    /// Opens folders in between if the path is too long. If that fails, the calls below fail with its error.
+    /// Opens folders in between if the path is too long. If that fails, calls with this path fail with the same error.
     explicit ReachablePath(const std::string& path);
 
     /// The folder to give to the `...at` calls together with `rest`.
@@ -41,9 +41,8 @@ private:
     std::string remainder;
 };
 
-/// Puts on the disk what was done to the entries of `folder`. If a folder cannot be synced by itself, or is open
-/// without the right to read it, the file system that holds the open file `inside` is synced as a whole. 0, or -1 and
-/// `errno`.
+/// Puts changes of the entries of `folder` on the disk. If a folder cannot be synced alone, or was opened without the
+/// right to read it, the whole file system of the open file `inside` is synced. Returns 0, or -1 and sets `errno`.
 int syncFolder(int folder, int inside);
 
 } // namespace reelkeep

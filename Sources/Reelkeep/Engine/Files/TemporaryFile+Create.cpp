@@ -14,11 +14,11 @@ namespace reelkeep {
 
 namespace {
 
-/// Longer than a living run leaves its file untouched. Only counts on disks that other machines may write to, where
-/// locks may not be shared.
+/// Longer than a living run leaves its file untouched. Used only on disks that other machines may write to, where locks
+/// may not be shared.
 constexpr time_t abandonedAfter = time_t{10} * 60;
 
-/// More than enough: a random name is taken only by accident.
+/// More than enough, since random names are hardly ever taken.
 constexpr int mostSpareNames = 8;
 
 } // namespace
@@ -35,7 +35,7 @@ void TemporaryFile::create()
         throw publishingFailure(EEXIST);
 }
 
-/// False if something stands at that name.
+/// False if the name is taken.
 bool TemporaryFile::createAs(const std::string& name)
 {
     constexpr mode_t onlyUs = 0600;
@@ -57,7 +57,7 @@ bool TemporaryFile::createOverLeftover(const std::string& name)
     if (leftover.state() == Leftover::State::obstacle)
         return false;
     if (leftover.state() == Leftover::State::abandoned) {
-        if (!isLocalDisk(folder.get())) { // our own file brings the time of its disk
+        if (!isLocalDisk(folder.get())) { // our new file has the current time of that disk
             createUnderSpareName(name);
             if (isOld(leftover))
                 leftover.remove();
@@ -71,7 +71,7 @@ bool TemporaryFile::createOverLeftover(const std::string& name)
     return true;
 }
 
-/// `usual` is what stands in the way if not even a random name can be had.
+/// `usual` is the file to blame if not even a random name is free.
 void TemporaryFile::createUnderSpareName(const std::string& usual)
 {
     for (int attempt = 0; attempt < mostSpareNames; ++attempt)
@@ -115,8 +115,8 @@ void TemporaryFile::takeOverSealed()
                         "otra ventana lo esta copiando; si no es asi, quita este archivo oculto");
 }
 
-/// Without a lock service we go on: the file is ours by its exclusive creation, and no other run removes what it could
-/// not lock.
+/// Without a lock service we continue: we have created the file exclusively, and no other run removes a file that it
+/// cannot lock.
 void TemporaryFile::lockOwn()
 {
     const bool isHeldElsewhere = ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
@@ -128,7 +128,7 @@ void TemporaryFile::lockOwn()
         throw failure(errno);
     // Between creating and locking, another run may have taken it for a leftover.
     if (isHeldElsewhere || named != own) {
-        currentName.clear(); // theirs to remove
+        currentName.clear(); // the other run removes it
         throw takenByAnotherRun();
     }
 }

@@ -12,8 +12,8 @@ namespace reelkeep {
 
 namespace {
 
-/// The file system does not know the operation. EINVAL is also the word of some for a name that they do not admit: the
-/// next step of the ladder then fails with it again, and the last one tells.
+/// Whether the file system does not support the operation. Some also report EINVAL for a name that they do not allow:
+/// then all ways to publish fail with it, and the last one reports it.
 bool isUnknownHere(int errorNumber)
 {
     return errorNumber == EINVAL || errorNumber == ENOSYS || errorNumber == ENOTSUP;
@@ -27,7 +27,7 @@ void TemporaryFile::publish()
     if (!publishByRename() && !publishByLink())
         publishOverReservation();
     currentName.clear();
-    // Between the last comparison and the call that gives the name, another program may still have swapped the file.
+    // Another program may have swapped the file between the last comparison and the call that gives the name.
     if (!isSameFile(identityOf(folder.get(), targetName), own))
         throw FileError(target.path(), EBUSY, "otro programa lo ha cambiado durante la copia");
 }
@@ -58,21 +58,21 @@ bool TemporaryFile::publishByLink()
     const auto named = identityOf(folder.get(), currentName);
     if (!named && errno != ENOENT)
         throw failure(errno);
-    if (isFuse()) // such disks turn the removal of an open file into a hidden one, which a kill would leave behind
+    if (isFuse()) // such disks rename an open file that is removed to a hidden one, which a kill would leave behind
         file.close();
     if (isSameFile(named, own) && ::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
         throw failure(errno);
     return true;
 }
 
-/// exFAT through FUSE: it can only replace. So the name is taken by an empty file, made only if nothing stands there,
-/// and that is what gets replaced. Our file first changes its hidden name, and that name goes to the disk: if we are
-/// killed in between or the power fails, it distinguishes the empty file from somebody else's, and neither a copy nor
-/// the existence test will take it for a video.
+/// exFAT through FUSE can only replace. So an empty file reserves the name, which fails if the name is taken, and our
+/// file replaces that. Before, our file gets a second hidden name, which is synced. If the program is killed or the
+/// power fails in between, this name shows that the empty file is ours, so neither a copy nor the existence test
+/// mistakes it for a video.
 void TemporaryFile::publishOverReservation()
 {
     seal();
-    // Not opened: FUSE disks keep an open file under another name when it is replaced.
+    // Not opened, since FUSE disks keep an open file under another name when it is replaced.
     const bool isReserved = ::mknodat(folder.get(), targetName.c_str(), S_IFREG | S_IRUSR | S_IWUSR, 0) == 0;
     if (!isReserved && errno == EEXIST)
         throw publishingFailure(EEXIST);
@@ -87,7 +87,7 @@ void TemporaryFile::publishOverReservation()
         const bool isFree = holder == Holder::none || holder == Holder::foreign ||
                             (holder == Holder::reservation && ::unlinkat(folder.get(), targetName.c_str(), 0) == 0);
         if (!isFree)
-            currentName.clear(); // the sealed file stays as long as the empty one does: it shows what that is
+            currentName.clear(); // the sealed file must stay as long as the empty one, which it explains
         throw;
     }
 }
@@ -100,7 +100,7 @@ void TemporaryFile::seal()
     requireOurs();
     if (::renameat(folder.get(), currentName.c_str(), folder.get(), sealed.c_str()) != 0) {
         const FileError error = publishingFailure(errno);
-        if (identityOf(folder.get(), sealed)) // a failure over a bad connection may have done its work
+        if (identityOf(folder.get(), sealed)) // over a bad connection the rename may have happened all the same
             currentName = sealed;
         throw error;
     }
@@ -109,18 +109,18 @@ void TemporaryFile::seal()
         throw failure(errno);
 }
 
-/// The name must still be held by our empty file. Another program may have written to it, or renamed a file onto it:
-/// that is theirs now. After this a few microseconds remain in which a file renamed onto it is lost; no system call
-/// closes them, on the few disks that come to this.
+/// The name must still belong to our empty file. Another program may have written to it or renamed a file onto it,
+/// which must stay. A file that is renamed onto it in the few microseconds after this is lost: no system call prevents
+/// that on the few disks that need a reservation.
 void TemporaryFile::requireReservation() const
 {
-    // First at the disk itself: FUSE remembers sizes for a second, for each letter case of a name its own.
+    // Past the cache first: FUSE keeps sizes for a second, separately for each letter case of a name.
     Holder holder = holderOfTarget(AT_STATX_FORCE_SYNC);
     if (holder == Holder::reservation) {
         requireOurs();
-        // This fails, as the name is taken, but only once any change of the folder that is under way is done.
+        // This fails, since the name is taken, but only after any change of the folder that is under way.
         ::renameat2(folder.get(), currentName.c_str(), folder.get(), targetName.c_str(), RENAME_NOREPLACE);
-        holder = holderOfTarget(0); // last, since what is lost here is another program's
+        holder = holderOfTarget(0); // last, to keep the moment in which another program's file is lost short
     }
     if (holder != Holder::reservation)
         throw publishingFailure(holder == Holder::foreign ? EEXIST : holder == Holder::none ? EBUSY : errno);

@@ -19,16 +19,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// At most twice this is unwritten at any time, less on a slow disk: so the last sync is short, and so is the end of
-/// the program in mid-copy.
+/// At most twice this is unwritten at any time, less on a slow disk, so that the last sync is short, and so is the end
+/// of the program during a copy.
 constexpr std::int64_t flushedAtOnce = std::int64_t(8) << 20;
 constexpr std::chrono::milliseconds flushingTime(100);
-/// A FUSE disk hands everything to a program that keeps unwritten data of its own; only a sync reaches that. It costs
-/// more, and nothing is under way beside it.
+/// The program of a FUSE disk keeps unwritten data too, which only a sync writes. A sync costs more, and no data moves
+/// during it.
 constexpr std::int64_t syncedAtOnce = std::int64_t(32) << 20;
 constexpr std::chrono::milliseconds syncingTime(120);
 
-/// The file system does not know the operation, or does not allow it at all.
+/// Whether the file system does not support the operation, or never allows it.
 bool isRefusedHere(int errorNumber)
 {
     return errorNumber == EPERM || errorNumber == ENOSYS || errorNumber == ENOTSUP || errorNumber == EINVAL ||
@@ -39,7 +39,7 @@ FileDescriptor openTargetFolder(const Location& folder)
 {
     const ReachablePath path(folder.path());
     FileDescriptor opened = openAt(path.folder(), path.rest(), O_RDONLY | O_DIRECTORY);
-    if (!opened && errno == EACCES) // one may be allowed to put files into a folder that one cannot list
+    if (!opened && errno == EACCES) // one may be allowed to make files in a folder but not to list it
         opened = openAt(path.folder(), path.rest(), O_PATH | O_DIRECTORY);
     if (!opened)
         throw FileError(folder.path(), errno);
@@ -80,19 +80,19 @@ bool TemporaryFile::hasRoom() const
 {
     struct statvfs disk = {};
     if (::fstatvfs(file.get(), &disk) != 0 || disk.f_blocks == 0)
-        return true; // it does not report it
+        return true; // it is not reported
     return static_cast<std::uint64_t>(size) <= std::uint64_t(disk.f_bavail) * disk.f_frsize;
 }
 
 void TemporaryFile::refuseWithoutRoom()
 {
     if (!hasRoom()) {
-        ::syncfs(file.get()); // what was removed a moment ago may give back its room only now
+        ::syncfs(file.get()); // frees the space of files that have just been removed
         if (!hasRoom())
             throw failure(ENOSPC);
     }
-    // Two to four times as fast as through the kernel's memory. A small video is faster written by its sync, at one go;
-    // a FUSE disk has a program's memory before it in any case.
+    // Two to four times as fast as through the page cache. The sync writes a small video faster, in one go; a FUSE disk
+    // uses the memory of a program in any case.
     if (size > flushedAtOnce && !isFuse())
         goDirectly(true);
 }
@@ -127,7 +127,7 @@ void TemporaryFile::write(std::span<const std::byte> bytes)
 
 void TemporaryFile::goDirectly(bool directly)
 {
-    // Not on opening: some file systems that refuse it have then already made the file.
+    // Not when opening: some file systems refuse it then, after they have made the file.
     const int flags = ::fcntl(file.get(), F_GETFL);
     const bool isDone = ::fcntl(file.get(), F_SETFL, directly ? flags | O_DIRECT : flags & ~O_DIRECT) == 0;
     if (!isDone && !(directly && isRefusedHere(errno)))
@@ -153,7 +153,7 @@ int TemporaryFile::syncPortion()
     return result;
 }
 
-/// The disk always has one portion to write while the next is being read.
+/// The disk writes one portion while the next one is read.
 int TemporaryFile::writeOutPortion()
 {
     int result = ::sync_file_range(file.get(), flushing, written - flushing, SYNC_FILE_RANGE_WRITE);
@@ -169,11 +169,11 @@ int TemporaryFile::writeOutPortion()
 
 void TemporaryFile::finish(const struct stat& source)
 {
-    // Disks without permissions or times refuse them, and the video is as good without.
+    // Disks without permissions or times refuse them, which does the video no harm.
     constexpr mode_t readAndWrite = 0666;
     if (::fchmod(file.get(), source.st_mode & readAndWrite) != 0 && !isRefusedHere(errno))
         throw failure(errno);
-    // Both: exFAT through FUSE, told to set only one, sets neither and reports success.
+    // Both times: exFAT through FUSE sets neither, and reports success, if only one is given.
     const struct timespec times[] = {source.st_atim, source.st_mtim};
     if (::futimens(file.get(), times) != 0 && !isRefusedHere(errno))
         throw failure(errno);
@@ -209,8 +209,8 @@ void TemporaryFile::requireOnDisk(std::uint64_t expectedHash, std::span<std::byt
 
 std::uint64_t TemporaryFile::hashOnDisk(std::span<std::byte> room, const std::stop_token& stop)
 {
-    ::fcntl(file.get(), F_SETFL, O_NOATIME); // which a disk that knows no owners may refuse
-    // In any case: some file systems take a direct read for an ordinary one, which the kernel's memory would answer.
+    ::fcntl(file.get(), F_SETFL, O_NOATIME); // a disk without owners may refuse this
+    // In any case: some file systems treat a direct read as an ordinary one, which the page cache would answer.
     ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED);
     goDirectly(true);
     try {
@@ -256,7 +256,7 @@ void TemporaryFile::remove()
 {
     if (!currentName.empty()) {
         const auto own = identityOf(file.get());
-        if (isFuse()) // such disks turn the removal of an open file into a hidden one
+        if (isFuse()) // such disks rename an open file that is removed to a hidden one
             file.close();
         if (own && identityOf(folder.get(), currentName) == own)
             ::unlinkat(folder.get(), currentName.c_str(), 0);

@@ -20,66 +20,64 @@ namespace reelkeep {
 
 class Leftover;
 
-/// How fast a disk takes data, for each way to it, from one file to the next.
+/// How fast a disk takes data, learned from one file for the next.
 struct WritingPace {
     WritingPace();
 
-    TransferPace flushing; ///< Of a disk that the kernel writes to.
-    TransferPace syncing;  ///< Of a FUSE disk.
+    TransferPace flushing; ///< For a disk with a driver in the kernel.
+    TransferPace syncing;  ///< For a FUSE disk.
 };
 
-/// A file on its way to `target`: it grows under a hidden name in the target's folder and takes its final name in one
-/// step, whole and synced. If it never comes to that, the hidden file goes with this object. Before every step by name
-/// the name is compared with the open file: another program may have put its own there.
-/// Every operation throws FileError about the target. One thread at a time may use it.
+/// A file that grows under a hidden name in the target's folder and gets its final name in one step, complete and
+/// synced. If it never gets that, this object's destructor removes the hidden file. Before every step by name, the name
+/// is compared with the open file: another program may have put its own there. Every operation throws FileError about
+/// the target. One thread at a time may use it.
 class TemporaryFile {
 public:
-    /// Opens the target's folder; refuses a size in bytes that the target's file system cannot hold. `pace` is used by
+    /// Opens the target's folder. Refuses a size in bytes that the target's file system cannot hold. `pace` is used by
     /// `portion` and `write` only.
     TemporaryFile(const Location& target, std::int64_t size, WritingPace& pace);
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() { remove(); }
 
-    /// Makes the hidden file; refuses if something stands at the target's place, or if another run is copying to it.
-    /// Replaces what a killed run left for the same target; if that cannot be taken over, takes a name of its own.
+    /// Makes the hidden file. Refuses if the target exists or another run is copying to it. Replaces the leftover of a
+    /// killed run; if that cannot be taken over, uses a spare name.
     void create();
-    /// Shares the blocks of the open file `source` if both lie on one file system that can. False if not.
+    /// Shares the blocks of the open file `source` if both are on one file system that can. Returns false if not.
     bool clone(int source);
-    /// Refuses if the disk reports its free space and has too little. To be called before the first `write`.
+    /// Refuses if the disk reports too little free space. Call it before the first `write`.
     void refuseWithoutRoom();
-    /// Appends; starts the write-back at once, so that little is ever unwritten. Faster from memory that begins at the
-    /// border of a block.
+    /// Appends. Starts the write-back early, so that little is ever unwritten. Faster from memory aligned to blocks.
     void write(std::span<const std::byte> bytes);
-    /// How many bytes to write at once, so that it does not take long.
+    /// How many bytes to write at once, so that no call takes long.
     std::int64_t portion() const { return pace.portion(); }
-    /// Takes over modification time and the rights to read and write, and starts the write-back of all that is left.
+    /// Sets modification time and read and write permissions as in `source`, and starts the write-back of the rest.
     void finish(const struct stat& source);
-    /// How many of the bytes written the disk may not have taken yet.
+    /// How many of the written bytes may not be on the disk yet.
     std::int64_t unsyncedBytes() const { return written - flushed; }
-    /// Of what was written, read again through the kernel's memory into `room`; throws Stopped.
+    /// The hash of the file, read into `room` through the page cache; throws Stopped.
     std::uint64_t hash(std::span<std::byte> room, const std::stop_token& stop) const;
 
     /// Puts everything but the name on the disk.
     void sync();
-    /// Reads back what was synced, past the kernel's memory, into `room`; throws if it has another hash. Throws
-    /// Stopped.
+    /// Reads the synced file into `room`, past the page cache, and throws if it has another hash. Throws Stopped.
     void requireOnDisk(std::uint64_t expectedHash, std::span<std::byte> room, const std::stop_token& stop);
     /// Gives the file its final name without replacing anything.
     void publish();
     /// Puts the names in its folder on the disk.
     void syncNames();
 
-    /// Which file grows, and in which folder. Throws if it cannot be known.
+    /// The identities of the hidden file and of its folder. They throw if that cannot be known.
     FileIdentity identity() const;
     FileIdentity folderIdentity() const;
-    /// Where it grows.
+    /// The path of the hidden file.
     Location hiddenPlace() const { return target.deletingLastPathComponent().appending(currentName); }
-    /// Whether it grows under a name that is not found again, since something stood at the usual one.
+    /// Whether it has a random hidden name, which no later run finds, because the usual one was taken.
     bool isUnderSpareName() const { return isSpare; }
 
 private:
-    /// What stands at the target's place.
+    /// The entry that has the target's name.
     enum class Holder { none, reservation, foreign, unknown };
 
     bool createAs(const std::string& name);
@@ -113,22 +111,22 @@ private:
     FileDescriptor folder;
     struct statfs fileSystem = {};
     FileDescriptor file;
-    std::string currentName; ///< Of our own file; empty as long as there is none and once it has its final name.
+    std::string currentName; ///< Of our own file; empty before it exists and once it has its final name.
     bool isSpare = false;
-    bool isDirect = false;                              ///< Past the kernel's memory, right to the disk.
+    bool isDirect = false;                              ///< Writes bypass the page cache.
     std::int64_t written = 0;                           ///< Bytes handed to the kernel.
-    std::int64_t flushing = 0;                          ///< How many of them the disk has been told to take.
-    std::int64_t flushed = 0;                           ///< How many of those it has taken.
-    TransferPace& pace;                                 ///< Of what the disk takes, on whichever way.
-    std::chrono::steady_clock::time_point portionBegan; ///< When the disk became free for the latest one.
+    std::int64_t flushing = 0;                          ///< How many of them the kernel was told to write to the disk.
+    std::int64_t flushed = 0;                           ///< How many of those have been written.
+    TransferPace& pace;                                 ///< The one for this kind of disk.
+    std::chrono::steady_clock::time_point portionBegan; ///< When the disk began with the current portion.
 };
 
 /// The largest file that a file system of this type (`f_type` of `statfs`) can hold; absent if there is no such limit
 /// in practice.
 std::optional<std::int64_t> largestFile(std::int64_t fileSystemType);
 
-/// Whether what stands at `place` is only the empty file with which a run, killed in the act of publishing, held the
-/// name on a disk that can neither link nor rename without replacing. Throws FileError if that cannot be known.
+/// Whether the entry at `place` is only the reservation of a run that was killed while it published, on a disk that can
+/// neither link nor rename without replacing. Throws FileError if that cannot be known.
 bool isAbandonedReservation(const Location& place, const struct stat& status);
 
 } // namespace reelkeep

@@ -22,7 +22,7 @@ TransferPace::TransferPace(std::int64_t largestPortion, Duration target)
 
 void TransferPace::took(std::int64_t bytes, Duration duration)
 {
-    if (bytes < smallest) // mostly the cost of the call itself
+    if (bytes < smallest) // mostly the fixed cost of a call
         return;
     const auto count = static_cast<double>(bytes);
     const double seconds = secondsOf(duration);

@@ -14,12 +14,12 @@ public:
     static constexpr std::int64_t smallest = std::int64_t(256) << 10;
     static constexpr std::int64_t first = std::int64_t(512) << 10;
 
-    /// `target`: how long a portion may take, apart from what each call costs whatever its size.
+    /// `target` is how long a portion may take, apart from the fixed cost of each call.
     TransferPace(std::int64_t largestPortion, Duration target);
 
     /// A multiple of any usual block's size, from `smallest` to the largest.
     std::int64_t portion() const { return size; }
-    /// Learns from what a transfer of so many bytes took.
+    /// Learns from the duration of a transfer of so many bytes.
     void took(std::int64_t bytes, Duration duration);
 
 private:
@@ -28,7 +28,7 @@ private:
     std::int64_t largest;
     double targetSeconds;
     std::int64_t size;
-    double fixedSeconds = 0; ///< Of a call; never assumed to be more than `targetSeconds`.
+    double fixedSeconds = 0; ///< The cost of any call; never assumed to be more than `targetSeconds`.
     double lastBytes = 0;
     double lastSeconds = 0;
 };

@@ -181,7 +181,7 @@ std::string lowercased(std::string_view text)
     });
 }
 
-/// By way of the capital, which disks compare: some letters have the same one but not the same small letter.
+/// Through upper case, which disks compare: some letters have the same upper case but different lower cases.
 std::string caseless(std::string_view text)
 {
     return inOneCase(text, [](std::string& result, UChar32 codePoint) {

@@ -13,7 +13,7 @@ namespace reelkeep {
 /// not UTF-8 are kept.
 std::string lowercased(std::string_view text);
 
-/// The text without its letter case, code point by code point: any two that some disk takes for the same name become
+/// The text without its letter case, code point by code point: any two names that are the same on some disk become
 /// equal, and a few more.
 std::string caseless(std::string_view text);
 

@@ -6,7 +6,7 @@
 
 namespace reelkeep {
 
-/// A container on a plate. It draws the shadows of the controls that stand on it.
+/// A container on a plate. It draws the shadows of the controls on it.
 class Box : public QWidget {
     Q_OBJECT
 

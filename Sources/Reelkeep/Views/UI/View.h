@@ -71,7 +71,7 @@ struct View {
     View accessibleDescription(const QString& description) &&;
     View named(const char* objectName) &&;
 
-    /// Brings the element, and everything inside it, up to date.
+    /// Updates the element and everything inside it.
     void refresh() const;
 };
 
@@ -171,7 +171,7 @@ View ForEach(int spacing, std::function<std::vector<Item>()> items, std::functio
 void arrangeElements(QWidget& column, const std::vector<View>& elements, const std::vector<View>& gone);
 
 /// A scrolling list that builds only the rows in view. When it is given other items it stays at the same ones, known by
-/// their ids, as long as they are still about there.
+/// their ids, as long as they are still nearby.
 template <class Items>
 struct ListContent {
     using Item = std::remove_cvref_t<decltype(std::declval<const Items&>()[0])>;

@@ -48,7 +48,7 @@ QString withVisibleControls(QString text)
 void showWholeText(const QString& text, const QHelpEvent& event, QWidget& widget)
 {
     const QString lines = brokenAt(scaledWithFont(480), withVisibleControls(text));
-    // A tool tip takes anything that looks like markup for markup.
+    // A tool tip interprets anything that looks like markup.
     QToolTip::showText(event.globalPos(), Qt::convertFromPlainText(lines, Qt::WhiteSpacePre), &widget);
 }
 
