@@ -120,12 +120,8 @@ void TemporaryFile::takeOverSealed()
 void TemporaryFile::lockOwn()
 {
     const bool isHeldElsewhere = ::flock(file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    const auto own = identityOf(file.get());
-    if (!own)
-        throw failure(errno);
-    const auto named = identityOf(folder.get(), currentName);
-    if (!named && errno != ENOENT)
-        throw failure(errno);
+    const FileIdentity own = identity();
+    const auto named = namedIdentity();
     // Between creating and locking, another run may have taken it for a leftover.
     if (isHeldElsewhere || named != own) {
         currentName.clear(); // the other run removes it

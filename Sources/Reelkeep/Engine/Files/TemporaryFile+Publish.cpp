@@ -52,12 +52,8 @@ bool TemporaryFile::publishByLink()
             return false;
         throw publishingFailure(errno);
     }
-    const auto own = identityOf(file.get());
-    if (!own)
-        throw failure(errno);
-    const auto named = identityOf(folder.get(), currentName);
-    if (!named && errno != ENOENT)
-        throw failure(errno);
+    const FileIdentity own = identity();
+    const auto named = namedIdentity();
     if (isFuse()) // such disks rename an open file that is removed to a hidden one, which a kill would leave behind
         file.close();
     if (isSameFile(named, own) && ::unlinkat(folder.get(), currentName.c_str(), 0) != 0 && errno != ENOENT)
@@ -136,9 +132,7 @@ TemporaryFile::Holder TemporaryFile::holderOfTarget(int flags) const
 
 void TemporaryFile::requireOurs() const
 {
-    const auto own = identityOf(file.get());
-    if (!own)
-        throw failure(errno);
+    const FileIdentity own = identity();
     const auto named = identityOf(folder.get(), currentName);
     if (!named)
         throw publishingFailure(errno);

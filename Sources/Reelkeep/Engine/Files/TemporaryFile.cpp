@@ -239,6 +239,14 @@ FileIdentity TemporaryFile::identity() const
     return *own;
 }
 
+std::optional<FileIdentity> TemporaryFile::namedIdentity() const
+{
+    const auto named = identityOf(folder.get(), currentName);
+    if (!named && errno != ENOENT)
+        throw failure(errno);
+    return named;
+}
+
 FileIdentity TemporaryFile::folderIdentity() const
 {
     const auto own = identityOf(folder.get());

@@ -100,6 +100,8 @@ private:
     void requireReservation() const;
     Holder holderOfTarget(int flags) const;
     void remove();
+    /// The file that the hidden name refers to now; absent if there is none.
+    std::optional<FileIdentity> namedIdentity() const;
     void requireOurs() const;
     FileError failure(int errorNumber) const;
     FileError takenByAnotherRun() const;
