@@ -40,7 +40,7 @@ QDBusMessage screenSaverCall(const QString& method)
 
 } // namespace
 
-SleepInhibitor::SleepInhibitor(QObject* parent) : QObject(parent)
+SleepInhibitor::SleepInhibitor()
 {
     retryTimer.setSingleShot(true);
     connect(&retryTimer, &QTimer::timeout, this, &SleepInhibitor::retry);

@@ -24,7 +24,7 @@ class SleepInhibitor : public QObject {
     Q_OBJECT
 
 public:
-    explicit SleepInhibitor(QObject* parent = nullptr);
+    SleepInhibitor();
     ~SleepInhibitor() override;
 
     /// Prevents suspending from now on, or allows it again.
