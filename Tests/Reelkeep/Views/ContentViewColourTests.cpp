@@ -108,9 +108,11 @@ TEST_P(ContentViewColourContrast, isSufficientForEveryTextExceptTheNamedOnes)
 TEST_P(ContentViewColourContrast, isSufficientOnEveryEnabledControl)
 {
     show(paletteNamed(GetParam().name), GetParam().state);
+    int examined = 0;
     for (const Button* button : content->findChildren<Button*>()) {
         if (!button->isVisible() || !button->isEnabled())
             continue;
+        ++examined;
         // The face, and the pixel with the most contrast to it, which is inside a letter.
         const QRect place = placeOf(*button);
         const QColor face = groundOf(place.adjusted(3, 3, -3, -3));
@@ -121,6 +123,7 @@ TEST_P(ContentViewColourContrast, isSufficientOnEveryEnabledControl)
         }
         EXPECT_GE(best, 4.5) << button->text().toStdString() << " on " << written(face);
     }
+    EXPECT_GE(examined, 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Themes, ContentViewColourContrast,

@@ -235,6 +235,7 @@ TEST_F(ContentViewReview, letTheirPathsAndTheSummaryBeCopied)
         if (!text->isSelectable())
             continue;
         ++selectable;
+        QApplication::clipboard()->clear();
         QTest::mouseDClick(text, Qt::LeftButton, {}, QPoint(5, 5));
         QTest::keySequence(text, QKeySequence::Copy);
         EXPECT_EQ(QApplication::clipboard()->text(), QStringLiteral("/media/ana/B"));

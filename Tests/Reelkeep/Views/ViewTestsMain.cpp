@@ -3,6 +3,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QLocale>
 #include <QTemporaryDir>
 
@@ -21,6 +22,11 @@ const char* const screens = R"({"screens": [
     {"name": "uneven", "x": 8000, "y": 0, "width": 4500, "height": 4500}]})";
 /// Pixels per point. A "dpr" property of a screen would not affect the windows on it.
 const char* const scales = "uneven=1.5";
+
+/// Lets no test find in the clipboard what another one has copied.
+class ClipboardCleaner : public testing::EmptyTestEventListener {
+    void OnTestStart(const testing::TestInfo&) override { QApplication::clipboard()->clear(); }
+};
 
 } // namespace
 
@@ -46,6 +52,7 @@ int main(int argc, char** argv)
     reelkeep::installAccessibility();
 
     testing::InitGoogleTest(&argc, argv);
+    testing::UnitTest::GetInstance()->listeners().Append(new ClipboardCleaner);
     testing::FLAGS_gtest_death_test_style = "threadsafe";
     return RUN_ALL_TESTS();
 }

@@ -156,7 +156,10 @@ TEST_F(ViewPicker, writesNothingWhenItsEntriesChange)
 
 TEST_F(ViewPicker, hasItsLabelBeforeIt)
 {
-    EXPECT_EQ(shown.words(), QStringList{QStringLiteral("HD")});
+    ASSERT_EQ(shown.words(), QStringList{QStringLiteral("HD")});
+    const TextWidget& label = *shownTexts(*shown.widget).front();
+    EXPECT_GT(popUp.mapTo(shown.widget.get(), QPoint()).x(),
+              label.mapTo(shown.widget.get(), label.rect().topRight()).x());
 }
 
 TEST(ViewProgressBar, showsItsFraction)
