@@ -205,9 +205,9 @@ void TextWidget::paintEvent(QPaintEvent*)
     const Appearance appearance = Appearance::of(this);
     painter.setPen(selectable && underMouse() ? appearance.primary() : textColor.resolved(appearance));
     const int whole = endingStart >= 0 ? lineLimit - 1 : lines.lineCount();
-    // Draws the lines that begin inside this rectangle.
+    // Draws the lines that begin inside this rectangle, and cuts them there if a part is selected.
     if (whole > 0)
-        lines.draw(&painter, {}, selectionIn(lines, 0), QRectF(0, 0, width(), lineTop(whole) - lineHeight / 2));
+        lines.draw(&painter, {}, selectionIn(lines, 0), QRectF(0, 0, width(), lineTop(whole) - 0.1));
     if (endingStart >= 0)
         ending.draw(&painter, {}, selectionIn(ending, endingStart));
 }
