@@ -54,7 +54,12 @@ void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const 
     painter.drawPath(roundedOutline(painter, rect, radius, thickness / 2.0));
 }
 
-FocusRing::FocusRing(QWidget* widget, double widgetRadius) : QObject(widget), radius(widgetRadius + distance)
+FocusRing::FocusRing(QWidget* widget, double widgetRadius) : FocusRing(widget)
+{
+    radius = widgetRadius + distance;
+}
+
+FocusRing::FocusRing(QWidget* widget) : QObject(widget)
 {
     widget->installEventFilter(this);
 }
@@ -92,8 +97,8 @@ bool FocusRing::eventFilter(QObject* watched, QEvent* event)
     const bool isLent = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
     if (!isLent)
         belongs = isIn && reason != Qt::MouseFocusReason;
-    if (isIn && belongs && !frame) {
-        frame = new Frame(radius);
+    if (isIn && belongs && radius && !frame) {
+        frame = new Frame(*radius);
         frame->setWidget(static_cast<QWidget*>(watched));
     } else if (!isIn) {
         delete frame;

@@ -3,6 +3,8 @@
 #include <QFocusFrame>
 #include <QPointer>
 
+#include <optional>
+
 class QPainter;
 
 namespace reelkeep {
@@ -21,6 +23,8 @@ class FocusRing : public QObject {
 public:
     /// The widget owns its ring. `widgetRadius` is that of its corners.
     FocusRing(QWidget* widget, double widgetRadius);
+    /// For a widget that paints the ring itself, around a part of it, while `belongsAround` is true.
+    explicit FocusRing(QWidget* widget);
     ~FocusRing() override;
 
     /// Present while the ring is shown (for tests).
@@ -29,6 +33,8 @@ public:
     static bool belongsAround(const QWidget& widget);
     /// Moves the focus to a widget, where the ring is shown if it was shown where the focus comes from.
     static void moveFocus(QWidget& to, bool withRing);
+    /// Says whether the keyboard, or a click, moved on inside a widget that paints its ring itself.
+    void setBelongs(bool nowBelongs) { belongs = nowBelongs; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -36,7 +42,7 @@ protected:
 private:
     static FocusRing* of(const QWidget& widget);
 
-    double radius;
+    std::optional<double> radius; ///< Of the frame, if there is to be one.
     bool belongs = false;
     QPointer<QFocusFrame> frame; ///< A child of the window, which may be destroyed before the widget.
 };

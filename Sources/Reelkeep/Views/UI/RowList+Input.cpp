@@ -1,6 +1,7 @@
 #include "UI/RowList.h"
 
 #include "UI/Appearance.h"
+#include "UI/FocusRing.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -19,6 +20,7 @@ void RowList::setCurrentRow(int row)
     if (count == 0)
         return;
     current = std::clamp(row, 0, count - 1);
+    ring->setBelongs(true);
     revealRow(current);
     viewport()->update();
     announceCurrentRow();
@@ -121,8 +123,10 @@ void RowList::keyPressEvent(QKeyEvent* event)
 
 void RowList::mousePressEvent(QMouseEvent* event)
 {
-    if (const int row = rowAt(event->position().toPoint()); row >= 0)
+    if (const int row = rowAt(event->position().toPoint()); row >= 0) {
         setCurrentRow(row);
+        ring->setBelongs(false);
+    }
 }
 
 void RowList::focusInEvent(QFocusEvent* event)

@@ -21,7 +21,7 @@ constexpr std::size_t mostHeightsKept = 1000;
 } // namespace
 
 RowList::RowList(Source rowSource, QWidget* parent)
-    : QAbstractScrollArea(parent), source(std::move(rowSource)), edges{padding}
+    : QAbstractScrollArea(parent), source(std::move(rowSource)), ring(new FocusRing(this)), edges{padding}
 {
     setFrameShape(QFrame::NoFrame);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
@@ -203,7 +203,7 @@ void RowList::paintEvent(QPaintEvent*)
         const QRectF line(padding, rowRect(row).top(), availableWidth(), hairline(painter));
         paint(painter, line, plate::listSeparator.background, appearance);
     }
-    if (current >= 0 && hasFocus())
+    if (current >= 0 && hasFocus() && FocusRing::belongsAround(*this))
         paintFocusRing(painter, rowRect(current), measure::rowRadius, appearance);
 }
 

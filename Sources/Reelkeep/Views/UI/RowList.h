@@ -9,6 +9,8 @@
 
 namespace reelkeep {
 
+class FocusRing;
+
 /// A list whose rows are as high as their own contents need. It builds widgets for the rows in view only, reuses them
 /// while it scrolls, and measures no row that is far from the view. Its scroll bar therefore counts rows, each in a
 /// fixed number of steps, instead of pixels.
@@ -95,6 +97,7 @@ private:
     int rowAPageFrom(int row, int direction);
 
     Source source;
+    FocusRing* ring;
     int count = 0;
     int current = -1;
     Row measuringRow;

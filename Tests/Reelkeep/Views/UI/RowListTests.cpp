@@ -1,5 +1,7 @@
 #include "Fixtures/Desktops.h"
+#include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
+#include "UI/Appearance.h"
 #include "UI/RowList.h"
 #include "UI/TextWidget.h"
 
@@ -221,6 +223,68 @@ TEST_F(RowListTest, showWhichOneIsCurrentWhileTheListHasTheFocus)
     EXPECT_NE(without, with);
     const QPoint inside = list.rowRect(0).center();
     EXPECT_EQ(with.pixelColor(inside), without.pixelColor(inside)) << "a ring, not a filled plate";
+}
+
+class RowListRing : public RowListTest {
+protected:
+    RowListRing()
+    {
+        list.reload(20);
+        list.setFocus();
+        list.clearFocus();
+    }
+    bool isShown()
+    {
+        letEventsPass();
+        const QColor ring = Appearance::of(&list).focusRing();
+        const QRect row = list.rowRect(list.currentRow());
+        return picture(list).pixelColor(row.center().x(), row.top() + 1) == ring;
+    }
+    void click(int row) { QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, list.rowRect(row).center()); }
+};
+
+TEST_F(RowListRing, isNotThereAfterAClick)
+{
+    list.setFocus(Qt::MouseFocusReason);
+    click(2);
+    EXPECT_EQ(list.currentRow(), 2);
+    EXPECT_FALSE(isShown());
+}
+
+TEST_F(RowListRing, comesWithTheFirstKeyAndGoesWithTheNextClick)
+{
+    list.setFocus(Qt::MouseFocusReason);
+    click(2);
+    press(Qt::Key_Down);
+    EXPECT_TRUE(isShown());
+    click(1);
+    EXPECT_FALSE(isShown());
+    press(Qt::Key_Home);
+    EXPECT_TRUE(isShown());
+}
+
+TEST_F(RowListRing, isThereWheneverTheKeyboardMovedTheFocus)
+{
+    for (const Qt::FocusReason reason : {Qt::TabFocusReason, Qt::BacktabFocusReason, Qt::OtherFocusReason}) {
+        list.setFocus(reason);
+        EXPECT_TRUE(isShown()) << reason;
+        list.clearFocus();
+        EXPECT_FALSE(isShown()) << reason;
+    }
+}
+
+TEST_F(RowListRing, returnsFromAnotherWindowOnlyIfItWasThere)
+{
+    for (const bool byKey : {false, true}) {
+        list.clearFocus();
+        list.setFocus(byKey ? Qt::TabFocusReason : Qt::MouseFocusReason);
+        QWidget other;
+        showActive(other);
+        other.close();
+        showActive(list);
+        ASSERT_TRUE(waitUntil([this] { return list.hasFocus(); }));
+        EXPECT_EQ(isShown(), byKey);
+    }
 }
 
 TEST_F(RowListTest, needAHigherListWithALargeFont)
