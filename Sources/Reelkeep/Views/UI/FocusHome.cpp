@@ -23,6 +23,16 @@ void scrollTo(QWidget& widget)
     }
 }
 
+void setKeepingFocus(QWidget& element, void (QWidget::*set)(bool), bool canBeUsed)
+{
+    FocusHome* home = FocusHome::around(element);
+    if (home && !canBeUsed)
+        home->takeFocusFrom(element);
+    (element.*set)(canBeUsed);
+    if (home && canBeUsed)
+        home->returnFocusTo(element);
+}
+
 } // namespace
 
 FocusHome::FocusHome(QWidget* parent) : QWidget(parent)
@@ -132,22 +142,12 @@ bool FocusHome::focusNextPrevChild(bool next)
 
 void setEnabledKeepingFocus(QWidget& element, bool enabled)
 {
-    FocusHome* home = FocusHome::around(element);
-    if (home && !enabled)
-        home->takeFocusFrom(element);
-    element.setEnabled(enabled);
-    if (home && enabled)
-        home->returnFocusTo(element);
+    setKeepingFocus(element, &QWidget::setEnabled, enabled);
 }
 
 void setVisibleKeepingFocus(QWidget& element, bool visible)
 {
-    FocusHome* home = FocusHome::around(element);
-    if (home && !visible)
-        home->takeFocusFrom(element);
-    element.setVisible(visible);
-    if (home && visible)
-        home->returnFocusTo(element);
+    setKeepingFocus(element, &QWidget::setVisible, visible);
 }
 
 } // namespace reelkeep
