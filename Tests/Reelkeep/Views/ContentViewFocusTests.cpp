@@ -176,6 +176,22 @@ TEST_F(ContentViewFocus, keepsTheScrollPositionWhenTheFocusedListDisappears)
     EXPECT_EQ(focused(), content);
 }
 
+TEST_F(ContentViewFocus, leavesTheEndOfThePageAloneWhenTheProgressBarGoes)
+{
+    enterState(analysed);
+    resize(1148, 700);
+    const int height = content->heightForWidth(1148);
+    files->holdAnalyses();
+    press(scan);
+    ASSERT_TRUE(waitUntil([&] { return content->heightForWidth(1148) > height; }));
+    page().setValue(page().maximum());
+    const int position = page().value();
+    finishAnalysis();
+    ASSERT_TRUE(waitUntil([&] { return content->heightForWidth(1148) == height; }));
+    letEventsPass();
+    EXPECT_EQ(page().value(), position);
+}
+
 TEST_F(ContentViewFocus, leavesAControlWhenTheBackgroundIsClicked)
 {
     toggle().setFocus(Qt::TabFocusReason);

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace reelkeep {
 namespace {
 
@@ -34,6 +36,16 @@ protected:
     {
         QTest::mouseClick(window->windowHandle(), Qt::LeftButton, {}, place);
         settle();
+    }
+    /// Removes a place and waits until the layout has come to rest.
+    void removeByClick(const char* path) const
+    {
+        const int height = content->heightForWidth(content->width());
+        const QPoint place = placeOf(removeButton(path));
+        ASSERT_TRUE(window->rect().contains(place));
+        clickAt(place);
+        ASSERT_TRUE(waitUntil([&] { return content->heightForWidth(content->width()) < height; }));
+        letEventsPass();
     }
     void scrollTo(const Button& button, int y) const
     {
@@ -151,16 +163,65 @@ TEST_F(ContentViewRemoval, removesARowWithEachSlowClickAtOnePoint)
 
 TEST_F(ContentViewRemoval, doesNotScrollThePageUnderThePointer)
 {
+    pressSlowly();
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
     resize(1148, 700);
     for (const char* path : {"/media/a", "/media/c", "/media/b"}) {
         scrollTo(removeButton(path), 400);
         const int position = page().value();
-        clickAt(placeOf(removeButton(path)));
-        letEventsPass();
+        removeByClick(path);
         EXPECT_EQ(page().value(), position) << path;
         EXPECT_FALSE(hasRing(*focused())) << path;
     }
+}
+
+TEST_F(ContentViewRemoval, leavesThePageAloneAtItsEnd)
+{
+    pressSlowly();
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    fill("/media/card", "/media/a", 2, 0);
+    chooseCamera("/media/card");
+    chooseDestination("/media/disk");
+    analyse();
+    resize(1148, 1200);
+    page().setValue(page().maximum());
+    const int position = page().value();
+    const TextWidget& note = text(QStringLiteral("La comprobacion es solo de camara hacia los destinos revisados."));
+    const QPoint notePlace = placeOf(note);
+    for (const char* path : {"/media/a", "/media/c", "/media/b"}) {
+        removeByClick(path);
+        EXPECT_EQ(page().value(), position) << path;
+        EXPECT_EQ(placeOf(note), notePlace) << path;
+    }
+}
+
+TEST_F(ContentViewRemoval, leavesNoEmptyGroundWhenThePageIsScrolledOn)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    resize(1148, 1000);
+    page().setValue(page().maximum());
+    removeByClick("/media/c");
+    for (int left = 60; left > 0; --left) {
+        page().setValue(page().value() - 1);
+        letEventsPass();
+        ASSERT_EQ(content->height(), std::max(content->heightForWidth(1148), page().value() + 1000)) << left;
+    }
+    page().setValue(0);
+    letEventsPass();
+    EXPECT_EQ(content->height(), content->heightForWidth(1148));
+    EXPECT_EQ(page().maximum(), content->height() - 1000);
+}
+
+TEST_F(ContentViewRemoval, leavesNoEmptyGroundInAWindowOfAnotherSize)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    resize(1148, 1000);
+    page().setValue(page().maximum());
+    removeByClick("/media/c");
+    resize(1148, 900);
+    EXPECT_EQ(content->height(), content->heightForWidth(1148));
+    resize(760, 900);
+    EXPECT_EQ(content->height(), content->heightForWidth(760));
 }
 
 TEST_F(ContentViewRemoval, scrollsToTheNextButtonIfAKeyWasUsed)

@@ -19,9 +19,38 @@ namespace {
 constexpr int firstWidth = 1148;
 constexpr QSize smallest(480, 400);
 
+/// Does not move the view when the content becomes shorter: what has been scrolled past and what is in view stays,
+/// until it is scrolled out of view at the end, or the window gets another size.
+class Page : public QScrollArea {
+public:
+    Page()
+    {
+        connect(verticalScrollBar(), &QScrollBar::valueChanged, this, [this] {
+            if (widget()->minimumHeight() > reached())
+                widget()->setMinimumHeight(reached());
+        });
+    }
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::LayoutRequest)
+            widget()->setMinimumHeight(reached());
+        return QScrollArea::event(event);
+    }
+    void resizeEvent(QResizeEvent* event) override
+    {
+        widget()->setMinimumHeight(0);
+        QScrollArea::resizeEvent(event);
+    }
+
+private:
+    int reached() const { return verticalScrollBar()->value() + viewport()->height(); }
+};
+
 } // namespace
 
-ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(new QScrollArea)
+ScrollingWindow::ScrollingWindow(const QString& title, QWidget* content) : area(new Page)
 {
     setWindowTitle(title);
     area->setFrameShape(QFrame::NoFrame);
