@@ -5,7 +5,7 @@ from pathlib import Path
 
 from desktop import until, wait_for
 from hands import strike
-from screen import BUTTON, CHOOSER, DIALOG, FIELD, LIST, ROW
+from screen import BUTTON, CHOOSER, COLUMN, DIALOG, FIELD, LIST, ROW
 
 
 class FolderDialog:
@@ -28,7 +28,9 @@ class FolderDialog:
     def rows(self):
         """The folders shown, by name."""
         files = next(view for view in self.window.all(LIST, "Carpetas") if view.showing)
-        return {row.name: row for row in files.children() if row.role in ROW}
+        parts = files.children()
+        columns = sum(part.role == COLUMN for part in parts) or 1
+        return {row.name: row for row in [part for part in parts if part.role in ROW][::columns]}
 
     def row(self, name):
         return wait_for(lambda: self.rows().get(name), f"{name!r} in {self.folder()}")

@@ -11,6 +11,7 @@ from hands import click, strike  # noqa: E402
 BUTTON = ("push button", "button")  # The name depends on the version of the accessibility bus.
 SWITCH = ("check box", "toggle button")
 CHOOSER = ("combo box",)
+COLUMN = "table column header"
 DIALOG = ("dialog", "file chooser")
 FIELD = ("text", "entry")
 LABEL = ("label", "static", "text", "heading")
