@@ -146,29 +146,58 @@ class Scripts(unittest.TestCase):
             self.play(tool, "exit 0")
         self.assertEqual(self.install("build").returncode, 0)
 
-    def test_reasons_of_skips_and_the_longest_tests_are_summarised(self):
-        report = self.folder / "release" / "tests.xml"
-        report.parent.mkdir()
-
-        def test(name, time, said, skipped=""):
-            return (f'<testcase name="{name}" classname="{name}" time="{time}" status="run">\n{skipped}\n'
-                    f"<system-out>{said}\n</system-out>\n</testcase>\n")
-
-        tests = [test("Slow.test/1  # GetParam() = &quot;1&quot;", 61.25, "")] + [test("Fast.test", 0.1, "a.cpp:1: Skipped\nnot at all")] * 20
-        for said in ("x.cpp:7: Skipped\nneeds root", "x.cpp:9: Skipped\nneeds root", "NOT CHECKED: no formatter",
-                     "test_window ... skipped 'there is no weston here'", "mute"):
-            tests.append(test("Skipped.test", 0.2, said, '<skipped message=""/>'))
-        report.write_text("".join(tests), encoding="utf-8")
-        result = subprocess.run([str(SOURCES / "scripts" / "summarise-tests"), str(report)], text=True,
+    def summary(self, *builds):
+        result = subprocess.run([str(SOURCES / "scripts" / "summarise-tests"), *map(str, builds)], text=True,
                                 stdin=subprocess.DEVNULL, capture_output=True)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        skips, longest = (part.splitlines()[1:] for part in result.stdout.strip().split("\n\n"))
-        self.assertEqual({tuple(line.split(None, 1)) for line in skips},
-                         {("2", "needs root"), ("1", "NOT CHECKED: no formatter"), ("1", "there is no weston here"),
-                          ("1", "Skipped.test")})
-        self.assertEqual(len(longest), 10)
-        self.assertEqual(longest[0].split(), ["61.2", "s", "release", "Slow.test/1"])
+        self.assertEqual(result.stderr, "")
+        return result.returncode, [part.splitlines() for part in result.stdout.strip().split("\n\n")]
 
+    def report(self, tests):
+        """A build with what ctest reports: names, seconds, results, and what the tests printed."""
+        build = self.folder / "release"
+        (build / "suites").mkdir(parents=True)
+        results = {"run": "", "fail": '<failure message=""/>', "notrun": '<skipped message=""/>'}
+        cases = [f'<testcase name="{name}" classname="{name}" time="{time}" status="{status}">{results[status]}'
+                 f"<system-out>{said}\n</system-out></testcase>" for name, time, status, said in tests]
+        (build / "tests.xml").write_text(f"<testsuite>{''.join(cases)}</testsuite>", encoding="utf-8")
+        return build
+
+    def suite(self, build, name, tests):
+        cases = [f'<testcase name="{test}" classname="{name}" status="run" time="{time}">{result}</testcase>'
+                 for test, time, result in tests]
+        (build / "suites" / f"{name.replace('/', '-')}.xml").write_text(
+            f"<testsuites><testsuite name=\"{name}\">{''.join(cases)}</testsuite></testsuites>", encoding="utf-8")
+
+    def test_reasons_of_skips_and_the_longest_tests_are_summarised(self):
+        build = self.report([("Slow.test/1  # GetParam() = &quot;1&quot;", 61.25, "run", ""),
+                             *[("Fast.test", 0.1, "run", "a.cpp:1: Skipped\nnot at all")] * 20,
+                             ("Skipped.test", 0.2, "notrun", "x.cpp:7: Skipped\nneeds root"),
+                             ("Skipped.test", 0.2, "notrun", "x.cpp:9: Skipped\nneeds root"),
+                             ("Skipped.test", 0.2, "notrun", "NOT CHECKED: no formatter"),
+                             ("Skipped.test", 0.2, "notrun", "test_window ... skipped 'there is no weston here'"),
+                             ("Skipped.test", 0.2, "notrun", "mute"),
+                             ("Of/Suite", 9, "run", "")])
+        self.suite(build, "Of/Suite", [("isSlow", 8, ""), ("isRoot", 0, '<skipped message="y.cpp:3&#x0A;needs root&#x0A;"/>')])
+        status, (skips, longest, total) = self.summary(build)
+        self.assertEqual({tuple(line.split(None, 1)) for line in skips[1:]},
+                         {("3", "needs root"), ("1", "NOT CHECKED: no formatter"), ("1", "there is no weston here"),
+                          ("1", "Skipped.test")})
+        self.assertEqual(len(longest), 11)
+        self.assertEqual([line.split() for line in longest[1:3]],
+                         [["61.2", "s", "release", "Slow.test/1"], ["8.0", "s", "release", "Of/Suite.isSlow"]])
+        self.assertEqual((status, total), (0, ["22 passed, 0 failed, 6 skipped"]))
+
+    def test_a_suite_that_ends_early_counts_as_failed(self):
+        build = self.report([("Alone", 1, "fail", ""), ("WithAFailure", 1, "fail", ""), ("Killed", 1, "fail", ""),
+                             ("LeakAtTheEnd", 1, "fail", "")])
+        self.suite(build, "WithAFailure", [("is", 1, '<failure message="no"/>'), ("isNot", 1, "")])
+        self.suite(build, "LeakAtTheEnd", [("is", 1, "")])
+        status, (*_, total) = self.summary(build)
+        self.assertEqual((status, total), (1, ["2 passed, 4 failed, 0 skipped"]))
+
+    def test_a_build_without_a_report_counts_as_failed(self):
+        status, (*_, total) = self.summary(self.folder / "asan")
+        self.assertEqual((status, total), (1, ["0 passed, 1 failed, 0 skipped"]))
 
 
 if __name__ == "__main__":

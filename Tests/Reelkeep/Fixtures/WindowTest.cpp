@@ -139,7 +139,7 @@ void WindowTest::addReviewFolders(const std::vector<std::string>& paths)
 
 void WindowTest::analyse()
 {
-    press(QStringLiteral("Analizar ubicaciones"));
+    press(scanLabel);
     ASSERT_TRUE(becomesIdle());
 }
 
@@ -192,7 +192,7 @@ void WindowTest::enterState(WindowState state)
         return;
     if (state == WindowState::copying)
         files->holdCopy(2);
-    press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+    press(copyLabel);
     if (state == WindowState::allSaved)
         ASSERT_TRUE(becomesIdle());
     else

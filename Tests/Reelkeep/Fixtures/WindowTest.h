@@ -24,6 +24,10 @@ namespace reelkeep {
 enum class WindowState { fresh, chosen, analysed, copying, allSaved };
 std::ostream& operator<<(std::ostream& stream, WindowState state);
 
+// The names of the two buttons that start work.
+inline const QString scanLabel = QStringLiteral("Analizar ubicaciones");
+inline const QString copyLabel = QStringLiteral("Copiar faltantes al HD seleccionado");
+
 /// The window as a user sees it, on files in memory, with dialogs that the test answers.
 class WindowTest : public testing::Test {
 protected:

@@ -1,4 +1,5 @@
 #include "Fixtures/WindowTest.h"
+#include "TreesFolder.h"
 
 #include <QAccessible>
 #include <QFile>
@@ -93,7 +94,7 @@ class ContentViewAccessibleTree : public ContentViewAccessible, public testing::
 TEST_P(ContentViewAccessibleTree, matchesItsFile)
 {
     enterState(GetParam().state);
-    QFile file(QStringLiteral(TREES_FOLDER "/%1.txt").arg(QLatin1String(GetParam().file)));
+    QFile file(QStringLiteral("%1/%2.txt").arg(QLatin1String(treesFolder), QLatin1String(GetParam().file)));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
     EXPECT_EQ(tree().toStdString(), file.readAll().toStdString()) << "If the new tree is right, write it to the file.";
 }

@@ -11,8 +11,6 @@
 namespace reelkeep {
 namespace {
 
-const QString scan = QStringLiteral("Analizar ubicaciones");
-const QString copyMissing = QStringLiteral("Copiar faltantes al HD seleccionado");
 const QString nothingPending = QStringLiteral("No hay nada pendiente");
 
 class ContentViewAction : public WindowTest {
@@ -59,7 +57,7 @@ TEST_F(ContentViewAction, explainsItsTwoSteps)
 
 TEST_F(ContentViewAction, offersNothingWhileNothingIsChosen)
 {
-    EXPECT_FALSE(button(scan).isEnabled());
+    EXPECT_FALSE(button(scanLabel).isEnabled());
     EXPECT_EQ(chooser(), nullptr);
     EXPECT_EQ(destinationBox(),
               (QStringList{QStringLiteral("Sin seleccionar"), QStringLiteral("Selecciona un destino de copia.")}));
@@ -70,9 +68,9 @@ TEST_F(ContentViewAction, offersNothingWhileNothingIsChosen)
 TEST_F(ContentViewAction, offersToAnalyseOnceBothFoldersAreChosen)
 {
     chooseCamera("/card");
-    EXPECT_FALSE(button(scan).isEnabled());
+    EXPECT_FALSE(button(scanLabel).isEnabled());
     chooseDestination("/media/ana/Archivo 2026");
-    EXPECT_TRUE(button(scan).isEnabled());
+    EXPECT_TRUE(button(scanLabel).isEnabled());
     EXPECT_EQ(destinationBox(),
               (QStringList{QStringLiteral("Archivo 2026"), QStringLiteral("/media/ana/Archivo 2026")}));
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("0"), QStringLiteral("videos pendientes para copiar")}));
@@ -83,21 +81,21 @@ TEST_F(ContentViewAction, needsMoreThanReviewLocationsToAnalyse)
 {
     chooseCamera("/card");
     addReviewFolders({"/a", "/b"});
-    EXPECT_FALSE(button(scan).isEnabled());
+    EXPECT_FALSE(button(scanLabel).isEnabled());
 }
 
 TEST_F(ContentViewAction, countsOnePendingVideoInTheSingular)
 {
     analyseWithPending(1);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("1"), QStringLiteral("video pendiente para copiar")}));
-    EXPECT_TRUE(button(copyMissing).isEnabled());
+    EXPECT_TRUE(button(copyLabel).isEnabled());
 }
 
 TEST_F(ContentViewAction, countsTwoPendingVideosInThePlural)
 {
     analyseWithPending(2);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("2"), QStringLiteral("videos pendientes para copiar")}));
-    EXPECT_TRUE(button(copyMissing).isEnabled());
+    EXPECT_TRUE(button(copyLabel).isEnabled());
 }
 
 TEST_F(ContentViewAction, countsWithoutGrouping)
@@ -111,32 +109,32 @@ TEST_F(ContentViewAction, offersNoCopyIfNothingIsPending)
     analyseWithPending(0);
     EXPECT_EQ(countRow(), (QStringList{QStringLiteral("0"), QStringLiteral("videos pendientes para copiar")}));
     EXPECT_FALSE(button(nothingPending).isEnabled());
-    EXPECT_FALSE(hasButton(copyMissing));
+    EXPECT_FALSE(hasButton(copyLabel));
 }
 
 TEST_F(ContentViewAction, offersNothingWhileItAnalyses)
 {
     analyseWithPending(2);
     files->close();
-    press(scan);
+    press(scanLabel);
     ASSERT_TRUE(session().isScanning());
-    EXPECT_FALSE(button(scan).isEnabled());
-    EXPECT_FALSE(button(copyMissing).isEnabled());
+    EXPECT_FALSE(button(scanLabel).isEnabled());
+    EXPECT_FALSE(button(copyLabel).isEnabled());
     EXPECT_EQ(pendingCount(), QStringLiteral("2"));
     EXPECT_EQ(destinationBox(), (QStringList{QStringLiteral("disk"), QStringLiteral("/disk")}));
     files->open();
     ASSERT_TRUE(becomesIdle());
-    EXPECT_TRUE(button(scan).isEnabled());
+    EXPECT_TRUE(button(scanLabel).isEnabled());
 }
 
 TEST_F(ContentViewAction, offersNothingWhileItCopies)
 {
     analyseWithPending(2);
     files->holdCopy(1);
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_TRUE(session().isCopying());
-    EXPECT_FALSE(button(scan).isEnabled());
-    EXPECT_FALSE(button(copyMissing).isEnabled());
+    EXPECT_FALSE(button(scanLabel).isEnabled());
+    EXPECT_FALSE(button(copyLabel).isEnabled());
     EXPECT_EQ(pendingCount(), QStringLiteral("2"));
     files->releaseCopy();
     ASSERT_TRUE(becomesIdle());
@@ -149,7 +147,7 @@ TEST_F(ContentViewAction, returnsAtOnceFromAPress)
 {
     analyseWithPending(1);
     files->close();
-    button(scan).click();
+    button(scanLabel).click();
     EXPECT_TRUE(session().isScanning());
     files->open();
     ASSERT_TRUE(becomesIdle());
@@ -161,7 +159,7 @@ TEST_F(ContentViewAction, copiesFlatWhenTheSwitchIsOff)
     QTest::mouseClick(&toggle(), Qt::LeftButton);
     EXPECT_FALSE(session().preserveFolderStructure());
     EXPECT_FALSE(session().isScanning() || session().isCopying()) << "it starts nothing";
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_TRUE(becomesIdle());
     EXPECT_TRUE(files->has("/disk/MVI_1000.MOV"));
 }
@@ -200,7 +198,7 @@ TEST_F(ContentViewAction, keepsTheSwitchUsableWhileBusy)
 {
     analyseWithPending(2);
     files->holdCopy(1);
-    press(copyMissing);
+    press(copyLabel);
     EXPECT_TRUE(toggle().isEnabled());
     QTest::mouseClick(&toggle(), Qt::LeftButton);
     EXPECT_FALSE(session().preserveFolderStructure());
@@ -319,7 +317,7 @@ TEST_F(ContentViewAction, keepsTheChooserUsableWhileBusy)
     analyseWithPending(2);
     addReviewFolders({"/b"});
     files->holdCopy(1);
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_NE(chooser(), nullptr);
     EXPECT_TRUE(chooser()->isEnabled());
 }
@@ -341,7 +339,7 @@ TEST_F(ContentViewAction, keepsItsResultsWhenAnotherCameraIsChosen)
     analyseWithPending(2);
     chooseCamera("/other card");
     EXPECT_EQ(pendingCount(), QStringLiteral("2"));
-    EXPECT_TRUE(button(copyMissing).isEnabled());
+    EXPECT_TRUE(button(copyLabel).isEnabled());
 }
 
 } // namespace

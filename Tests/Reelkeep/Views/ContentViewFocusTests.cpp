@@ -12,9 +12,6 @@ namespace {
 
 using enum WindowState;
 
-const QString scan = QStringLiteral("Analizar ubicaciones");
-const QString copy = QStringLiteral("Copiar faltantes al HD seleccionado");
-
 /// The keyboard focus and the scroll position while results arrive and controls disappear.
 class ContentViewFocus : public WindowTest {
 protected:
@@ -36,7 +33,7 @@ protected:
     void startAnalysisByKey()
     {
         files->holdAnalyses();
-        pressByKey(button(scan));
+        pressByKey(button(scanLabel));
     }
     void finishAnalysis()
     {
@@ -68,18 +65,18 @@ TEST_F(ContentViewFocus, returnsToTheScanButtonWithItsRingAndWithoutScrolling)
     startAnalysisByKey();
     page().setValue(0);
     finishAnalysis();
-    EXPECT_EQ(focused(), &button(scan));
-    EXPECT_TRUE(hasRing(button(scan)));
+    EXPECT_EQ(focused(), &button(scanLabel));
+    EXPECT_TRUE(hasRing(button(scanLabel)));
     EXPECT_EQ(page().value(), 0);
 }
 
 TEST_F(ContentViewFocus, returnsToAClickedButtonWithoutARing)
 {
     enterState(analysed);
-    press(scan);
+    press(scanLabel);
     ASSERT_TRUE(becomesIdle());
-    EXPECT_EQ(focused(), &button(scan));
-    EXPECT_FALSE(hasRing(button(scan)));
+    EXPECT_EQ(focused(), &button(scanLabel));
+    EXPECT_FALSE(hasRing(button(scanLabel)));
 }
 
 TEST_F(ContentViewFocus, staysOnTheControlThatWasChosenMeanwhile)
@@ -107,7 +104,7 @@ TEST_F(ContentViewFocus, returnsAlthoughAnotherWindowWasActiveMeanwhile)
     QWidget other;
     showActive(other);
     finishAnalysis();
-    EXPECT_EQ(focused(), &button(scan));
+    EXPECT_EQ(focused(), &button(scanLabel));
 }
 
 TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyIfAKeyWasUsed)
@@ -119,17 +116,17 @@ TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyIfAKeyWasUsed)
         finishAnalysis();
         other.close();
         window->activateWindow();
-        ASSERT_TRUE(waitUntil([this] { return button(scan).hasFocus(); }));
+        ASSERT_TRUE(waitUntil([this] { return button(scanLabel).hasFocus(); }));
     };
     startAnalysisByKey();
     leaveAndReturn();
-    EXPECT_TRUE(hasRing(button(scan)));
+    EXPECT_TRUE(hasRing(button(scanLabel)));
 
     content->setFocus();
     files->holdAnalyses();
-    press(scan);
+    press(scanLabel);
     leaveAndReturn();
-    EXPECT_FALSE(hasRing(button(scan)));
+    EXPECT_FALSE(hasRing(button(scanLabel)));
 }
 
 TEST_F(ContentViewFocus, movesOnFromTheDisabledButtonWithTab)
@@ -150,10 +147,10 @@ TEST_F(ContentViewFocus, keepsTheScrollPositionWhenACopyEnds)
 {
     enterState(analysed);
     resize(1366, 768);
-    Button& pressed = button(copy);
+    Button& pressed = button(copyLabel);
     page().setValue(heightInWindow(pressed) - 300);
     ASSERT_EQ(heightInWindow(pressed), 300);
-    press(copy);
+    press(copyLabel);
     ASSERT_TRUE(becomesIdle());
     EXPECT_EQ(heightInWindow(pressed), 300);
     EXPECT_EQ(focused(), content);
@@ -163,7 +160,7 @@ TEST_F(ContentViewFocus, keepsTheScrollPositionWhenTheFocusedListDisappears)
 {
     enterState(analysed);
     resize(1366, 768);
-    Button& pressed = button(copy);
+    Button& pressed = button(copyLabel);
     page().setValue(heightInWindow(pressed) - 300);
     pressed.setFocus(Qt::TabFocusReason);
     files->holdCopy(2);
@@ -182,7 +179,7 @@ TEST_F(ContentViewFocus, leavesTheEndOfThePageAloneWhenTheProgressBarGoes)
     resize(1148, 700);
     const int height = content->heightForWidth(1148);
     files->holdAnalyses();
-    press(scan);
+    press(scanLabel);
     ASSERT_TRUE(waitUntil([&] { return content->heightForWidth(1148) > height; }));
     page().setValue(page().maximum());
     const int position = page().value();
@@ -205,7 +202,7 @@ TEST_F(ContentViewFocus, scrollsThePageWithHomeAndEnd)
 {
     enterState(analysed);
     resize(1148, 600);
-    for (QWidget* widget : {static_cast<QWidget*>(content), static_cast<QWidget*>(&button(scan)),
+    for (QWidget* widget : {static_cast<QWidget*>(content), static_cast<QWidget*>(&button(scanLabel)),
                             static_cast<QWidget*>(chooser()), static_cast<QWidget*>(&toggle())}) {
         widget->setFocus(Qt::MouseFocusReason);
         QTest::keyClick(widget, Qt::Key_End);

@@ -251,7 +251,7 @@ TEST_F(ContentViewGeometry, growsThePendingSectionBy48WhenTheListEmpties)
     resizeToContent(1148);
     const int listHeight = place(*list()).height();
     files->releaseCopy();
-    press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+    press(copyLabel);
     ASSERT_TRUE(becomesIdle());
     resizeToContent(1148);
     const QRect title = placeOfText(QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas"));

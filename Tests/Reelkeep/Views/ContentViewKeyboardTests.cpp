@@ -87,9 +87,8 @@ TEST_F(ContentViewKeyboard, reachesEverythingInReadingOrder)
                      QStringLiteral("/media/ana/Disco B"), QStringLiteral("Quitar /media/ana/Disco B"),
                      QStringLiteral("/media/ana/Proyectos/Boda Marta"),
                      QStringLiteral("Quitar /media/ana/Proyectos/Boda Marta"),
-                     QStringLiteral("Mantener estructura de carpetas"), QStringLiteral("Analizar ubicaciones"),
-                     QStringLiteral("HD de copia activo"), QStringLiteral("/media/ana/Archivo 2026"),
-                     QStringLiteral("Copiar faltantes al HD seleccionado"), QStringLiteral("Videos pendientes")}));
+                     QStringLiteral("Mantener estructura de carpetas"), scanLabel, QStringLiteral("HD de copia activo"),
+                     QStringLiteral("/media/ana/Archivo 2026"), copyLabel, QStringLiteral("Videos pendientes")}));
 }
 
 TEST_F(ContentViewKeyboard, keepsReadingOrderWhenRowsAreRebuilt)
@@ -175,7 +174,7 @@ TEST_F(ContentViewKeyboard, completesARunOnASmallScreen)
     settle();
     tabTo(QStringLiteral("Mantener estructura de carpetas"));
     QTest::keyClick(&focused(), Qt::Key_Space);
-    tabTo(QStringLiteral("Analizar ubicaciones"));
+    tabTo(scanLabel);
     EXPECT_TRUE(isInView(focused()));
     QTest::keyClick(&focused(), Qt::Key_Return);
     ASSERT_TRUE(becomesIdle());
@@ -184,7 +183,7 @@ TEST_F(ContentViewKeyboard, completesARunOnASmallScreen)
     EXPECT_TRUE(isInView(focused()));
     QTest::keyClick(&focused(), Qt::Key_Down);
     EXPECT_EQ(list()->currentRow(), 1);
-    tabTo(QStringLiteral("Copiar faltantes al HD seleccionado"));
+    tabTo(copyLabel);
     EXPECT_TRUE(isInView(focused()));
     QTest::keyClick(&focused(), Qt::Key_Return);
     ASSERT_TRUE(becomesIdle());
@@ -223,7 +222,7 @@ TEST_F(ContentViewKeyboard, keepsItsPlaceWhenAButtonIsDisabled)
     fill("/card", "/disk", 3, 1);
     chooseCamera("/card");
     chooseDestination("/disk");
-    tabTo(QStringLiteral("Analizar ubicaciones"));
+    tabTo(scanLabel);
     files->close();
     QTest::keyClick(&focused(), Qt::Key_Return);
     settle();

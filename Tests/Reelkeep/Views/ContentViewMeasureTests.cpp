@@ -217,7 +217,7 @@ TEST_F(ContentViewMeasure, hasTheControlsAndTheListOfTheDesign)
     const double popUpX = popUp.center().x() + 100;
     EXPECT_NEAR(seen.up(popUpX, popUp.bottom() + 6) - 1 - seen.down(popUpX, popUp.top() - 5), 28, 0.5)
         << "height of the chooser";
-    const QRect large = placeOf(button(QStringLiteral("Copiar faltantes al HD seleccionado")));
+    const QRect large = placeOf(button(copyLabel));
     const double largeX = large.left() + 40;
     EXPECT_NEAR(seen.up(largeX, large.bottom() + 5) - seen.down(largeX, large.top() - 5), 49, exact)
         << "height of the large button";
@@ -270,7 +270,7 @@ TEST_F(ContentViewMeasure, hasTheCornersOfTheDesign)
     expectRadius(placeOf(*list()), 8, "list");
     expectRadius(placeOf(button(QStringLiteral("Elegir camara"))), 6, "button");
     expectRadius(placeOf(*chooser()), 6, "chooser");
-    expectRadius(placeOf(button(QStringLiteral("Copiar faltantes al HD seleccionado"))), 8, "large button");
+    expectRadius(placeOf(button(copyLabel)), 8, "large button");
 }
 
 TEST_F(ContentViewMeasure, hasTheLettersOfTheDesign)

@@ -14,8 +14,6 @@
 namespace reelkeep {
 namespace {
 
-const QString scan = QStringLiteral("Analizar ubicaciones");
-const QString copyMissing = QStringLiteral("Copiar faltantes al HD seleccionado");
 const QString emptyTitle = QStringLiteral("Todo lo de la camara ya esta en las ubicaciones revisadas");
 const QString emptyNote =
     QStringLiteral("Los videos extra que ya existan en esos HDs o carpetas no se consideran un problema.");
@@ -87,7 +85,7 @@ TEST_F(ContentViewResults, showABarWhileAnalysing)
     const QStringList before = cards();
     const QString date = headingDate();
     files->close();
-    press(scan);
+    press(scanLabel);
     ASSERT_NE(bar(), nullptr);
     EXPECT_EQ(bar()->value(), 0) << "an analysis does not move the bar";
     EXPECT_LT(bar()->minimum(), bar()->maximum());
@@ -105,7 +103,7 @@ TEST_F(ContentViewResults, keepTheEmptyStateDuringTheFirstAnalysis)
 {
     prepare(5, 3);
     files->close();
-    press(scan);
+    press(scanLabel);
     EXPECT_NE(bar(), nullptr);
     EXPECT_TRUE(showsEmptyState());
     EXPECT_EQ(headingDate(), QString());
@@ -154,7 +152,7 @@ TEST_F(ContentViewResults, followACopyToItsEnd)
     prepareAndAnalyse(4, 0);
     const QStringList before = cards();
     files->holdCopy(2);
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_TRUE(waitUntil([this] { return status() == QStringLiteral("Copiando 2/4: MVI_1002.MOV"); }));
     ASSERT_NE(bar(), nullptr);
     EXPECT_EQ(2 * bar()->value(), bar()->maximum());
@@ -173,7 +171,7 @@ TEST_F(ContentViewResults, keepTheFullBarDuringTheAnalysisAfterACopy)
 {
     prepareAndAnalyse(2, 0);
     files->holdCopy(1);
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_TRUE(waitUntil([this] { return status() == QStringLiteral("Copiando 1/2: MVI_1001.MOV"); }));
     files->holdAnalyses();
     files->releaseCopy();
@@ -189,7 +187,7 @@ TEST_F(ContentViewResults, keepTheListWhenACopyFails)
 {
     prepareAndAnalyse(4, 0);
     files->failBelow("/disk/DCIM/100CANON/MVI_1002.MOV", "No queda espacio en el disco.");
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_TRUE(becomesIdle());
     EXPECT_TRUE(status().startsWith(QStringLiteral("No he podido copiar los videos: "))) << status().toStdString();
     EXPECT_TRUE(status().contains(QStringLiteral("No queda espacio en el disco."))) << status().toStdString();
@@ -267,7 +265,7 @@ TEST_F(ContentViewResults, keepScrollPositionAndRowThroughProgress)
     list()->setCurrentRow(63);
     const int before = list()->verticalScrollBar()->value();
     files->holdCopy(150);
-    press(copyMissing);
+    press(copyLabel);
     ASSERT_TRUE(waitUntil([this] { return status().startsWith(QStringLiteral("Copiando 150/200: ")); }));
     EXPECT_EQ(list()->verticalScrollBar()->value(), before);
     EXPECT_EQ(list()->currentRow(), 63);

@@ -126,7 +126,7 @@ TEST_P(ContentViewSetupCard, offersItsDialogDuringAnAnalysis)
     chooseCamera("/card");
     chooseDestination("/disk");
     files->close();
-    press(QStringLiteral("Analizar ubicaciones"));
+    press(scanLabel);
     EXPECT_TRUE(session().isScanning());
     EXPECT_TRUE(button(QString::fromLatin1(GetParam().button)).isEnabled());
 }

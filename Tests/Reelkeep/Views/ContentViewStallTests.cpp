@@ -134,7 +134,7 @@ TEST_F(ContentViewStall, isShortDuringFiveThousandReportsASecond)
     analyse();
     disk().pause = std::chrono::microseconds(200);
     expectFluent("5,000 reports a second", [this] {
-        press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+        press(copyLabel);
         ASSERT_TRUE(waitUntil([this] { return session().progressValue() >= 0.008; }));
     });
     EXPECT_TRUE(status().startsWith(QStringLiteral("Copiando ")));
@@ -144,7 +144,7 @@ TEST_F(ContentViewStall, isShortDuringReportsWithoutPause)
 {
     analyse();
     expectFluent("reports without pause, and the analysis after them", [this] {
-        press(QStringLiteral("Copiar faltantes al HD seleccionado"));
+        press(copyLabel);
         ASSERT_TRUE(becomesIdle());
     });
     EXPECT_EQ(list(), nullptr);

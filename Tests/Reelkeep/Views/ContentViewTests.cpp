@@ -182,7 +182,7 @@ TEST_F(ContentViewTest, keepsItsScrollPositionWhenResultsArrive)
     resize(1148, 700);
     QScrollBar* scrollBar = window->scrollArea()->verticalScrollBar();
     scrollBar->setValue(750);
-    button(QStringLiteral("Analizar ubicaciones")).click();
+    button(scanLabel).click();
     ASSERT_TRUE(becomesIdle());
     EXPECT_NE(list(), nullptr);
     EXPECT_EQ(scrollBar->value(), 750);
@@ -217,7 +217,7 @@ TEST_F(ContentViewTest, endsInMidScanWithoutWaitingForTheDisk)
     chooseCamera("/card");
     chooseDestination("/disk");
     files->close();
-    press(QStringLiteral("Analizar ubicaciones"));
+    press(scanLabel);
     ASSERT_TRUE(waitUntil([this] { return files->waitingCount() == 1; }));
     window.reset();
     EXPECT_EQ(files->stoppedCount(), 1);

@@ -24,12 +24,12 @@ namespace reelkeep {
 namespace {
 
 /// Names of letters in both cases, nested folders, a path that repeats its root, and files that are not videos.
-const std::vector<std::string> paths = {"/card/a.mov",          "/card/B.mov",   "/card/x/a.mov", "/card/x/b.MOV",
-                                        "/card/x/card/c.mov",   "/card/y/a.mov", "/card/d.txt",   "/A/A.mov",
-                                        "/A/x/a.mov",           "/A/x/B.mov",    "/A/extra.mp4",  "/B/b.mov",
-                                        "/B/x/card/c.mov",      "/B/A/x/a.mov",  "/a/a.mov",      "/card/xc.mov",
-                                        "/A/deep/er/A/x/b.mov", "/B/a.txt",      "/a/B.mov",      "/B/y/a.mov"};
-const std::vector<std::string> folders = {"/card", "/A", "/B", "/A/x", "/a", "/card/x", "/"};
+const std::vector<std::string> allPaths = {"/card/a.mov",          "/card/B.mov",   "/card/x/a.mov", "/card/x/b.MOV",
+                                           "/card/x/card/c.mov",   "/card/y/a.mov", "/card/d.txt",   "/A/A.mov",
+                                           "/A/x/a.mov",           "/A/x/B.mov",    "/A/extra.mp4",  "/B/b.mov",
+                                           "/B/x/card/c.mov",      "/B/A/x/a.mov",  "/a/a.mov",      "/card/xc.mov",
+                                           "/A/deep/er/A/x/b.mov", "/B/a.txt",      "/a/B.mov",      "/B/y/a.mov"};
+const std::vector<std::string> allFolders = {"/card", "/A", "/B", "/A/x", "/a", "/card/x", "/"};
 
 template <typename Value>
 const Value& pick(const std::vector<Value>& values, int number)
@@ -101,9 +101,9 @@ private:
         case Deed::useOnlyCopyDestination:
             return useOnlyCopyDestination();
         case Deed::removeReviewFolder:
-            return removeReviewFolder(pick(folders, command.target));
+            return removeReviewFolder(pick(allFolders, command.target));
         case Deed::pickDestination:
-            return pickDestination(pick(folders, command.target));
+            return pickDestination(pick(allFolders, command.target));
         case Deed::pickNoDestination:
             return pickDestination(std::nullopt);
         case Deed::preserveFolders:
@@ -111,9 +111,9 @@ private:
         case Deed::flattenFolders:
             return preserve(false);
         case Deed::addFile:
-            return addFile(pick(paths, command.target), command.size);
+            return addFile(pick(allPaths, command.target), command.size);
         case Deed::removeFile:
-            return removeFile(pick(paths, command.target));
+            return removeFile(pick(allPaths, command.target));
         case Deed::destroy:
             return destroy();
         }
@@ -214,7 +214,7 @@ private:
         ScriptedFolderDialogs::Answer answer;
         SessionModel::Folders chosen;
         for (int i = 0; i < count && command.reply != Reply::noFolder; ++i)
-            chosen.push_back(pick(folders, command.target + i * command.step));
+            chosen.push_back(pick(allFolders, command.target + i * command.step));
         answer.chosen = {chosen.begin(), chosen.end()};
         const bool isCancelled = command.reply == Reply::cancel;
         if (isCancelled)
