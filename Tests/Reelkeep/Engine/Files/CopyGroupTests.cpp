@@ -98,9 +98,9 @@ TEST_F(CopyGroupTest, publishesAllBeforeTheFirstFailureAndNothingAfterIt)
     auto plans = plansFor(calls);
     const auto deaths = deathsDuring(calls);
     plans.insert(plans.end(), deaths.begin(), deaths.end());
-    const auto stride = static_cast<std::size_t>(rounds(3, 1));
+    const std::size_t step = stride(3);
     std::size_t injected = 0;
-    for (std::size_t number = 0; number < plans.size() && !HasFailure(); number += stride) {
+    for (std::size_t number = 0; number < plans.size() && !HasFailure(); number += step) {
         const faults::Plan& plan = plans[number];
         if ((plan.call == "fstatat" || plan.call == "statx") && plan.errorNumber == ENOENT)
             continue; // not a failure but a wrong answer
@@ -120,7 +120,7 @@ TEST_F(CopyGroupTest, publishesAllBeforeTheFirstFailureAndNothingAfterIt)
         EXPECT_EQ(runOnRealFiles(job()).skippedCount, std::int64_t(published));
         EXPECT_EQ(publishedInOrder(), names.size());
     }
-    EXPECT_GT(injected, plans.size() / stride / 2) << "of " << plans.size();
+    EXPECT_GT(injected, plans.size() / step / 2) << "of " << plans.size();
     std::printf("%zu calls, %zu injected faults\n", calls.size(), injected);
 }
 

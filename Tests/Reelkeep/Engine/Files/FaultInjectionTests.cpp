@@ -147,8 +147,8 @@ TEST_P(FaultInjection, neverHurtsAVideoWhateverFails)
     plans.insert(plans.end(), deaths.begin(), deaths.end());
     std::size_t injected = 0;
     std::size_t survived = 0;
-    const auto stride = static_cast<std::size_t>(GetParam().size > (std::size_t(4) << 20) ? rounds(30, 1) : 1);
-    for (std::size_t number = 0; number < plans.size(); number += stride) {
+    const std::size_t step = stride(GetParam().size > (std::size_t(4) << 20) ? 30 : 1);
+    for (std::size_t number = 0; number < plans.size(); number += step) {
         faults::Plan& plan = plans[number];
         if ((plan.call == "fstatat" || plan.call == "statx") && plan.errorNumber == ENOENT)
             continue; // not a failure but a wrong answer
@@ -165,7 +165,7 @@ TEST_P(FaultInjection, neverHurtsAVideoWhateverFails)
         if (HasFailure())
             break;
     }
-    EXPECT_GT(injected, plans.size() / stride / 2);
+    EXPECT_GT(injected, plans.size() / step / 2);
     RecordProperty("injectedFaults", std::to_string(injected));
     std::printf("%zu calls, %zu injected faults, %zu of them with a complete copy nevertheless\n", calls.size(),
                 injected, survived);
