@@ -1,5 +1,6 @@
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
+#include "UI/FocusRing.h"
 #include "UI/RowList.h"
 #include "UI/View.h"
 
@@ -298,6 +299,17 @@ TEST_F(AccessibleList, followsTheCurrentRow)
     EXPECT_EQ(interface().focusChild(), interface().child(1));
     EXPECT_TRUE(interface().child(1)->state().focused);
     EXPECT_FALSE(interface().child(0)->state().focused);
+}
+
+TEST_F(AccessibleList, focusesARow)
+{
+    auto* actions = interface().child(50'000)->actionInterface();
+    ASSERT_TRUE(actions);
+    ASSERT_EQ(actions->actionNames(), QStringList{QAccessibleActionInterface::setFocusAction()});
+    actions->doAction(QAccessibleActionInterface::setFocusAction());
+    EXPECT_TRUE(interface().child(50'000)->state().focused);
+    EXPECT_FALSE(interface().child(50'000)->state().offscreen);
+    EXPECT_TRUE(FocusRing::belongsAround(list));
 }
 
 TEST_F(AccessibleList, reportsRowsThatAreGoneAsInvalid)
