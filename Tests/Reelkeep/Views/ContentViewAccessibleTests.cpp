@@ -81,6 +81,21 @@ protected:
     }
 };
 
+TEST_F(ContentViewAccessible, findsEveryControlWhereItIsDrawn)
+{
+    enterState(analysed);
+    resizeToContent(1148);
+    int found = 0;
+    for (QWidget* control : content->findChildren<QWidget*>()) {
+        if (!(control->focusPolicy() & Qt::TabFocus) || !control->isVisible())
+            continue;
+        const QRect place(control->mapToGlobal(QPoint()), control->size());
+        EXPECT_EQ(spoken(*control).rect(), place) << spokenName(*control).toStdString();
+        ++found;
+    }
+    EXPECT_GE(found, 12);
+}
+
 struct Tree {
     WindowState state;
     const char* file;

@@ -157,6 +157,38 @@ public:
     }
 };
 
+/// A switch as large as it is drawn. The toolkit's own has the size that its style would draw.
+class AccessibleSwitch : public QAccessibleWidget {
+public:
+    explicit AccessibleSwitch(Switch* toggle) : QAccessibleWidget(toggle, QAccessible::CheckBox) {}
+
+    QString text(QAccessible::Text kind) const override
+    {
+        return kind == QAccessible::Name ? toggle()->text() : QAccessibleWidget::text(kind);
+    }
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.checkable = true;
+        state.checked = toggle()->isChecked();
+        return state;
+    }
+    QStringList actionNames() const override
+    {
+        return toggle()->isEnabled() ? QStringList{toggleAction(), setFocusAction()} : QStringList();
+    }
+    void doAction(const QString& action) override
+    {
+        if (action == toggleAction())
+            toggle()->click();
+        else
+            QAccessibleWidget::doAction(action);
+    }
+
+private:
+    Switch* toggle() const { return static_cast<Switch*>(widget()); }
+};
+
 /// A pop-up menu whose name is its label; its value, and what can be read in it, is its choice. The toolkit's own takes
 /// the name from a QLabel, which this vocabulary does not use.
 class AccessiblePopUp : public QAccessibleWidget, public AccessibleWords {
@@ -217,6 +249,8 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
         return new AccessibleText(text);
     if (auto* list = qobject_cast<RowList*>(object))
         return makeAccessible(list);
+    if (auto* toggle = qobject_cast<Switch*>(object))
+        return new AccessibleSwitch(toggle);
     if (auto* popUp = qobject_cast<PopUp*>(object))
         return new AccessiblePopUp(popUp);
     if (qobject_cast<Box*>(object) || qobject_cast<FocusHome*>(object))
