@@ -2,6 +2,7 @@
 #include "UI/FocusRing.h"
 
 #include <QAbstractItemView>
+#include <QAccessible>
 #include <QScrollBar>
 #include <QTest>
 
@@ -187,6 +188,20 @@ TEST_F(ContentViewFocus, leavesTheEndOfThePageAloneWhenTheProgressBarGoes)
     ASSERT_TRUE(waitUntil([&] { return content->heightForWidth(1148) == height; }));
     letEventsPass();
     EXPECT_EQ(page().value(), position);
+}
+
+TEST_F(ContentViewFocus, isInViewWhereAssistiveTechnologyMovedIt)
+{
+    enterState(analysed);
+    resize(1148, 600);
+    for (QWidget* widget :
+         {static_cast<QWidget*>(&button(copyLabel)), static_cast<QWidget*>(list()), static_cast<QWidget*>(&toggle()),
+          static_cast<QWidget*>(chooser()), static_cast<QWidget*>(&button(QStringLiteral("Elegir camara")))}) {
+        spoken(*widget).actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
+        EXPECT_EQ(focused(), widget);
+        const QRect place(widget->mapTo(window.get(), QPoint()), widget->size());
+        EXPECT_TRUE(window->rect().contains(place)) << spokenName(*widget).toStdString();
+    }
 }
 
 TEST_F(ContentViewFocus, leavesAControlWhenTheBackgroundIsClicked)

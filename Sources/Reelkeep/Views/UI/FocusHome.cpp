@@ -4,7 +4,6 @@
 
 #include <QFocusEvent>
 #include <QMouseEvent>
-#include <QScrollArea>
 
 namespace reelkeep {
 
@@ -13,14 +12,6 @@ namespace {
 bool isIn(const QWidget& element, const QWidget* widget)
 {
     return widget && (widget == &element || element.isAncestorOf(widget));
-}
-
-void scrollTo(QWidget& widget)
-{
-    for (QWidget* parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
-        if (auto* area = qobject_cast<QScrollArea*>(parent))
-            area->ensureWidgetVisible(&widget);
-    }
 }
 
 void setKeepingFocus(QWidget& element, void (QWidget::*set)(bool), bool canBeUsed)
@@ -41,7 +32,7 @@ FocusHome::FocusHome(QWidget* parent) : QWidget(parent)
     following.setSingleShot(true);
     connect(&following, &QTimer::timeout, this, [this] {
         if (QWidget* focused = window()->focusWidget())
-            scrollTo(*focused);
+            scrollIntoView(*focused);
     });
 }
 
@@ -134,7 +125,7 @@ bool FocusHome::focusNextPrevChild(bool next)
         if (!isStop || !widget->isEnabled() || !widget->isVisible())
             continue;
         widget->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-        scrollTo(*widget);
+        scrollIntoView(*widget);
         return true;
     }
     return QWidget::focusNextPrevChild(next);

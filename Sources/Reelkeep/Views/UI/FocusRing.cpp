@@ -5,6 +5,7 @@
 #include <QCommonStyle>
 #include <QFocusEvent>
 #include <QPainter>
+#include <QScrollArea>
 
 namespace reelkeep {
 
@@ -54,6 +55,14 @@ void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const 
     painter.drawPath(roundedOutline(painter, rect, radius, thickness / 2.0));
 }
 
+void scrollIntoView(QWidget& widget)
+{
+    for (QWidget* parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
+        if (auto* area = qobject_cast<QScrollArea*>(parent))
+            area->ensureWidgetVisible(&widget);
+    }
+}
+
 FocusRing::FocusRing(QWidget* widget, double widgetRadius) : FocusRing(widget)
 {
     radius = widgetRadius + distance;
@@ -82,7 +91,7 @@ bool FocusRing::belongsAround(const QWidget& widget)
 
 void FocusRing::moveFocus(QWidget& to, bool withRing)
 {
-    to.setFocus(withRing ? Qt::OtherFocusReason : Qt::MouseFocusReason);
+    to.setFocus(withRing ? Qt::TabFocusReason : Qt::MouseFocusReason);
     // While the window is not active, no event says why the focus moved.
     if (FocusRing* ring = of(to))
         ring->belongs = withRing;
@@ -97,6 +106,9 @@ bool FocusRing::eventFilter(QObject* watched, QEvent* event)
     const bool isLent = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
     if (!isLent)
         belongs = isIn && reason != Qt::MouseFocusReason;
+    // The toolkit scrolls after Tab alone.
+    if (isIn && reason == Qt::OtherFocusReason)
+        scrollIntoView(*static_cast<QWidget*>(watched));
     if (isIn && belongs && radius && !frame) {
         frame = new Frame(*radius);
         frame->setWidget(static_cast<QWidget*>(watched));

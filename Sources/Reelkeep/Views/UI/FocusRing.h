@@ -14,9 +14,12 @@ class Appearance;
 /// Paints the ring inside the edges of `rect`, for a part of a widget, which can have no frame of its own.
 void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const Appearance& appearance);
 
+/// Scrolls everything around a widget as far as it takes to show it.
+void scrollIntoView(QWidget& widget);
+
 /// A ring around a widget while it has the focus that keyboard or assistive technology moved there: not after a click,
 /// also not when another window or a menu gives the focus back after one. It is drawn outside of the widget's bounds,
-/// over whatever surrounds it.
+/// over whatever surrounds it. The view follows the focus there.
 class FocusRing : public QObject {
     Q_OBJECT
 
@@ -31,7 +34,7 @@ public:
     const QFocusFrame* shownFrame() const { return frame.data(); }
     /// Whether the widget has a ring, or will have it again when its window is active.
     static bool belongsAround(const QWidget& widget);
-    /// Moves the focus to a widget, where the ring is shown if it was shown where the focus comes from.
+    /// Moves the focus to a widget, where the ring is shown if it was shown where the focus comes from. The view stays.
     static void moveFocus(QWidget& to, bool withRing);
     /// Says whether the keyboard, or a click, moved on inside a widget that paints its ring itself.
     void setBelongs(bool nowBelongs) { belongs = nowBelongs; }
