@@ -8,44 +8,27 @@ import sys
 from pathlib import Path
 
 from desktop import stop, until, wait_for
-from gi.repository import Gio, GLib
 from hands import shows_window, strike, xdotool
 from janitor import processes_of
 from screen import BUTTON, LIST, Ear
 from soakModel import ONLY_DESTINATION, REMOVE, name
+from theme import DARK, LIGHT, USUAL_FONT, Theme
 from window import ANALYSE, CAMERA, COPY, DESTINATION, REVIEW
 
 WIDTHS = (480, 700, 760, 1000, 1148, 1300, 1600)
 HEIGHTS = (480, 700, 1000)
-DARK = {"Window": ("36,36,36", "255,255,255"), "View": ("28,28,28", "255,255,255"),
-        "Button": ("60,60,60", "255,255,255")}
-LIGHT = {"Window": ("236,236,236", "0,0,0"), "View": ("255,255,255", "0,0,0"), "Button": ("250,250,250", "0,0,0")}
-FONTS = (9.75, 13)
-
-
-def settings(colours, font):
-    """A file from which the toolkit reads the fonts and colours of one kind of desktop."""
-    lines = ["[General]", f"font=Inter,{font},-1,5,50,0,0,0,0,0", f"fixed=JetBrains Mono,{font},-1,5,50,0,0,0,0,0"]
-    lines += ["[KDE]", "SingleClick=false"]
-    for role, (background, text) in colours.items():
-        lines += [f"[Colors:{role}]", f"BackgroundNormal={background}", f"ForegroundNormal={text}"]
-    return "\n".join(lines)
+FONTS = (USUAL_FONT, 13)
 
 
 class Deeds:
     def __init__(self, desktop, places, session, dice):
         self.desktop, self.places, self.session, self.dice = desktop, places, session, dice
         self.hold = desktop.folder / "hold"
-        self.settings = desktop.folder / "settings"
-        self.settings.mkdir()
+        self.theme = Theme(desktop)
         self.log = desktop.folder / "sleep.log"
         self.shows = Ear("object:state-changed:showing")
         self.services = None
         self.has_bus = True
-        self.write_settings(LIGHT, FONTS[0])
-
-    def environment(self):
-        return {"XDG_CONFIG_HOME": str(self.settings), "XDG_CURRENT_DESKTOP": "KDE", "KDE_SESSION_VERSION": "5"}
 
     def attach(self, window, check, note):
         """`check` compares everything that is shown with the model; `note` logs a deed within a deed."""
@@ -272,22 +255,11 @@ class Deeds:
         colours, font = self.dice.choice((DARK, LIGHT)), self.dice.choice(FONTS)
         if not self.has_bus:
             return None
-        self.write_settings(colours, font)
-        bus = Gio.DBusConnection.new_for_address_sync(
-            self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"],
-            Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
-        change = ("org.kde.kdeglobals.General", "ColorScheme", GLib.Variant("s", "new"))
-        bus.emit_signal(None, "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged",
-                        GLib.Variant("(ssv)", change))
-        bus.flush_sync()  # closing alone would drop it
-        bus.close_sync()
-        expected = bytes(int(part) for part in colours["Window"][0].split(","))
+        self.theme.change(colours, font)
+        expected = colours.pixel()
         x, y, _, _ = self.window.element.box()
         wait_for(lambda: self.desktop.colour(x + 3, y + 3) == expected, "the colours of the theme")
         return f"{'dark' if colours is DARK else 'light'} theme, {font} points"
-
-    def write_settings(self, colours, font):
-        (self.settings / "kdeglobals").write_text(settings(colours, font), encoding="ascii")
 
     # Session bus
 
@@ -301,7 +273,8 @@ class Deeds:
             return "kill the suspend services"
         services = self.dice.choice((["portal"], ["screenSaver"], ["refusingPortal", "screenSaver"]))
         program, bus = Path(__file__).with_name("sleepServices.py"), self.desktop.own["DBUS_SESSION_BUS_ADDRESS"]
-        self.desktop.launch([sys.executable, "-B", str(program), "{fd}", str(self.log), bus, *services], self.desktop.own)
+        self.desktop.launch([sys.executable, "-B", str(program), "{fd}", str(self.log), bus, *services],
+                            self.desktop.own)
         self.services = self.desktop.processes[-1]
         return f"start the suspend services {services}"
 

@@ -67,7 +67,7 @@ class Soak(DesktopTest):
         self.notes, self.samples = [], []
 
     def test_the_window_and_the_disks_agree_with_a_model(self):
-        self.window = self.start(**slow_disk(self.desktop.folder, 0), **self.deeds.environment())
+        self.window = self.start(**slow_disk(self.desktop.folder, 0), **self.deeds.theme.environment())
         self.deeds.attach(self.window, self.check, self.note)
         began = time.monotonic()
         bus_ends = began + self.seconds * self.dice.uniform(0.7, 0.95)

@@ -83,6 +83,14 @@ void ScrollingWindow::openAtFirstSize()
     area->widget()->setFocus();
 }
 
+bool ScrollingWindow::event(QEvent* event)
+{
+    // The toolkit adopts the font of a new theme, but widgets keep what they have inherited until they are told.
+    if (event->type() == QEvent::ThemeChange)
+        setFont({});
+    return QMainWindow::event(event);
+}
+
 void ScrollingWindow::keyPressEvent(QKeyEvent* event)
 {
     QScrollBar* bar = area->verticalScrollBar();

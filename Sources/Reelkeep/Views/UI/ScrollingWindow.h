@@ -19,6 +19,7 @@ public:
     QScrollArea* scrollArea() const { return area; }
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
