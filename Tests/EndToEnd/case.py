@@ -8,6 +8,7 @@ from pathlib import Path
 
 from desktop import Desktop
 from hands import close_window
+from janitor import end_with_the_runner
 from window import Window
 
 
@@ -71,5 +72,6 @@ def main(usage):
     """Runs the test that is named on the command line after the program."""
     if len(sys.argv) != 3:
         sys.exit(usage)
+    end_with_the_runner()
     DesktopTest.program = Path(sys.argv.pop(1)).absolute()
     unittest.main(verbosity=2)

@@ -26,6 +26,11 @@ def ends_with_this_process():
     return prepare
 
 
+def end_with_the_runner():
+    """This process is killed when the one that started it ends."""
+    SYSTEM.prctl(SET_PARENT_DEATH_SIGNAL, signal.SIGKILL)
+
+
 def clean_up_after_this_process(folder):
     """When this process has ended, ends all processes that have the path of the folder in their environment, and
     removes the folder with what is mounted in it. The folder need not exist yet."""
