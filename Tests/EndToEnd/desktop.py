@@ -22,7 +22,7 @@ from gi.repository import Gio, GLib  # noqa: E402
 
 from janitor import clean_up_after_this_process, ends_with_this_process  # noqa: E402
 
-TIMEOUT = 30
+TIMEOUT = int(os.environ.get("REELKEEP_PATIENCE", 30))  # seconds
 
 # The same fonts everywhere, so that pictures can be compared, and no font cache in the program's home.
 FONTS = """<?xml version="1.0"?>
