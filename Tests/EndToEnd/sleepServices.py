@@ -2,6 +2,7 @@
 """Imitates the services by which desktops prevent suspending: sleepServices.py READY LOG ADDRESS SERVICE...
 
 Each SERVICE is one of `portal`, `latePortal` (answers once the file LOG.answer exists), `refusingPortal` (by an error),
+`forgetfulPortal` (drops each hold at once), `confusedPortal` (reports on the failure of another request too),
 `portalRefusingAfterwards` and `portalRefusingBeforehand` (accepts the request, and refuses it by a signal after or even
 before that), `screenSaver`, `loginManager` and `lateRefusingLoginManager`. READY is a descriptor that gets a line when
 all are on the bus at ADDRESS. The file LOG gets a line for each hold that begins or ends. SIGUSR1 makes the services
@@ -87,6 +88,22 @@ class SleepServices:
         def answer(_1, _2, _3, call):
             self.write("portal refuses")
             call.return_dbus_error("org.freedesktop.portal.Error.Failed", "No.")
+
+        self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
+
+    def forgetfulPortal(self):
+        def answer(sender, _, words, call):
+            self.hold_by_portal(sender, _, words, call)
+            self.drop_all()
+
+        self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
+
+    def confusedPortal(self):
+        def answer(sender, _, words, call):
+            self.hold_by_portal(sender, _, words, call)
+            other = "/org/freedesktop/portal/desktop/request/other/1"
+            self.requests[other] = sender, "another"
+            self.respond(other, FAILURE)
 
         self.serve("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", PORTAL, answer)
 

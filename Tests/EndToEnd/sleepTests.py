@@ -4,6 +4,7 @@ sleepTests.py PROGRAM Sleep.TEST"""
 
 import signal
 import sys
+import time
 from pathlib import Path
 
 from bigClips import BigClips
@@ -141,6 +142,26 @@ class Sleep(DesktopTest):
         self.wait_for_events(*held)
         self.finish_copy(window)
         self.wait_for_events(*held, "portal releases 2")
+
+    def test_a_lock_that_is_dropped_again_and_again_is_requested_less_and_less_often(self):
+        self.serve("forgetfulPortal")
+        window = self.analysed()
+        self.begin_copy(window)
+        moments = []
+        for number in range(1, 4):
+            wait_for(lambda: f"portal drops {number}" in self.events(), f"request {number}")
+            moments.append(time.monotonic())
+        self.assertGreater(moments[2] - moments[1], 1.5)
+        self.finish_copy(window)
+
+    def test_a_report_on_another_request_is_ignored(self):
+        self.serve("confusedPortal")
+        window = self.analysed()
+        self.begin_copy(window)
+        held = ["portal holds 1: 4 Copiando videos", "portal drops another"]
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, "portal releases 1")
 
     def test_a_lock_is_requested_again_when_its_service_leaves_the_bus(self):
         for service, held in {"portal": "portal holds 1: 4 Copiando videos",
