@@ -152,6 +152,7 @@ TEST_F(TextWidgetSelection, keepTheirSelectionWhenTheirMenuIsOpened)
     menu->actions().at(0)->trigger();
     EXPECT_EQ(clipboard(), QStringLiteral("ana"));
     menu->close();
+    QTest::mouseRelease(&text, Qt::RightButton, {}, place);
 }
 
 TEST_F(TextWidgetSelection, loseTheirSelectionWithTheFocus)
