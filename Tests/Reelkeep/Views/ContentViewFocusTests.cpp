@@ -108,6 +108,18 @@ TEST_F(ContentViewFocus, returnsAlthoughAnotherWindowWasActiveMeanwhile)
     EXPECT_EQ(focused(), &button(scanLabel));
 }
 
+TEST_F(ContentViewFocus, staysWhereItWasMovedWhileAnotherWindowWasActive)
+{
+    enterState(analysed);
+    files->holdAnalyses();
+    pressByKey(button(scan));
+    QWidget other;
+    showActive(other);
+    toggle().setFocus();
+    finishAnalysis();
+    EXPECT_EQ(focused(), &toggle());
+}
+
 TEST_F(ContentViewFocus, returnsFromAnotherWindowWithARingOnlyIfAKeyWasUsed)
 {
     enterState(analysed);
