@@ -83,6 +83,7 @@ class Desktop:
         self.folder = Path(tempfile.gettempdir()).absolute() / f"reelkeep-desktop-{secrets.token_hex(4)}"
         clean_up_after_this_process(self.folder)
         self.folder.mkdir(mode=0o700)
+        os.environ["TMPDIR"] = str(self.folder)  # what this process starts leaves nothing elsewhere, even if it is killed
         try:
             self.start()
         except BaseException:
