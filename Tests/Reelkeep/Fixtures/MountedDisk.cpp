@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -45,6 +46,9 @@ std::string attach(const Location& image, bool isDirect, FileDescriptor& hold)
     }
     throw std::runtime_error("no loop device");
 }
+
+/// These tests take long and print little. Without this, a killed runner would leave them running to their ends.
+[[maybe_unused]] const bool endsWithRunner = ::prctl(PR_SET_PDEATHSIG, SIGKILL) == 0;
 
 /// Whether a private file system in memory is mounted over /dev/shm, which is small in containers. It and its files end
 /// with this process. Mounted before any test can make files there.
