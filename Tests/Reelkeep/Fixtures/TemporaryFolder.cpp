@@ -1,10 +1,13 @@
 #include "Fixtures/TemporaryFolder.h"
 
+#include "Fixtures/AfterThisProcess.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace reelkeep {
 
@@ -22,11 +25,39 @@ void unlockFolders(const fs::path& folder)
             unlockFolders(entry.path());
 }
 
+void removeAll(const fs::path& folder)
+{
+    std::error_code failure;
+    fs::remove_all(folder, failure);
+    if (!failure)
+        return;
+    unlockFolders(folder);
+    fs::remove_all(folder, failure);
+}
+
+/// What the names of this process's folders begin with. A process that is killed does not remove them itself.
+const std::string& namesBegin()
+{
+    static const std::string begin = [] {
+        const std::string own = "reelkeep-test-" + std::to_string(::getpid()) + "-";
+        afterThisProcess([own] {
+            std::error_code ignored;
+            for (const fs::path& base : {fs::temp_directory_path(), fs::path("/dev/shm")}) {
+                for (const fs::directory_entry& entry : fs::directory_iterator(base, ignored))
+                    if (entry.path().filename().string().starts_with(own))
+                        removeAll(entry.path());
+            }
+        });
+        return own;
+    }();
+    return begin;
+}
+
 } // namespace
 
 TemporaryFolder::TemporaryFolder(const std::string& base)
 {
-    std::string pattern = (base.empty() ? fs::temp_directory_path().string() : base) + "/reelkeep-test-XXXXXX";
+    std::string pattern = (base.empty() ? fs::temp_directory_path().string() : base) + "/" + namesBegin() + "XXXXXX";
     if (::mkdtemp(pattern.data()) == nullptr)
         throw std::runtime_error("no folder for the test in " + pattern);
     place = Location(pattern);
@@ -35,12 +66,7 @@ TemporaryFolder::TemporaryFolder(const std::string& base)
 
 TemporaryFolder::~TemporaryFolder()
 {
-    std::error_code failure;
-    fs::remove_all(place.path(), failure);
-    if (!failure)
-        return;
-    unlockFolders(place.path());
-    fs::remove_all(place.path(), failure);
+    removeAll(place.path());
 }
 
 Location TemporaryFolder::file(std::string_view relative, std::string_view content) const

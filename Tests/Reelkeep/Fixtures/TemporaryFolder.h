@@ -8,7 +8,8 @@
 
 namespace reelkeep {
 
-/// A new folder that is removed, with everything in it, at the end of the test.
+/// A new folder that is removed, with everything in it, at the end of the test, or of its
+/// process if that is killed.
 class TemporaryFolder {
 public:
     /// In `base`, or in the system's folder for temporary files.

@@ -1,3 +1,4 @@
+#include "Fixtures/AfterThisProcess.h"
 #include "Fixtures/CopyRuns.h"
 #include "Fixtures/FaultDisk.h"
 #include "Fixtures/MountedDisk.h"
@@ -185,6 +186,24 @@ TEST_F(FaultDiskTest, leavesNothingBehindWhenTheTestIsKilled)
         EXPECT_TRUE(waitUntil([&] { return !hasProcesses(view); })) << kind;
         EXPECT_TRUE(waitUntil([&] { return !hasLoopDevice(place); })) << kind;
     }
+}
+
+TEST(AfterThisProcess, actsIfItIsKilled)
+{
+    const TemporaryFolder folder("/dev/shm");
+    const pid_t test = ::fork();
+    ASSERT_GE(test, 0);
+    if (test == 0) {
+        afterThisProcess([&] { folder.folder("after"); });
+        folder.folder("ready");
+        for (;;)
+            ::pause();
+    }
+    EXPECT_TRUE(waitUntil([&] { return fs::exists((folder / "ready").path()); }));
+    EXPECT_FALSE(fs::exists((folder / "after").path()));
+    ::kill(test, SIGKILL);
+    finish(test);
+    EXPECT_TRUE(waitUntil([&] { return fs::exists((folder / "after").path()); }));
 }
 
 } // namespace
