@@ -64,7 +64,8 @@ dev_t deviceOf(const Location& place)
 
 bool MountedDisk::isPossible()
 {
-    return hasPrivateMemory;
+    const auto isThere = [](const char* device) { return ::access(device, R_OK | W_OK) == 0; };
+    return hasPrivateMemory && isThere("/dev/fuse") && isThere("/dev/loop-control");
 }
 
 MountedDisk::MountedDisk(std::string fileSystem, int mebibytes)

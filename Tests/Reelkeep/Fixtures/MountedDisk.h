@@ -25,7 +25,7 @@ public:
     MountedDisk& operator=(const MountedDisk&) = delete;
     ~MountedDisk();
 
-    /// Whether this process may mount. If not, tests skip loudly.
+    /// Whether disks can be mounted here. If not, tests skip loudly.
     static bool isPossible();
 
     const Location& location() const { return mountPoint; }

@@ -18,7 +18,7 @@ protected:
     void SetUp() override
     {
         if (!MountedDisk::isPossible())
-            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root, FUSE and loop devices";
     }
     static void fill(const Location& disk)
     {

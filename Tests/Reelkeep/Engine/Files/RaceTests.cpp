@@ -107,7 +107,7 @@ protected:
             return;
         }
         if (!MountedDisk::isPossible())
-            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root, FUSE and loop devices";
         disk = std::make_unique<MountedDisk>(GetParam().name);
     }
     Location ground() const { return disk ? disk->location() : folder->location(); }

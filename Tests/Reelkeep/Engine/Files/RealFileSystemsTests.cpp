@@ -34,7 +34,7 @@ protected:
     void SetUp() override
     {
         if (!MountedDisk::isPossible())
-            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root, FUSE and loop devices";
     }
 };
 
@@ -43,7 +43,7 @@ protected:
     void SetUp() override
     {
         if (!MountedDisk::isPossible())
-            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root, FUSE and loop devices";
     }
 };
 

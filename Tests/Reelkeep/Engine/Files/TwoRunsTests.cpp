@@ -46,7 +46,7 @@ protected:
         if (std::string(GetParam().disk) == "here")
             return;
         if (!MountedDisk::isPossible())
-            GTEST_SKIP() << "SKIPPED: mounting file systems needs root";
+            GTEST_SKIP() << "SKIPPED: mounting file systems needs root, FUSE and loop devices";
         disk = std::make_unique<MountedDisk>(GetParam().disk);
     }
     TwoRuns()
