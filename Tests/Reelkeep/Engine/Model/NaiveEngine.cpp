@@ -175,7 +175,8 @@ std::optional<std::vector<Video>> scan(const std::vector<std::string>& roots, bo
 {
     std::vector<Video> found;
     for (const std::string& root : roots) {
-        if (fs::is_directory(root) && !walk(root, root, isPrivileged, found))
+        std::error_code forbidden;
+        if (fs::is_directory(root, forbidden) && !walk(root, root, isPrivileged, found))
             return std::nullopt;
     }
     return found;
