@@ -112,7 +112,7 @@ TEST_F(ContentViewFocus, staysWhereItWasMovedWhileAnotherWindowWasActive)
 {
     enterState(analysed);
     files->holdAnalyses();
-    pressByKey(button(scan));
+    pressByKey(button(scanLabel));
     QWidget other;
     showActive(other);
     toggle().setFocus();
