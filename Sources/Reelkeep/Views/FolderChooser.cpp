@@ -9,6 +9,7 @@
 
 #include <QAbstractFileIconProvider>
 #include <QAction>
+#include <QComboBox>
 #include <QCompleter>
 #include <QDialogButtonBox>
 #include <QDir>

@@ -7,6 +7,7 @@
 #include "Fixtures/Widgets.h"
 #include "UI/Box.h"
 #include "UI/Controls.h"
+#include "UI/PopUp.h"
 #include "UI/RowList.h"
 #include "UI/ScrollingWindow.h"
 #include "UI/TextWidget.h"

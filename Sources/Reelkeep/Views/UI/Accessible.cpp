@@ -5,6 +5,7 @@
 #include "UI/Box.h"
 #include "UI/Controls.h"
 #include "UI/FocusHome.h"
+#include "UI/PopUp.h"
 #include "UI/RowList.h"
 #include "UI/SymbolWidget.h"
 #include "UI/TextWidget.h"

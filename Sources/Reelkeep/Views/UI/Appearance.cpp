@@ -45,6 +45,11 @@ QLinearGradient gradient(const QRectF& rect, const Background& background, const
 
 } // namespace
 
+Touch touchOf(const QWidget& control, bool isDown)
+{
+    return isDown ? Touch::pressed : control.underMouse() ? Touch::hovered : Touch::none;
+}
+
 Appearance::Appearance(const QPalette& palette)
     : windowColor(palette.color(QPalette::Active, QPalette::Window)),
       inkColor(palette.color(QPalette::Active, QPalette::WindowText)),

@@ -23,6 +23,7 @@ inline const QColor darkReviewOrange = QColor::fromRgbF(0.73F, 0.37F, 0.10F);
 
 /// What the mouse does to a control.
 enum class Touch { none, hovered, pressed };
+Touch touchOf(const QWidget& control, bool isDown);
 
 /// The colours of the window, all derived from a palette, so that a change of the desktop's theme is a change of one
 /// value. Light or dark is decided from the palette itself: not every desktop reports it.

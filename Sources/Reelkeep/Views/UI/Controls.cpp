@@ -1,16 +1,11 @@
 #include "UI/Controls.h"
 
 #include "UI/FocusRing.h"
-#include "UI/PopUpList.h"
 #include "UI/SymbolWidget.h"
-#include "UI/WholeText.h"
 
-#include <QAbstractItemView>
 #include <QFontMetrics>
-#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
-#include <QWheelEvent>
 
 #include <algorithm>
 #include <cmath>
@@ -19,7 +14,6 @@ namespace reelkeep {
 
 namespace {
 
-constexpr int controlHeight = 28;
 constexpr double largeRadius = 8;
 constexpr int gap = 8;
 constexpr int barSteps = 10'000;
@@ -51,11 +45,6 @@ int widestWord(const QFontMetrics& metrics, const QString& text)
 bool isArrow(int key)
 {
     return key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_Left || key == Qt::Key_Right;
-}
-
-Touch touchOf(const QWidget& control, bool isDown)
-{
-    return isDown ? Touch::pressed : control.underMouse() ? Touch::hovered : Touch::none;
 }
 
 void paintSwitch(QPainter& painter, const QRectF& track, bool on, Touch touch, const Appearance& appearance)
@@ -133,7 +122,7 @@ QSize Button::minimumSizeHint() const
 {
     const QMargins around = margins();
     return {widestWord(QFontMetrics(labelFont()), text()) + around.left() + around.right() + leadingWidth(),
-            controlHeight};
+            measure::controlHeight};
 }
 
 int Button::heightForWidth(int width) const
@@ -143,7 +132,7 @@ int Button::heightForWidth(int width) const
     const double lines = std::round(double(textRect(width).height()) / QFontMetrics(labelFont()).height());
     const double symbol = glyph ? symbolSize(glyph->name, scaledWithFont(glyph->width)).height() : 0;
     const double label = std::max(std::max(1.0, lines) * type::body.height(), symbol);
-    return std::max(int(label) + around.top() + around.bottom(), controlHeight);
+    return std::max(int(label) + around.top() + around.bottom(), measure::controlHeight);
 }
 
 Button::Face Button::face(const Appearance& appearance) const
@@ -260,99 +249,6 @@ void Switch::paintEvent(QPaintEvent*)
     const int top = (height() - size.height()) / 2; // on a whole pixel
     paintSwitch(painter, QRectF(words.width() + gap, top, size.width(), size.height()), isChecked(),
                 touchOf(*this, isDown()), appearance);
-}
-
-PopUp::PopUp()
-{
-    new FocusRing(this, measure::controlRadius);
-    setAttribute(Qt::WA_Hover);
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setFocusPolicy(Qt::StrongFocus);
-    // The name of a folder may be wider than any window.
-    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    setView(new PopUpList(this));
-}
-
-QSize PopUp::sizeHint() const
-{
-    const QFontMetrics metrics(type::body.font());
-    int widest = 0;
-    for (int index = 0; index < count(); ++index)
-        widest = std::max(widest, metrics.horizontalAdvance(itemText(index)));
-    return {widest + scaledWithFont(40), std::max(controlHeight, int(type::body.height()) + 12)};
-}
-
-QSize PopUp::minimumSizeHint() const
-{
-    return {80, sizeHint().height()};
-}
-
-int PopUp::readableWidth() const
-{
-    // Longer names are cut in the middle before the label in front of them wraps.
-    return std::min(sizeHint().width(), scaledWithFont(160));
-}
-
-QRect PopUp::textRect() const
-{
-    return rect().adjusted(10, 0, -scaledWithFont(24), 0);
-}
-
-QString PopUp::shownText() const
-{
-    return QFontMetrics(type::body.font()).elidedText(currentText(), Qt::ElideMiddle, textRect().width());
-}
-
-bool PopUp::event(QEvent* event)
-{
-    if (event->type() != QEvent::ToolTip)
-        return QComboBox::event(event);
-    if (shownText() != currentText())
-        showWholeText(currentText(), *static_cast<QHelpEvent*>(event), *this);
-    return true;
-}
-
-void PopUp::paintEvent(QPaintEvent*)
-{
-    QPainter painter(this);
-    const Appearance appearance = Appearance::of(this);
-    paint(painter, rect(),
-          {.fill = Tint::of(appearance.buttonFace(touchOf(*this, view()->isVisible()))),
-           .stroke = Tint::of(appearance.buttonEdge()),
-           .radius = measure::controlRadius},
-          appearance);
-    painter.setPen(appearance.primary());
-    painter.setFont(type::body.font());
-    painter.drawText(textRect(), Qt::AlignVCenter | Qt::TextSingleLine, shownText());
-
-    const double scale = textScale();
-    painter.translate(width() - 11.5 * scale, height() / 2.0);
-    painter.scale(scale, scale);
-    painter.setPen(QPen(appearance.primary(), 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    for (const double side : {-1.0, 1.0})
-        painter.drawPolyline(QPolygonF({{-3, side * 2}, {0, side * 5}, {3, side * 2}}));
-}
-
-void PopUp::keyPressEvent(QKeyEvent* event)
-{
-    // A stray key must never change the copy destination.
-    switch (event->key()) {
-    case Qt::Key_Space:
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-    case Qt::Key_F4:
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-        return showPopup();
-    default:
-        event->ignore();
-    }
-}
-
-void PopUp::wheelEvent(QWheelEvent* event)
-{
-    // Scrolling past must never change the copy destination.
-    event->ignore();
 }
 
 Bar::Bar()

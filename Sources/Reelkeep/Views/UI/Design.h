@@ -26,6 +26,7 @@ namespace measure {
 inline constexpr int contentWidth = 1100;
 inline constexpr Padding windowPadding = Padding::all(24);
 inline constexpr Padding footerPadding{.top = 6};
+inline constexpr int controlHeight = 28;
 inline constexpr double controlRadius = 6; ///< Of buttons and of the chooser.
 inline constexpr int pillNumber = 28;
 inline constexpr int badgeDot = 8;

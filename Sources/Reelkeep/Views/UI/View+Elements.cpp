@@ -2,6 +2,7 @@
 
 #include "UI/Announcer.h"
 #include "UI/Controls.h"
+#include "UI/PopUp.h"
 #include "UI/RecentMove.h"
 #include "UI/SymbolWidget.h"
 

@@ -1,6 +1,7 @@
 #include "Fixtures/Desktops.h"
 #include "Fixtures/Widgets.h"
 #include "UI/Controls.h"
+#include "UI/PopUp.h"
 #include "UI/TextWidget.h"
 
 #include <QSignalSpy>

@@ -1,6 +1,6 @@
 #include "Fixtures/Desktops.h"
 #include "Fixtures/Widgets.h"
-#include "UI/Controls.h"
+#include "UI/PopUp.h"
 
 #include <QAbstractItemView>
 

@@ -2,6 +2,7 @@
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
 #include "UI/Controls.h"
+#include "UI/PopUp.h"
 #include "UI/TextWidget.h"
 #include "UI/View.h"
 

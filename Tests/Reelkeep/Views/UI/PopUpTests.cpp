@@ -1,6 +1,6 @@
 #include "Fixtures/Desktops.h"
 #include "Fixtures/Widgets.h"
-#include "UI/Controls.h"
+#include "UI/PopUp.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -12,7 +12,7 @@
 namespace reelkeep {
 namespace {
 
-TEST(ControlsPopUp, showsNothingWhileNothingIsChosen)
+TEST(PopUp, showsNothingWhileNothingIsChosen)
 {
     PopUp popUp;
     popUp.addItem(QStringLiteral("Disco A"));
@@ -23,9 +23,9 @@ TEST(ControlsPopUp, showsNothingWhileNothingIsChosen)
     EXPECT_NE(nothing, picture(popUp));
 }
 
-class ControlsPopUpKeys : public testing::Test {
+class PopUpKeys : public testing::Test {
 protected:
-    ControlsPopUpKeys()
+    PopUpKeys()
     {
         popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B"), QStringLiteral("Disco C")});
         popUp.setCurrentIndex(1);
@@ -38,7 +38,7 @@ protected:
     QSignalSpy changes{&popUp, &QComboBox::currentIndexChanged};
 };
 
-TEST_F(ControlsPopUpKeys, openTheList)
+TEST_F(PopUpKeys, openTheList)
 {
     for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Up, Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_F4}) {
         QTest::keyClick(&popUp, key);
@@ -48,7 +48,7 @@ TEST_F(ControlsPopUpKeys, openTheList)
     EXPECT_EQ(changes.count() + choices.count(), 0);
 }
 
-TEST_F(ControlsPopUpKeys, goToTheWindowIfTheyDoNotOpenTheList)
+TEST_F(PopUpKeys, goToTheWindowIfTheyDoNotOpenTheList)
 {
     for (const Qt::Key key : {Qt::Key_PageDown, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End, Qt::Key_D, Qt::Key_Escape}) {
         QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier, key == Qt::Key_D ? QStringLiteral("D") : QString());
@@ -59,7 +59,7 @@ TEST_F(ControlsPopUpKeys, goToTheWindowIfTheyDoNotOpenTheList)
     EXPECT_EQ(changes.count() + choices.count(), 0);
 }
 
-TEST_F(ControlsPopUpKeys, chooseInTheOpenList)
+TEST_F(PopUpKeys, chooseInTheOpenList)
 {
     QTest::keyClick(&popUp, Qt::Key_Down);
     QTest::keyClick(popUp.view(), Qt::Key_Down);
@@ -69,7 +69,7 @@ TEST_F(ControlsPopUpKeys, chooseInTheOpenList)
     EXPECT_EQ(choices.count(), 1);
 }
 
-TEST(ControlsPopUp, leavesTheWheelToTheWindow)
+TEST(PopUp, leavesTheWheelToTheWindow)
 {
     PopUp popUp;
     popUp.addItems({QStringLiteral("Disco A"), QStringLiteral("Disco B")});
@@ -78,14 +78,14 @@ TEST(ControlsPopUp, leavesTheWheelToTheWindow)
     EXPECT_EQ(popUp.currentText(), QStringLiteral("Disco A"));
 }
 
-TEST(ControlsPopUp, isNotWidenedByALongName)
+TEST(PopUp, isNotWidenedByALongName)
 {
     PopUp popUp;
     popUp.addItem(QStringLiteral("Disco ").repeated(100));
     EXPECT_LE(popUp.minimumSizeHint().width(), 80);
 }
 
-TEST(ControlsPopUp, growsWithTheUsersFont)
+TEST(PopUp, growsWithTheUsersFont)
 {
     QWidget window;
     PopUp& popUp = shownIn(window, new PopUp);
