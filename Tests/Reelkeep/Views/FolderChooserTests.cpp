@@ -3,21 +3,26 @@
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Widgets.h"
 #include "FolderChooser.h"
+#include "UI/Announcer.h"
 #include "UI/Controls.h"
 #include "UI/TextWidget.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QComboBox>
 #include <QCompleter>
 #include <QDir>
 #include <QFileSystemModel>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QScrollBar>
+#include <QSignalSpy>
 #include <QStandardPaths>
 #include <QTest>
 #include <QToolButton>
+#include <QToolTip>
 #include <QTreeView>
 
 #include <gtest/gtest.h>
@@ -225,13 +230,30 @@ TEST_F(FolderChooserTest, reportsThatATypedFolderWasNotFound)
     open();
     const QString wrong = inside("<b>no existe</b>");
     const QString sentence = QStringLiteral("No he encontrado la carpeta ") + wrong;
+    const QSignalSpy announcements(chooser->findChild<Announcer*>(), &Announcer::announced);
     type(wrong);
     press("Seleccionar");
     EXPECT_FALSE(isAccepted());
+    ASSERT_EQ(announcements.count(), 1);
+    EXPECT_EQ(announcements.front().front().toString(), sentence);
     EXPECT_TRUE(words().contains(sentence)) << words().join(u'|').toStdString();
     EXPECT_EQ(spoken(*shownWidget<TextWidget>(*chooser, sentence)).role(), QAccessible::StatusBar);
     QTest::keyClick(parts->field, Qt::Key_Backspace);
     EXPECT_FALSE(words().contains(sentence));
+}
+
+TEST_F(FolderChooserTest, showsAllOfALongSentenceInAToolTip)
+{
+    open();
+    const QString wrong = inside("x").repeated(20);
+    type(wrong);
+    press("Seleccionar");
+    auto* complaint = shownWidget<TextWidget>(*chooser, QStringLiteral("No he encontrado la carpeta ") + wrong);
+    ASSERT_NE(complaint, nullptr);
+    QHelpEvent event(QEvent::ToolTip, QPoint(5, 5), complaint->mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(complaint, &event);
+    EXPECT_TRUE(QToolTip::isVisible());
+    QToolTip::hideText();
 }
 
 TEST_F(FolderChooserTest, doesNotAcceptAFile)

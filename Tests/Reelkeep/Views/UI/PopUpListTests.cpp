@@ -46,6 +46,11 @@ TEST_F(PopUpList, cutsALongNameInItsMiddle)
           QStringLiteral("Disco ").repeated(200) + u'2'},
          0);
     EXPECT_NE(line(1), line(2)) << "both ends are shown";
+    popUp->hidePopup();
+    popUp->setCurrentIndex(1);
+    const QImage closed = picture(*popUp);
+    popUp->setCurrentIndex(2);
+    EXPECT_NE(closed, picture(*popUp)) << "and while it is closed";
 }
 
 TEST_F(PopUpList, marksTheCurrentChoice)
