@@ -37,6 +37,10 @@ void resizeToIdeal(QWidget& widget);
 /// The widget as painted on the background of its window.
 QImage picture(QWidget& widget);
 
+inline QColor grey(int level)
+{
+    return {level, level, level};
+}
 /// Whether two colours look the same.
 bool areClose(const QColor& one, const QColor& other, int tolerance = 2);
 void expectClose(const QColor& actual, const QColor& expected, const char* what);

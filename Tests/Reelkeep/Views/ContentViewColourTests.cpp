@@ -219,11 +219,6 @@ TEST_P(ContentViewColourTable, givesTheContrastOfTheNamedExceptions)
     EXPECT_EQ(met, 7) << "three steps, three badges, one tag";
 }
 
-QColor grey(int level)
-{
-    return {level, level, level};
-}
-
 const ThemeColours lightColours = {
     .name = "light",
     .palette = lightPalette,

@@ -288,16 +288,16 @@ TEST_F(ContentViewResults, giveScreenReadersTheNamePathAndSizeOfARow)
     EXPECT_EQ(spoken(*list()).child(0)->text(QAccessible::Name), QStringLiteral("MVI_1.MOV, DCIM/MVI_1.MOV, 1,84 GB"));
 }
 
-struct Size {
+struct WrittenSize {
     std::int64_t bytes;
     const char* spanish;
     const char* english;
 };
-void PrintTo(const Size& size, std::ostream* stream)
+void PrintTo(const WrittenSize& size, std::ostream* stream)
 {
     *stream << size.bytes;
 }
-class ContentViewResultsSize : public ContentViewResults, public testing::WithParamInterface<Size> {};
+class ContentViewResultsSize : public ContentViewResults, public testing::WithParamInterface<WrittenSize> {};
 
 TEST_P(ContentViewResultsSize, areFormattedAsInFileBrowsers)
 {
@@ -315,14 +315,16 @@ TEST_P(ContentViewResultsSize, areFormattedAsInFileBrowsers)
 
 INSTANTIATE_TEST_SUITE_P(
     Sizes, ContentViewResultsSize,
-    testing::Values(Size{0, "0 bytes", "0 bytes"}, Size{1, "1 byte", "1 byte"}, Size{999, "999 bytes", "999 bytes"},
-                    Size{1000, "1 kB", "1 kB"}, Size{1499, "1 kB", "1 kB"}, Size{612'400, "612 kB", "612 kB"},
-                    Size{999'499, "999 kB", "999 kB"}, Size{999'500, "1 MB", "1 MB"}, Size{999'999, "1 MB", "1 MB"},
-                    Size{999'949'999, "999,9 MB", "999.9 MB"}, Size{999'999'999, "1 GB", "1 GB"},
-                    Size{999'999'999'999, "1 TB", "1 TB"}, Size{2'500'000, "2,5 MB", "2.5 MB"},
-                    Size{612'400'000, "612,4 MB", "612.4 MB"}, Size{958'000'000, "958 MB", "958 MB"},
-                    Size{1'840'000'000, "1,84 GB", "1.84 GB"}, Size{3'000'000'000, "3 GB", "3 GB"},
-                    Size{3'100'000'000, "3,1 GB", "3.1 GB"}, Size{1'250'000'000'000, "1,25 TB", "1.25 TB"}));
+    testing::Values(WrittenSize{0, "0 bytes", "0 bytes"}, WrittenSize{1, "1 byte", "1 byte"},
+                    WrittenSize{999, "999 bytes", "999 bytes"}, WrittenSize{1000, "1 kB", "1 kB"},
+                    WrittenSize{1499, "1 kB", "1 kB"}, WrittenSize{612'400, "612 kB", "612 kB"},
+                    WrittenSize{999'499, "999 kB", "999 kB"}, WrittenSize{999'500, "1 MB", "1 MB"},
+                    WrittenSize{999'999, "1 MB", "1 MB"}, WrittenSize{999'949'999, "999,9 MB", "999.9 MB"},
+                    WrittenSize{999'999'999, "1 GB", "1 GB"}, WrittenSize{999'999'999'999, "1 TB", "1 TB"},
+                    WrittenSize{2'500'000, "2,5 MB", "2.5 MB"}, WrittenSize{612'400'000, "612,4 MB", "612.4 MB"},
+                    WrittenSize{958'000'000, "958 MB", "958 MB"}, WrittenSize{1'840'000'000, "1,84 GB", "1.84 GB"},
+                    WrittenSize{3'000'000'000, "3 GB", "3 GB"}, WrittenSize{3'100'000'000, "3,1 GB", "3.1 GB"},
+                    WrittenSize{1'250'000'000'000, "1,25 TB", "1.25 TB"}));
 
 TEST_F(ContentViewResults, formatTheDateByTheLocale)
 {

@@ -12,7 +12,7 @@ namespace reelkeep {
 namespace {
 
 constexpr int distance = 3;
-constexpr int thickness = 2;
+constexpr int ringWidth = 2;
 
 /// Makes the frame a sibling of the widget's ancestors instead of the widget: its parent would cut the ring off.
 class AroundStyle : public QCommonStyle {
@@ -51,8 +51,8 @@ void paintFocusRing(QPainter& painter, const QRectF& rect, double radius, const 
 {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(appearance.focusRing(), thickness));
-    painter.drawPath(roundedOutline(painter, rect, radius, thickness / 2.0));
+    painter.setPen(QPen(appearance.focusRing(), ringWidth));
+    painter.drawPath(roundedOutline(painter, rect, radius, ringWidth / 2.0));
 }
 
 void scrollIntoView(QWidget& widget)

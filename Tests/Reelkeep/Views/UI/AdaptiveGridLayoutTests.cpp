@@ -9,9 +9,9 @@
 namespace reelkeep {
 namespace {
 
-class Card : public QWidget {
+class Tile : public QWidget {
 public:
-    explicit Card(int cardHeight) : needed(cardHeight)
+    explicit Tile(int cardHeight) : needed(cardHeight)
     {
         QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
         policy.setHeightForWidth(true);
@@ -32,7 +32,7 @@ protected:
     {
         grid.setLayout(layout);
         for (const int height : heights) {
-            cards.push_back(new Card(height));
+            cards.push_back(new Tile(height));
             layout->addWidget(cards.back());
         }
     }
@@ -40,7 +40,7 @@ protected:
 
     QWidget grid;
     AdaptiveGridLayout* layout = new AdaptiveGridLayout(220, 12);
-    std::vector<Card*> cards;
+    std::vector<Tile*> cards;
 };
 
 TEST_F(AdaptiveGridLayoutTest, hasAsManyColumnsAsFit)
@@ -71,7 +71,7 @@ TEST_F(AdaptiveGridLayoutTest, makesNoCardNarrowerThanItsMinimum)
 {
     for (int width = 220; width < 1300; ++width) {
         place(width);
-        for (const Card* card : cards)
+        for (const Tile* card : cards)
             ASSERT_GE(card->width(), 220) << width;
     }
 }

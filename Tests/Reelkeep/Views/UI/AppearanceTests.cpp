@@ -9,11 +9,6 @@
 namespace reelkeep {
 namespace {
 
-QColor grey(int level)
-{
-    return {level, level, level};
-}
-
 double ratioOnWindow(const QColor& color, const Appearance& appearance)
 {
     return Appearance::contrast(Appearance::over(color, appearance.window()), appearance.window());
