@@ -96,7 +96,6 @@ TEST_F(QtFolderDialogTest, listFoldersOnly)
         rows = rowsOf(shown);
         cancel(shown);
     });
-    rows.sort();
     EXPECT_EQ(rows, (QStringList{QStringLiteral("Disco A"), QStringLiteral("Disco B"), QStringLiteral("Disco C")}));
 }
 
