@@ -38,6 +38,27 @@ TEST(Controls, showThatTheyHaveTheFocus)
     }
 }
 
+TEST(Controls, lookDifferentWhenTheyArePressedThanUnderTheMouse)
+{
+    Button plain(QStringLiteral("Quitar"));
+    Button prominent(QStringLiteral("Elegir camara"));
+    prominent.setTint(accent::analysisBlue);
+    Switch toggle(QStringLiteral("Mantener"));
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        for (QAbstractButton* control : std::initializer_list<QAbstractButton*>{&plain, &prominent, &toggle}) {
+            resizeToIdeal(*control);
+            moveMouseOver(*control, true);
+            const QImage hovered = picture(*control);
+            control->setDown(true);
+            EXPECT_NE(picture(*control), hovered) << control->metaObject()->className();
+            control->setDown(false);
+            EXPECT_EQ(picture(*control), hovered) << control->metaObject()->className();
+            moveMouseOver(*control, false);
+        }
+    }
+}
+
 TEST(Controls, showThatTheMouseIsOverThem)
 {
     Button plain(QStringLiteral("Quitar"));
