@@ -85,7 +85,7 @@ void ScrollingWindow::openAtFirstSize()
 
 bool ScrollingWindow::event(QEvent* event)
 {
-    // The toolkit adopts the font of a new theme, but widgets keep what they have inherited until they are told.
+    // The toolkit adopts the font of a new theme, but widgets keep the old one until a font is set again.
     if (event->type() == QEvent::ThemeChange)
         setFont({});
     return QMainWindow::event(event);

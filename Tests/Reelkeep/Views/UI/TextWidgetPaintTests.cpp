@@ -16,7 +16,7 @@ protected:
         text.setStyle(type::monospacedCaption);
         text.setSelectable(true);
     }
-    /// Shows this many words, each on a line of its own, in at most `limit` lines.
+    /// Shows `words` words, each on its own line, in at most `limit` lines.
     void show(int words, int limit)
     {
         text.setLineLimit(limit);
