@@ -40,6 +40,14 @@ class Sleep(DesktopTest):
     def events(self):
         return self.log.read_text(encoding="utf-8").splitlines() if self.log.exists() else []
 
+    def copy_with_events(self, held, released):
+        """Copies; the services report the events `held` during the copy, and `released` after it."""
+        window = self.analysed()
+        self.begin_copy(window)
+        self.wait_for_events(*held)
+        self.finish_copy(window)
+        self.wait_for_events(*held, released)
+
     def wait_for_events(self, *events):
         try:
             wait_for(lambda: len(self.events()) >= len(events), "the events")
@@ -107,12 +115,8 @@ class Sleep(DesktopTest):
 
     def test_the_screen_saver_is_queried_if_the_portal_refuses(self):
         self.serve("refusingPortal", "screenSaver")
-        window = self.analysed()
-        self.begin_copy(window)
-        held = ["portal refuses", "screen saver holds 1: Reelkeep, Copiando videos"]
-        self.wait_for_events(*held)
-        self.finish_copy(window)
-        self.wait_for_events(*held, "screen saver releases 1")
+        self.copy_with_events(["portal refuses", "screen saver holds 1: Reelkeep, Copiando videos"],
+                              "screen saver releases 1")
 
     def test_the_screen_saver_is_queried_if_the_portal_refuses_by_signal(self):
         for portal, moment in {"portalRefusingAfterwards": "after", "portalRefusingBeforehand": "before"}.items():
@@ -121,13 +125,8 @@ class Sleep(DesktopTest):
                 for clip in self.clips.copied():
                     (self.clips.disk / clip).unlink()
                 services = self.serve(portal, "screenSaver")
-                window = self.analysed()
-                self.begin_copy(window)
-                held = ["portal holds 1: 4 Copiando videos", "portal drops 1",
-                        "screen saver holds 2: Reelkeep, Copiando videos"]
-                self.wait_for_events(*held)
-                self.finish_copy(window)
-                self.wait_for_events(*held, "screen saver releases 2")
+                self.copy_with_events(["portal holds 1: 4 Copiando videos", "portal drops 1",
+                                       "screen saver holds 2: Reelkeep, Copiando videos"], "screen saver releases 2")
                 self.close()
                 stop(services)
 
@@ -156,12 +155,7 @@ class Sleep(DesktopTest):
 
     def test_a_report_on_another_request_is_ignored(self):
         self.serve("confusedPortal")
-        window = self.analysed()
-        self.begin_copy(window)
-        held = ["portal holds 1: 4 Copiando videos", "portal drops another"]
-        self.wait_for_events(*held)
-        self.finish_copy(window)
-        self.wait_for_events(*held, "portal releases 1")
+        self.copy_with_events(["portal holds 1: 4 Copiando videos", "portal drops another"], "portal releases 1")
 
     def test_a_lock_is_requested_again_when_its_service_leaves_the_bus(self):
         for service, held in {"portal": "portal holds 1: 4 Copiando videos",
