@@ -15,7 +15,19 @@
 namespace reelkeep {
 namespace {
 
-class QtFolderDialogChoice : public QtFolderDialogTest {};
+class QtFolderDialogChoice : public QtFolderDialogTest {
+protected:
+    /// Clicks the first folder, and the third with a key held down.
+    void chooseFirstAndThird(Qt::KeyboardModifier key)
+    {
+        dialog = made(true);
+        run([key](QFileDialog& shown) {
+            click(shown, "Disco A");
+            click(shown, "Disco C", key);
+            accept(shown);
+        });
+    }
+};
 
 TEST_F(QtFolderDialogChoice, giveTheFolderThatWasClicked)
 {
@@ -81,24 +93,14 @@ TEST_F(QtFolderDialogChoice, giveAFolderWithSpecialCharactersInItsName)
 
 TEST_F(QtFolderDialogChoice, giveSeveralFoldersThatWereClicked)
 {
-    dialog = made(true);
-    run([](QFileDialog& shown) {
-        click(shown, "Disco A");
-        click(shown, "Disco C", Qt::ControlModifier);
-        accept(shown);
-    });
+    chooseFirstAndThird(Qt::ControlModifier);
     EXPECT_EQ(dialog->URLs(), (std::vector<Location>{inside("Disco A"), inside("Disco C")}));
     EXPECT_EQ(dialog->URL(), inside("Disco A"));
 }
 
 TEST_F(QtFolderDialogChoice, giveARangeOfFoldersThatWasClicked)
 {
-    dialog = made(true);
-    run([](QFileDialog& shown) {
-        click(shown, "Disco A");
-        click(shown, "Disco C", Qt::ShiftModifier);
-        accept(shown);
-    });
+    chooseFirstAndThird(Qt::ShiftModifier);
     EXPECT_EQ(dialog->URLs(), (std::vector<Location>{inside("Disco A"), inside("Disco B"), inside("Disco C")}));
 }
 
