@@ -37,15 +37,18 @@ ForegroundNormal={colours.text}
 [Colors:Button]
 BackgroundNormal={colours.button}
 ForegroundNormal={colours.text}
+[Colors:Selection]
+BackgroundNormal=26,133,240
+ForegroundNormal=255,255,255
 """
 
 
 class Theme:
-    def __init__(self, desktop):
+    def __init__(self, desktop, colours=LIGHT, font=USUAL_FONT):
         self.desktop = desktop
         self.folder = desktop.folder / "settings"
         self.folder.mkdir()
-        self.write(LIGHT, USUAL_FONT)
+        self.write(colours, font)
 
     def environment(self):
         """What makes a program that is started take it for its desktop's."""
