@@ -1,6 +1,7 @@
 #include "UI/StackLayout.h"
 
 #include "UI/Appearance.h"
+#include "UI/WidthShares.h"
 
 #include <QSpacerItem>
 #include <QWidget>
@@ -130,8 +131,7 @@ int StackLayout::idealWidth(const Arrangement& arrangement) const
 
 int StackLayout::readableWidth() const
 {
-    const QMargins margins = contentsMargins();
-    return widthOf(arrangements.back(), readableWidthOf) + margins.left() + margins.right();
+    return widthOf(arrangements.back(), readableWidthOf) + marginSize().width();
 }
 
 bool StackLayout::hasRoom(const Arrangement& arrangement, int width) const
@@ -147,57 +147,38 @@ const Arrangement& StackLayout::arrangement(int width) const
                          [&](const Arrangement& candidate) { return hasRoom(candidate, width); });
 }
 
-/// The widths of a row's children. Each child, from the least to the most flexible, is offered an even share of what is
-/// left, so that no child shrinks while another has more than it needs; spacers come last. No word is broken while
-/// another child can still shrink.
+/// The widths of a row's children. No word is broken while another child can still shrink; spacers come last.
 std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row,
                                      int available) const
 {
-    std::vector<int> result(row.size());
-    std::vector<std::size_t> order(row.size());
-    std::iota(order.begin(), order.end(), 0);
     const bool staysReadable =
         idealWidth(arrangement) > available && widthOf(arrangement, readableWidthOf) <= available;
-    const auto least = staysReadable ? readableWidthOf : minimumWidthOf;
-    const auto flexibility = [&row, least](std::size_t index) { return maximumWidth(row[index]) - least(row[index]); };
-    std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        if (isSpacer(row[a]) != isSpacer(row[b]))
-            return isSpacer(row[b]);
-        return flexibility(a) < flexibility(b);
-    });
-
-    const auto spacers = int(std::count_if(row.begin(), row.end(), isSpacer));
+    std::vector<WidthWish> wishes;
+    for (QLayoutItem* item : row) {
+        if (!isSpacer(item))
+            wishes.push_back(
+                {staysReadable ? readableWidthOf(item) : minimumWidthOf(item), idealWidthOf(item), maximumWidth(item)});
+    }
+    const auto spacers = int(row.size() - wishes.size());
     int left = available - spacingOf(arrangement, row.size()) - spacers * spacerMinimum;
-    int unserved = int(row.size()) - spacers;
-    int leastOfRest = 0;
+    const std::vector<int> shares = widthShares(wishes, left);
+    left -= std::accumulate(shares.begin(), shares.end(), 0);
+
+    std::vector<int> result;
+    auto share = shares.begin();
     for (QLayoutItem* item : row)
-        leastOfRest += isSpacer(item) ? 0 : least(item);
-    for (const std::size_t index : order) {
-        QLayoutItem* item = row[index];
-        if (isSpacer(item))
-            continue;
-        int offered = left / unserved;
-        // A child that lacks at most a fifth gets its ideal width from the more flexible ones: an early line break
-        // costs more than a few points less elsewhere.
-        if (const int wanted = idealWidthOf(item); unserved > 1 && wanted <= offered + offered / 5)
-            offered = std::max(offered, wanted);
-        const int own = least(item);
-        leastOfRest -= own;
-        result[index] = std::clamp(std::min(offered, left - leastOfRest), own, std::max(maximumWidth(item), own));
-        left -= result[index];
-        --unserved;
-    }
-    for (std::size_t index = 0; index < row.size(); ++index) {
-        if (isSpacer(row[index]))
-            result[index] = spacerMinimum + std::max(0, left) / spacers;
-    }
+        result.push_back(isSpacer(item) ? spacerMinimum + std::max(0, left) / spacers : *share++);
     return result;
+}
+
+QSize StackLayout::marginSize() const
+{
+    return QSize(0, 0).grownBy(contentsMargins());
 }
 
 int StackLayout::innerWidth(int width) const
 {
-    const QMargins margins = contentsMargins();
-    return std::min(width - margins.left() - margins.right(), maximumContentWidth);
+    return std::min(width - marginSize().width(), maximumContentWidth);
 }
 
 int StackLayout::innerHeight(int width) const
@@ -219,18 +200,14 @@ int StackLayout::innerHeight(int width) const
 
 int StackLayout::heightForWidth(int width) const
 {
-    const QMargins margins = contentsMargins();
-    return std::max(innerHeight(innerWidth(width)), scaledWithFont(minimumContentHeight)) + margins.top() +
-           margins.bottom();
+    return std::max(innerHeight(innerWidth(width)), scaledWithFont(minimumContentHeight)) + marginSize().height();
 }
 
 QSize StackLayout::sizeHint() const
 {
     if (!ideal.isValid()) {
-        const QMargins margins = contentsMargins();
-        const int width = std::min(idealWidth(arrangements.front()), maximumContentWidth);
-        const int fullWidth = width + margins.left() + margins.right();
-        ideal = QSize(fullWidth, heightForWidth(fullWidth));
+        const int width = std::min(idealWidth(arrangements.front()), maximumContentWidth) + marginSize().width();
+        ideal = QSize(width, heightForWidth(width));
     }
     return ideal;
 }
@@ -238,13 +215,12 @@ QSize StackLayout::sizeHint() const
 QSize StackLayout::minimumSize() const
 {
     if (!minimum.isValid()) {
-        const QMargins margins = contentsMargins();
         const Arrangement& narrowest = arrangements.back();
         const int width = widthOf(narrowest, minimumWidthOf);
         int height = 0;
         for (QLayoutItem* item : shown(narrowest))
             height = std::max(height, item->minimumSize().height());
-        minimum = QSize(width + margins.left() + margins.right(), height + margins.top() + margins.bottom());
+        minimum = QSize(width, height) + marginSize();
     }
     return minimum;
 }

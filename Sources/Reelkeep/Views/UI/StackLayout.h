@@ -67,6 +67,7 @@ private:
     int widthOf(const Arrangement& arrangement, int (*measure)(QLayoutItem*)) const;
     bool hasRoom(const Arrangement& arrangement, int width) const;
     std::vector<int> widths(const Arrangement& arrangement, const std::vector<QLayoutItem*>& row, int available) const;
+    QSize marginSize() const;
     int innerWidth(int width) const;
     /// The height of the children at a width, without margins.
     int innerHeight(int width) const;
