@@ -2,6 +2,7 @@
 
 #include "MountedVolumes.h"
 #include "UI/Announcer.h"
+#include "UI/Appearance.h"
 #include "UI/AvailableSize.h"
 #include "UI/Controls.h"
 #include "UI/SymbolIcon.h"
@@ -15,7 +16,9 @@
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListView>
+#include <QPalette>
 #include <QSplitter>
 #include <QToolButton>
 #include <QTreeView>
@@ -87,6 +90,19 @@ void FolderChooser::drawSymbols()
         button->setIcon(symbolIcon(symbol));
         button->setIconSize(size * 0.9);
     }
+}
+
+/// The toolkit draws the edge of a field a good deal darker than the window, which nobody sees in a dark one.
+void FolderChooser::outlineField()
+{
+    const Appearance appearance = Appearance::of(this);
+    if (!appearance.isDark())
+        return;
+    constexpr int asMuchLighter = 140; // per cent
+    const QColor edge = Appearance::over(appearance.primaryFill(0.2), appearance.window());
+    QPalette colours; // all others stay the desktop's
+    colours.setColor(QPalette::Window, edge.lighter(asMuchLighter));
+    parts.field->setPalette(colours);
 }
 
 void FolderChooser::writeTexts()

@@ -45,6 +45,7 @@ FolderChooser::FolderChooser(QWidget* parent, const QString& folder, bool choose
         return; // Another toolkit than this one is dressed for: its plain dialog chooses folders, too.
     hideDeadControls();
     drawSymbols();
+    outlineField();
     writeTexts();
     replaceButtons();
     fillSidebar();

@@ -34,6 +34,7 @@ protected:
 private:
     void hideDeadControls();
     void drawSymbols();
+    void outlineField();
     void writeTexts();
     void replaceButtons();
     void fillSidebar();

@@ -4,6 +4,7 @@
 #include "Fixtures/Widgets.h"
 #include "FolderChooser.h"
 #include "UI/Announcer.h"
+#include "UI/Appearance.h"
 #include "UI/Controls.h"
 #include "UI/TextWidget.h"
 
@@ -331,6 +332,20 @@ TEST_F(FolderChooserTest, closesItsCompletions)
     QTest::keyClick(parts->field, Qt::Key_Return);
     EXPECT_TRUE(isAccepted());
     EXPECT_FALSE(completions->isVisible());
+}
+
+TEST_F(FolderChooserTest, showsTheEdgeOfItsFieldInLightAndDark)
+{
+    for (const QPalette& palette : {lightPalette(), darkPalette()}) {
+        const PaletteChange change(palette);
+        open();
+        rows().setFocus();
+        const QImage image = picture(*chooser);
+        const QPoint top = parts->field->mapTo(chooser.get(), QPoint(parts->field->width() / 2, 0));
+        const QColor ground = image.pixelColor(top - QPoint(0, 2));
+        EXPECT_EQ(ground, palette.color(QPalette::Window));
+        EXPECT_GE(Appearance::contrast(image.pixelColor(top), ground), 1.7);
+    }
 }
 
 TEST_F(FolderChooserTest, keepsNamesReadableAtEverySize)
