@@ -1,6 +1,7 @@
 #include "Fixtures/WindowTest.h"
 #include "UI/FocusRing.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QScrollBar>
 #include <QTest>
@@ -136,6 +137,18 @@ TEST_F(ContentViewRemoval, countsADoubleClickAsOnePress)
     clickAt(place);
     clickAt(place);
     EXPECT_EQ(reviewed(), locations({"/media/a", "/media/c"}));
+}
+
+TEST_F(ContentViewRemoval, removesARowWithEachPressByAssistiveTechnology)
+{
+    addReviewFolders({"/media/a", "/media/b", "/media/c"});
+    for (const std::size_t left : {2, 1, 0}) {
+        Button& next = removeButton(reviewed().front().path().c_str());
+        QAccessible::queryAccessibleInterface(&next)->actionInterface()->doAction(
+            QAccessibleActionInterface::pressAction());
+        ASSERT_TRUE(waitUntil([&] { return reviewed().size() == left; }));
+        settle();
+    }
 }
 
 TEST_F(ContentViewRemoval, turnsNoSwitchThatMovesUnderADoubleClick)

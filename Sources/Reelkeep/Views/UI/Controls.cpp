@@ -1,10 +1,12 @@
 #include "UI/Controls.h"
 
 #include "UI/FocusRing.h"
+#include "UI/RecentMove.h"
 #include "UI/SymbolWidget.h"
 
 #include <QFontMetrics>
 #include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -187,12 +189,21 @@ void Button::paintEvent(QPaintEvent*)
     painter.drawText(QRect(left + leadingWidth(), 0, textWidth + 1, height()), wrapped, text());
 }
 
+void Button::mousePressEvent(QMouseEvent* event)
+{
+    if (!hasJustMoved(*this))
+        QPushButton::mousePressEvent(event);
+}
+
 void Button::keyPressEvent(QKeyEvent* event)
 {
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (isArrow(event->key()))
         event->ignore();
+    else if (hasJustMoved(*this) && (isEnter || event->key() == Qt::Key_Space))
+        return;
     // Outside a dialog the toolkit ignores Enter; people expect it to press the focused button.
-    else if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
+    else if (!isEnter)
         QPushButton::keyPressEvent(event);
     else if (!event->isAutoRepeat())
         click();

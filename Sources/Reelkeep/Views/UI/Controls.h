@@ -12,7 +12,8 @@
 
 namespace reelkeep {
 
-/// A push button; with a tint, a prominent one. Its label wraps if the window is too narrow for it.
+/// A push button; with a tint, a prominent one. Its label wraps if the window is too narrow for it. Mouse and keys do
+/// not press it while it may be taken for another one (see hasJustMoved); assistive technology names what it presses.
 class Button : public QPushButton, public Readable, public Raised {
     Q_OBJECT
 
@@ -33,6 +34,7 @@ public:
 protected:
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

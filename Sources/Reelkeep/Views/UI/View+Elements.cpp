@@ -3,7 +3,6 @@
 #include "UI/Announcer.h"
 #include "UI/Controls.h"
 #include "UI/PopUp.h"
-#include "UI/RecentMove.h"
 #include "UI/SymbolWidget.h"
 
 #include <QAbstractItemView>
@@ -30,10 +29,7 @@ View labelled(Widget* widget, TextSource text)
 
 View button(TextSource label, Action action, Button* widget)
 {
-    QObject::connect(widget, &QPushButton::clicked, widget, [widget, action = std::move(action)] {
-        if (!hasJustMoved(*widget))
-            action();
-    });
+    QObject::connect(widget, &QPushButton::clicked, widget, std::move(action));
     return labelled(widget, std::move(label));
 }
 
