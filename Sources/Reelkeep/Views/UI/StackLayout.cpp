@@ -165,6 +165,7 @@ std::vector<int> StackLayout::widths(const Arrangement& arrangement, const std::
     left -= std::accumulate(shares.begin(), shares.end(), 0);
 
     std::vector<int> result;
+    result.reserve(row.size());
     auto share = shares.begin();
     for (QLayoutItem* item : row)
         result.push_back(isSpacer(item) ? spacerMinimum + std::max(0, left) / spacers : *share++);
