@@ -16,21 +16,22 @@ std::vector<int> widthShares(const std::vector<WidthWish>& wishes, int available
 
     std::vector<int> shares(wishes.size());
     int left = available;
-    int unserved = int(wishes.size());
     int leastOfRest = 0;
     for (const WidthWish& wish : wishes)
         leastOfRest += wish.least;
-    for (const std::size_t index : order) {
-        const WidthWish& wish = wishes[index];
+    for (std::size_t served = 0; served < order.size(); ++served) {
+        const WidthWish& wish = wishes[order[served]];
+        const auto unserved = int(order.size() - served);
         int offered = left / unserved;
         // A child that lacks at most a fifth gets its ideal width from the more flexible ones: an early line break
         // costs more than a few points less elsewhere.
         if (unserved > 1 && wish.ideal <= offered + offered / 5)
             offered = std::max(offered, wish.ideal);
         leastOfRest -= wish.least;
-        shares[index] = std::clamp(std::min(offered, left - leastOfRest), wish.least, std::max(wish.most, wish.least));
-        left -= shares[index];
-        --unserved;
+        const int granted = std::min(offered, left - leastOfRest);
+        const int share = std::clamp(granted, wish.least, std::max(wish.most, wish.least));
+        shares[order[served]] = share;
+        left -= share;
     }
     return shares;
 }
