@@ -4,6 +4,7 @@
 #include "Files/Stopped.h"
 
 #include <cerrno>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -40,6 +41,12 @@ void MemoryFileManager::failBelow(const std::string& path, const std::string& te
 {
     const std::lock_guard lock(disk->mutex);
     disk->broken[path] = text;
+}
+
+void MemoryFileManager::exhaustMemory()
+{
+    const std::lock_guard lock(disk->mutex);
+    disk->isMemoryExhausted = true;
 }
 
 void MemoryFileManager::close()
@@ -150,6 +157,8 @@ void MemoryFileManager::passGate(std::unique_lock<std::mutex>& lock, const std::
 
 void MemoryFileManager::failIfBroken(const std::string& path) const
 {
+    if (disk->isMemoryExhausted)
+        throw std::bad_alloc();
     for (const auto& place : disk->broken) {
         if (path == place.first || isBelow(path, place.first))
             throw FileError(path, EIO, place.second);

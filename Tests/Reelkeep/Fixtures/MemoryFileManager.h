@@ -21,6 +21,8 @@ public:
 
     /// From now on everything below `path` fails with that text.
     void failBelow(const std::string& path, const std::string& text);
+    /// From now on nothing has enough memory.
+    void exhaustMemory();
 
     /// From now on walks and copies wait until `open`, or throw Stopped if they are stopped.
     void close();
@@ -55,6 +57,7 @@ private:
         std::map<std::string, std::int64_t> sizes;
         std::map<std::string, std::string> broken;
         std::vector<std::string> walked;
+        bool isMemoryExhausted = false;
         Gate gate = Gate::open;
         int waiting = 0;
         int stopped = 0;

@@ -198,6 +198,14 @@ TEST_F(ScanWorkflow, failsIfTheSourceCannotBeRead)
     EXPECT_EQ(session->lastScanDate(), std::nullopt);
 }
 
+TEST_F(ScanWorkflow, failsInTheUsersWordsIfMemoryRunsOut)
+{
+    prepare();
+    files->exhaustMemory();
+    scan();
+    EXPECT_EQ(session->statusMessage(), "No he podido escanear las carpetas: No queda memoria.");
+}
+
 TEST_F(ScanWorkflow, failsInTheUsersWordsIfNoThreadCanStart)
 {
     const std::string status = runUnprivileged([this] {
