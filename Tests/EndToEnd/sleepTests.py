@@ -2,6 +2,7 @@
 """The computer stays awake while the program copies, and no longer; one test in a process:
 sleepTests.py PROGRAM Sleep.TEST"""
 
+import os
 import signal
 import sys
 import time
@@ -223,15 +224,26 @@ class Sleep(DesktopTest):
 
     def test_copies_silently_if_no_service_answers(self):
         self.copy_watched()
+        launcher = self.bus_launcher()
         nowhere = f"unix:path={self.desktop.folder}/nowhere"
         for name, bus in {"no bus": None, "dead bus": nowhere}.items():
             with self.subTest(name):
                 for clip in self.clips.copied():
                     (self.clips.disk / clip).unlink()
                 # A locale that is installed everywhere: newer toolkits print a warning if it is not.
-                self.copy_blindly(DBUS_SESSION_BUS_ADDRESS=bus, DBUS_SYSTEM_BUS_ADDRESS=nowhere, LC_ALL="C.UTF-8")
+                self.copy_blindly(DBUS_SESSION_BUS_ADDRESS=bus, DBUS_SYSTEM_BUS_ADDRESS=nowhere, LC_ALL="C.UTF-8",
+                                  PATH=f"{launcher.parent}:{os.environ['PATH']}")
                 self.assertEqual(self.desktop.said(), "")
+        self.assertFalse(launcher.with_name("started").exists())
         self.assert_left_no_trace()
+
+    def bus_launcher(self):
+        """What the D-Bus library starts if it knows of no bus: a program that makes the file "started" beside it."""
+        launcher = self.desktop.folder / "bin" / "dbus-launch"
+        launcher.parent.mkdir()
+        launcher.write_text(f"#!/bin/sh\ntouch '{launcher.with_name('started')}'\nexit 1\n", encoding="ascii")
+        launcher.chmod(0o755)
+        return launcher
 
     def copy_watched(self):
         """Copies, and remembers the position and colour of each button when it is to be pressed."""
