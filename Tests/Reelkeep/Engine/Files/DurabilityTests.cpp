@@ -1,4 +1,6 @@
+#include "Files/LinuxFileManager.h"
 #include "Fixtures/CopyRuns.h"
+#include "Fixtures/MountedDisk.h"
 #include "Fixtures/Processes.h"
 
 #include <algorithm>
@@ -6,6 +8,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <map>
+#include <optional>
 #include <ostream>
 #include <regex>
 #include <sstream>
@@ -83,6 +86,7 @@ struct Way {
     const char* name;
     std::vector<std::string> refusals; ///< Calls that fail, in the syntax of strace.
     std::vector<std::string> naming;   ///< The steps that give the name, before the last sync.
+    const char* fileSystem = nullptr;  ///< One that is mounted for the test.
 };
 
 void PrintTo(const Way& way, std::ostream* stream)
@@ -97,10 +101,16 @@ TEST_P(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
     const TemporaryFolder folder;
     if (!run({"strace", "-o", "/dev/null", "true"}))
         GTEST_SKIP() << "SKIPPED: system calls cannot be traced here";
+    std::optional<MountedDisk> mounted;
+    if (GetParam().fileSystem && !MountedDisk::isPossible())
+        GTEST_SKIP() << "SKIPPED: mounting file systems needs root, FUSE and loop devices";
+    if (GetParam().fileSystem)
+        mounted.emplace(GetParam().fileSystem);
     folder.file("card/a/b/1.mov", contentOfLength(3U << 20U, 1));
     folder.file("card/a/b/2.mov", contentOfLength(10, 2));
     folder.file("card/a/b/3.mov", contentOfLength((9U << 20U) + 5, 3));
-    folder.folder("disk");
+    const Location disk = (mounted ? mounted->location() : folder.location()).appending("disk");
+    LinuxFileManager().createDirectory(disk);
     const Location trace = folder / "trace";
     std::vector<std::string> command = {"strace",
                                         "-y",
@@ -111,7 +121,7 @@ TEST_P(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
                                         "ASAN_OPTIONS=detect_leaks=0"}; // leaks cannot be found while traced
     for (const std::string& refusal : GetParam().refusals)
         command.insert(command.end(), {"-e", "inject=" + refusal});
-    command.insert(command.end(), {COPY_PROBE, (folder / "card").path(), (folder / "disk").path()});
+    command.insert(command.end(), {COPY_PROBE, (folder / "card").path(), disk.path()});
     ASSERT_TRUE(run(command));
     const auto essence = essenceOf(contentOf(trace));
     expectInOrder(essence, {"report 0", "make a", "sync disk", "make b", "sync disk/a", "create 1.mov", "report 1",
@@ -129,13 +139,14 @@ TEST_P(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
     expectInOrder(essence, namings);
     EXPECT_EQ(essence.back(), "report 3");
     for (const char* name : {"1.mov", "2.mov", "3.mov"})
-        EXPECT_TRUE(contentOf(folder / ("disk/a/b/" + std::string(name))) ==
+        EXPECT_TRUE(contentOf(disk.appending("a/b").appending(name)) ==
                     contentOf(folder / ("card/a/b/" + std::string(name))));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ways, Durability,
                          testing::Values(Way{"byRename", {}, {"publish "}},
                                          Way{"byLink", {"renameat2:error=EINVAL"}, {"link ", "unlink "}},
+                                         Way{"onNtfs", {}, {"link ", "unlink "}, "ntfs"},
                                          Way{"overAReservation",
                                              {"renameat2:error=EINVAL", "linkat:error=EPERM"},
                                              {"seal ", "sync disk/a/b", "reserve ", "replace "}}),
