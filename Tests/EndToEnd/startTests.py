@@ -22,6 +22,11 @@ class Start(DesktopTest):
                 self.assertEqual((result.returncode, result.stdout, result.stderr), (1, b"", SENTENCE))
         self.assert_left_no_trace()
 
+    def test_opens_on_the_second_display_if_the_first_fails(self):
+        self.start(QT_QPA_PLATFORM="no-such-platform;xcb")
+        self.close()
+        self.assertIn("no-such-platform", self.desktop.said())
+
     def test_ignores_arguments(self):
         # A script adds them, since Desktop.run takes none.
         start = self.desktop.folder / "start"
