@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """How the desktop sees the program, one test in a process: desktopIdentityTests.py PROGRAM DesktopIdentity.TEST"""
 
+import re
 import subprocess
 
 from case import DesktopTest, main
@@ -22,7 +23,8 @@ class DesktopIdentity(DesktopTest):
         dialog = window.ask(CAMERA)
         for title in ("Reelkeep", CAMERA[1]):
             self.assertEqual(self.property(title, "WM_CLASS"), f'"reelkeep", "{ID}"')
-            self.assertIn("Icon (64 x 64)", self.property(title, "_NET_WM_ICON"))
+            widths = re.findall(r"Icon \((\d+) x", self.property(title, "_NET_WM_ICON"))
+            self.assertEqual(widths, ["16", "24", "32", "48", "64", "128"])
         dialog.cancel()
 
     def test_dialogs_speak_spanish_in_any_locale(self):

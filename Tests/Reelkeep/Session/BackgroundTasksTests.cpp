@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <future>
@@ -54,6 +55,23 @@ TEST(BackgroundTasks, stopsItsJobsAndWaitsForThem)
         EXPECT_EQ(ended, 0);
     }
     EXPECT_EQ(ended, 2);
+}
+
+TEST(BackgroundTasks, waitsNoLongerThanItsJobsNeed)
+{
+    using Clock = std::chrono::steady_clock;
+    Clock::duration shortest = Clock::duration::max(); // of several, since a busy machine may delay one
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        BackgroundTasks tasks;
+        tasks.run([](const std::stop_token& stop) {
+            waitForStop(stop);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // it ends while it is waited for
+        });
+        const auto began = Clock::now();
+        tasks.stop();
+        shortest = std::min(shortest, Clock::now() - began);
+    }
+    EXPECT_LT(shortest, std::chrono::milliseconds(500));
 }
 
 TEST(BackgroundTasks, stopsJobsThatStartLaterToo)
