@@ -48,6 +48,7 @@ std::vector<std::string> essenceOf(const std::string& trace)
         {std::regex(R"~(openat\(.*"\.([^"]*)\.reelkeep-copia", O_RDWR\|O_CREAT\|O_EXCL.* += [0-9]+)~"), "create "},
         {std::regex(R"~(\bwrite\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>)~"), "write "},
         {std::regex(R"~(fsync\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>\) += 0)~"), "sync-file "},
+        {std::regex(R"~(fadvise64\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>, 0, 0, POSIX_FADV_DONTNEED\))~"), "drop "},
         {std::regex(R"~(pread64\([0-9]+<[^>]*/\.([^>]*)\.reelkeep-copia>.* += [1-9])~"), "read-back "},
         {std::regex(R"~(renameat2\(.*"\.([^"]*)\.reelkeep-copia".*RENAME_NOREPLACE\) += 0)~"), "publish "},
         {std::regex(R"~(\blinkat\(.*"\.([^"]*)\.reelkeep-copia".* += 0)~"), "link "},
@@ -128,7 +129,7 @@ TEST_P(Durability, everyVideoIsOnTheDiskBeforeItIsCounted)
                             "create 2.mov", "report 2", "create 3.mov", "report 3"});
     std::vector<std::string> namings;
     for (const char* name : {"1.mov", "2.mov", "3.mov"}) {
-        std::vector<std::string> steps = {"create ", "write ", "sync-file ", "read-back "};
+        std::vector<std::string> steps = {"create ", "write ", "sync-file ", "drop ", "read-back "};
         steps.insert(steps.end(), GetParam().naming.begin(), GetParam().naming.end());
         for (std::string& step : steps)
             step += step.back() == ' ' ? name : "";
