@@ -142,7 +142,7 @@ TEST_F(ContentViewRemoval, countsADoubleClickAsOnePress)
 TEST_F(ContentViewRemoval, removesARowWithEachPressByAssistiveTechnology)
 {
     addReviewFolders({"/media/a", "/media/b", "/media/c"});
-    for (const std::size_t left : {2, 1, 0}) {
+    for (const std::size_t left : {2U, 1U, 0U}) {
         Button& next = removeButton(reviewed().front().path().c_str());
         QAccessible::queryAccessibleInterface(&next)->actionInterface()->doAction(
             QAccessibleActionInterface::pressAction());
