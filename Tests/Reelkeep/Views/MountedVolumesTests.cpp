@@ -10,10 +10,13 @@
 
 #include <algorithm>
 #include <fcntl.h>
+#include <iterator>
 #include <list>
 #include <string>
 #include <sys/mount.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace reelkeep {
 namespace {

@@ -1,5 +1,6 @@
 #include "Fixtures/Desktops.h"
 #include "Fixtures/Widgets.h"
+#include "UI/Appearance.h"
 #include "UI/PopUp.h"
 
 #include <QAbstractItemView>
