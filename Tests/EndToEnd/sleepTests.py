@@ -238,7 +238,7 @@ class Sleep(DesktopTest):
         self.assert_left_no_trace()
 
     def bus_launcher(self):
-        """What the D-Bus library starts if it knows of no bus: a program that makes the file "started" beside it."""
+        """Replaces the program that the D-Bus library starts if there is no bus; creates the file "started" beside it."""
         launcher = self.desktop.folder / "bin" / "dbus-launch"
         launcher.parent.mkdir()
         launcher.write_text(f"#!/bin/sh\ntouch '{launcher.with_name('started')}'\nexit 1\n", encoding="ascii")

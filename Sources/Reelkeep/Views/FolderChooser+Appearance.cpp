@@ -92,16 +92,16 @@ void FolderChooser::drawSymbols()
     }
 }
 
-/// The toolkit draws the edge of a field a good deal darker than the window, which nobody sees in a dark one.
+/// The toolkit draws the edge of a field darker than the window. In a dark theme it would be almost invisible.
 void FolderChooser::outlineField()
 {
     const Appearance appearance = Appearance::of(this);
     if (!appearance.isDark())
         return;
-    constexpr int asMuchLighter = 140; // per cent
+    constexpr int darkenedBy = 140; // per cent, by the toolkit's style
     const QColor edge = Appearance::over(appearance.primaryFill(0.2), appearance.window());
-    QPalette colours; // all others stay the desktop's
-    colours.setColor(QPalette::Window, edge.lighter(asMuchLighter));
+    QPalette colours; // the desktop still decides all others
+    colours.setColor(QPalette::Window, edge.lighter(darkenedBy));
     parts.field->setPalette(colours);
 }
 

@@ -21,7 +21,7 @@ public:
 
     /// From now on everything below `path` fails with that text.
     void failBelow(const std::string& path, const std::string& text);
-    /// From now on nothing has enough memory.
+    /// From now on walks and copies run out of memory.
     void exhaustMemory();
 
     /// From now on walks and copies wait until `open`, or throw Stopped if they are stopped.

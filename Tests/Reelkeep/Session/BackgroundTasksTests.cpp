@@ -65,7 +65,7 @@ TEST(BackgroundTasks, waitsNoLongerThanItsJobsNeed)
         BackgroundTasks tasks;
         tasks.run([](const std::stop_token& stop) {
             waitForStop(stop);
-            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // it ends while it is waited for
+            std::this_thread::sleep_for(std::chrono::milliseconds(20)); // so that it ends during the wait
         });
         const auto began = Clock::now();
         tasks.stop();

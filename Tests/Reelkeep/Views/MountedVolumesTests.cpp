@@ -58,7 +58,7 @@ TEST_F(MountedVolumes, includeSharesByTheirNames)
     EXPECT_FALSE(share.isCard);
 }
 
-/// A volume of `device` for the duration of a test; in memory, unless `type` says otherwise.
+/// Mounts a volume for the duration of a test and reports `device` as its device. By default it is in memory.
 class Mount {
 public:
     Mount(const char* device, std::string at, const char* type = "tmpfs", const std::string& options = "")
@@ -78,7 +78,7 @@ private:
     std::string place;
 };
 
-/// Answers nothing, as its driver reads no request. Whoever waits for it gets an error once it is gone.
+/// A disk whose driver never replies. Calls that wait for it fail once it is removed.
 class HangingDisk {
 public:
     explicit HangingDisk(const char* place) : mount("hanging", place, "fuse", options()) {}

@@ -12,8 +12,9 @@
 
 namespace reelkeep {
 
-/// A push button; with a tint, a prominent one. Its label wraps if the window is too narrow for it. Mouse and keys do
-/// not press it while it may be taken for another one (see hasJustMoved); assistive technology names what it presses.
+/// A push button; with a tint, a prominent one. Its label wraps if the window is too narrow for it. Right after it has
+/// moved (see hasJustMoved), it ignores the mouse and the keyboard, but not assistive technology, which addresses a
+/// button and not a place.
 class Button : public QPushButton, public Readable, public Raised {
     Q_OBJECT
 

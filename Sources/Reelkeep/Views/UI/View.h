@@ -162,9 +162,9 @@ View ProgressBar(const QString& name, std::function<double()> value);
 void restoreTabOrder(QWidget* root);
 
 /// One element per item, as long as the item is there: an element keeps its widgets, and the focus inside it, wherever
-/// its item is in the list now. The focus of one that goes passes to the next control of its kind, and mouse and keys
-/// press no button of those that stay until the time of a double click has passed: its second press was not meant for
-/// them.
+/// its item is in the list now. The focus of one that goes passes to the next control of its kind, and the buttons
+/// of the others ignore the mouse and the keyboard for the duration of a double click: its second press was not meant
+/// for them.
 template <class Item>
 View ForEach(int spacing, std::function<std::vector<Item>()> items, std::function<View(const Item&)> build);
 

@@ -8,7 +8,7 @@ namespace reelkeep {
 struct WidthWish {
     int least; ///< It becomes no narrower.
     int ideal; ///< Nothing in it wraps.
-    int most;  ///< It has no use for more.
+    int most;  ///< More width would stay empty.
 };
 
 /// Shares `available` among the children of a row. Each, from the least to the most flexible, is offered an even share

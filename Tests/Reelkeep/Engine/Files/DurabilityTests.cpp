@@ -87,7 +87,7 @@ struct Way {
     const char* name;
     std::vector<std::string> refusals; ///< Calls that fail, in the syntax of strace.
     std::vector<std::string> naming;   ///< The steps that give the name, before the last sync.
-    const char* fileSystem = nullptr;  ///< One that is mounted for the test.
+    const char* fileSystem = nullptr;  ///< Mounted for the test; null for a plain folder.
 };
 
 void PrintTo(const Way& way, std::ostream* stream)
