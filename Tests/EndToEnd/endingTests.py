@@ -35,8 +35,17 @@ def send(number):
     return by(lambda program: program.send_signal(number))
 
 
+@by
+def send_all_repeatedly(program):
+    """As service managers and closing terminals do."""
+    while program.poll() is None:
+        for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGCONT, signal.SIGINT):
+            program.send_signal(number)
+        time.sleep(0.002)
+
+
 ENDINGS = {"closing": close_window, "SIGTERM": send(signal.SIGTERM), "SIGINT": send(signal.SIGINT),
-           "SIGHUP": send(signal.SIGHUP)}
+           "SIGHUP": send(signal.SIGHUP), "many signals": send_all_repeatedly}
 
 
 class Endings(DesktopTest):

@@ -1,6 +1,7 @@
 #include "EndOnSignals.h"
 
 #include <QCoreApplication>
+#include <QSocketNotifier>
 
 #include <array>
 #include <csignal>
@@ -22,30 +23,20 @@ void ring(int)
     [[maybe_unused]] const auto written = write(bell, &one, sizeof one);
 }
 
-int makeBell()
-{
-    bell = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    return bell;
-}
-
 } // namespace
 
-EndOnSignals::EndOnSignals() : notifier(makeBell(), QSocketNotifier::Read)
+/// The handler stays until the process ends: a service manager, or a terminal that closes, sends several signals, and
+/// the second must not interrupt the removal of a partial copy.
+void endOnSignals()
 {
-    QObject::connect(&notifier, &QSocketNotifier::activated, &notifier, [] { QCoreApplication::quit(); });
+    bell = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    auto* notifier = new QSocketNotifier(bell, QSocketNotifier::Read, QCoreApplication::instance());
+    QObject::connect(notifier, &QSocketNotifier::activated, [] { QCoreApplication::quit(); });
     struct sigaction action = {};
     action.sa_handler = ring;
     action.sa_flags = SA_RESTART;
     for (const int signal : endingSignals)
         sigaction(signal, &action, nullptr);
-}
-
-EndOnSignals::~EndOnSignals()
-{
-    for (const int signal : endingSignals)
-        std::signal(signal, SIG_DFL);
-    close(bell);
-    bell = -1;
 }
 
 } // namespace reelkeep

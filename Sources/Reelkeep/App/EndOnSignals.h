@@ -1,21 +1,9 @@
 #pragma once
 
-#include <QObject>
-#include <QSocketNotifier>
-
 namespace reelkeep {
 
-/// While it exists, SIGTERM, SIGINT and SIGHUP end the program as closing its window does. Interface thread; only one
-/// at a time.
-class EndOnSignals {
-public:
-    EndOnSignals();
-    ~EndOnSignals();
-    EndOnSignals(const EndOnSignals&) = delete;
-    EndOnSignals& operator=(const EndOnSignals&) = delete;
-
-private:
-    QSocketNotifier notifier;
-};
+/// From now on, SIGTERM, SIGINT and SIGHUP end the program as closing its window does, however often they come.
+/// Interface thread; once, when the application exists.
+void endOnSignals();
 
 } // namespace reelkeep

@@ -47,7 +47,7 @@ public:
 
         auto* content = new ContentView(qtFolderDialogs());
         ScrollingWindow window(QStringLiteral("Reelkeep"), content);
-        const EndOnSignals endOnSignals;
+        endOnSignals();
         SleepInhibitor sleepInhibitor;
         VideoSyncViewModel& session = content->viewModel();
         runningSession = &session;
