@@ -96,13 +96,20 @@ void FolderChooser::drawSymbols()
 void FolderChooser::outlineField()
 {
     const Appearance appearance = Appearance::of(this);
-    if (!appearance.isDark())
-        return;
-    constexpr int darkenedBy = 140; // per cent, by the toolkit's style
-    const QColor edge = Appearance::over(appearance.primaryFill(0.2), appearance.window());
-    QPalette colours; // the desktop still decides all others
-    colours.setColor(QPalette::Window, edge.lighter(darkenedBy));
+    QPalette colours; // the desktop decides all that are not set
+    if (appearance.isDark()) {
+        constexpr int darkenedBy = 140; // per cent, by the toolkit's style
+        const QColor edge = Appearance::over(appearance.primaryFill(0.2), appearance.window());
+        colours.setColor(QPalette::Window, edge.lighter(darkenedBy));
+    }
     parts.field->setPalette(colours);
+}
+
+void FolderChooser::changeEvent(QEvent* event)
+{
+    QFileDialog::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && parts.field)
+        outlineField();
 }
 
 void FolderChooser::writeTexts()

@@ -29,6 +29,7 @@ public:
 
 protected:
     void accept() override;
+    void changeEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:

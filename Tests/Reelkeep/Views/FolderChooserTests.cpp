@@ -94,6 +94,16 @@ protected:
     }
     void press(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
     bool isAccepted() const { return chooser->result() == QDialog::Accepted; }
+    /// Without focus, which has an edge of its own.
+    void expectVisibleFieldEdge()
+    {
+        rows().setFocus();
+        const QImage image = picture(*chooser);
+        const QPoint top = parts->field->mapTo(chooser.get(), QPoint(parts->field->width() / 2, 0));
+        const QColor ground = image.pixelColor(top - QPoint(0, 2));
+        EXPECT_EQ(ground, QApplication::palette().color(QPalette::Window));
+        EXPECT_GE(Appearance::contrast(image.pixelColor(top), ground), 1.7);
+    }
 
     TemporaryFolder folder;
     std::unique_ptr<FolderChooser> chooser;
@@ -339,12 +349,18 @@ TEST_F(FolderChooserTest, showsTheEdgeOfItsFieldInLightAndDark)
     for (const QPalette& palette : {lightPalette(), darkPalette()}) {
         const PaletteChange change(palette);
         open();
-        rows().setFocus();
-        const QImage image = picture(*chooser);
-        const QPoint top = parts->field->mapTo(chooser.get(), QPoint(parts->field->width() / 2, 0));
-        const QColor ground = image.pixelColor(top - QPoint(0, 2));
-        EXPECT_EQ(ground, palette.color(QPalette::Window));
-        EXPECT_GE(Appearance::contrast(image.pixelColor(top), ground), 1.7);
+        expectVisibleFieldEdge();
+    }
+}
+
+TEST_F(FolderChooserTest, showsTheEdgeOfItsFieldWhenTheThemeChanges)
+{
+    const PaletteChange restoring(lightPalette());
+    open();
+    for (const QPalette& palette : {darkPalette(), lightPalette(), darkPalette()}) {
+        QApplication::setPalette(palette);
+        letEventsPass();
+        expectVisibleFieldEdge();
     }
 }
 
