@@ -49,7 +49,6 @@ SleepInhibitor::SleepInhibitor()
 
 SleepInhibitor::~SleepInhibitor()
 {
-    isWanted = false;
     release();
 }
 

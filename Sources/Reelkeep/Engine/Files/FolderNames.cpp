@@ -1,4 +1,5 @@
 #include "Files/FolderListing.h"
+#include "Text/TextOrder.h"
 
 #include <algorithm>
 #include <string_view>
@@ -7,16 +8,11 @@ namespace reelkeep {
 
 namespace {
 
-char lowered(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 /// ASCII case-insensitive; `lowerCase` must be lower case already.
 bool isEqual(std::string_view name, std::string_view lowerCase)
 {
     return std::equal(name.begin(), name.end(), lowerCase.begin(), lowerCase.end(),
-                      [](char one, char other) { return lowered(one) == other; });
+                      [](char one, char other) { return asciiLowercased(one) == other; });
 }
 
 } // namespace

@@ -23,12 +23,7 @@ bool isAscii(std::string_view text)
     return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-char asciiLowercased(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string asciiLowercased(std::string_view text)
+std::string inAsciiLowercase(std::string_view text)
 {
     std::string result(text);
     for (char& c : result)
@@ -156,7 +151,7 @@ template <typename AppendCase>
 std::string inOneCase(std::string_view text, AppendCase appendCase)
 {
     if (isAscii(text))
-        return asciiLowercased(text);
+        return inAsciiLowercase(text);
     std::string result;
     while (!text.empty()) {
         const Piece piece = firstPiece(text);
@@ -192,7 +187,7 @@ std::string caseless(std::string_view text)
 std::string foldedName(std::string_view name)
 {
     if (isAscii(name)) // Like nearly every name given by a camera.
-        return asciiLowercased(name);
+        return inAsciiLowercase(name);
     // Composed once more at the end: some letters have a composed form in one letter case only.
     return composed(lowercased(composed(name)));
 }
@@ -228,9 +223,7 @@ void FileBrowserOrder::CloseCollator::operator()(UCollator* open) const
 
 FileBrowserOrder::FileBrowserOrder(std::string_view localeName)
 {
-    std::string language(localeName.substr(0, localeName.find_first_of(".@")));
-    if (language == "C" || language == "POSIX")
-        language.clear();
+    const std::string language(localeName.substr(0, localeName.find_first_of(".@")));
     UErrorCode status = U_ZERO_ERROR;
     collator.reset(ucol_open(language.c_str(), &status));
     if (U_FAILURE(status)) { // The environment may hold anything; an unknown locale must not fail a scan.

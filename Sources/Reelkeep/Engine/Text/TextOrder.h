@@ -9,6 +9,12 @@ struct UCollator;
 
 namespace reelkeep {
 
+/// Letters that are not ASCII are kept.
+constexpr char asciiLowercased(char c)
+{
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 /// `text` in lower case by Unicode rules, code point by code point, regardless of locale and context. Bytes that are
 /// not UTF-8 are kept.
 std::string lowercased(std::string_view text);

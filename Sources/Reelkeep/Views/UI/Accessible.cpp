@@ -13,7 +13,6 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
-#include <QFocusFrame>
 
 #include <algorithm>
 #include <vector>
@@ -129,8 +128,7 @@ bool isDecoration(const QWidget& widget)
 {
     const bool isEmptyBox =
         qobject_cast<const Box*>(&widget) && widget.accessibleName().isEmpty() && readableChildren(widget).empty();
-    return isEmptyBox || qobject_cast<const SymbolWidget*>(&widget) || qobject_cast<const IconTile*>(&widget) ||
-           qobject_cast<const QFocusFrame*>(&widget);
+    return isEmptyBox || qobject_cast<const SymbolWidget*>(&widget) || qobject_cast<const IconTile*>(&widget);
 }
 
 /// A container; a group if it has a name.

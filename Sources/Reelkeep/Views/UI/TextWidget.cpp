@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace reelkeep {
 
@@ -237,18 +236,15 @@ QRectF TextWidget::characterRect(int position) const
     // What the ellipsis hides is where the ellipsis is.
     const int inLine = inEnding ? std::min(position - endingStart, int(ending.text().size()) - 1) : position;
     const double top = lineTop(inEnding ? lineLimit - 1 : line.lineNumber());
-    QRectF rect(line.cursorToX(inLine), top, 0, lineHeight);
     // Taken from the glyphs: between two directions of writing a cursor position belongs to two characters.
-    bool isFirst = true;
+    QRectF drawn;
     for (const QGlyphRun& run : line.glyphRuns(inLine, 1)) {
         const auto positions = run.positions();
         const auto advances = run.rawFont().advancesForGlyphIndexes(run.glyphIndexes());
-        for (qsizetype glyph = 0; glyph < positions.size(); ++glyph) {
-            const QRectF drawn(positions[glyph].x(), top, advances[glyph].x(), lineHeight);
-            rect = std::exchange(isFirst, false) ? drawn : rect | drawn;
-        }
+        for (qsizetype glyph = 0; glyph < positions.size(); ++glyph)
+            drawn |= QRectF(positions[glyph].x(), top, advances[glyph].x(), lineHeight);
     }
-    return rect;
+    return drawn.isNull() ? QRectF(line.cursorToX(inLine), top, 0, lineHeight) : drawn;
 }
 
 int TextWidget::positionAt(QPointF point) const

@@ -6,7 +6,6 @@
 #include "UI/SymbolWidget.h"
 
 #include <QAbstractItemView>
-#include <QSignalBlocker>
 #include <QTextDocument>
 
 #include <algorithm>
@@ -168,15 +167,9 @@ View LargeButton(TextSource label, const Glyph& glyph, const QColor& tint, Actio
 View Toggle(const QString& label, Condition isOn, std::function<void(bool)> write)
 {
     auto* toggle = new Switch(label);
-    // Not `clicked`: assistive technology changes the switch without a click. A refresh sets it without a signal.
-    QObject::connect(toggle, &QCheckBox::toggled, toggle, std::move(write));
-    return {toggle, {[toggle, isOn = std::move(isOn)] {
-                if (const bool now = isOn(); now != toggle->isChecked()) {
-                    const QSignalBlocker silence(toggle);
-                    toggle->setChecked(now);
-                    toggle->update();
-                }
-            }}};
+    // Emitted for the user's choices only; `toggled` also comes from a refresh.
+    QObject::connect(toggle, &QCheckBox::clicked, toggle, std::move(write));
+    return {toggle, {[toggle, isOn = std::move(isOn)] { toggle->setChecked(isOn()); }}};
 }
 
 View Picker(const QString& label, std::function<std::vector<PickerEntry>()> entries,
