@@ -40,6 +40,16 @@ TEST(MainThread, runsJobsInTheOrderInWhichTheyWerePosted)
     EXPECT_EQ(ran, upTo(count));
 }
 
+TEST(MainThread, runsAJobInTheNextTurnOfTheEventLoop)
+{
+    QObject owner;
+    const MainThread mainThread(&owner);
+    bool hasRun = false;
+    mainThread.post([&] { hasRun = true; });
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(hasRun);
+}
+
 TEST(MainThread, losesNoJobThatSeveralThreadsPost)
 {
     constexpr int count = 2'000;
@@ -208,7 +218,7 @@ TEST(MainThread, isCurrentOnTheThreadOfTheApplication)
 
 TEST(MainThreadDeathTest, stopsTheProgramOnAnyOtherThread)
 {
-    EXPECT_DEATH(std::thread([] { MainThread::checkIsCurrent(); }).join(), "outside the interface thread");
+    EXPECT_DEATH(std::thread([] { MainThread::checkIsCurrent(); }).join(), "called outside the interface thread\n");
 }
 
 } // namespace

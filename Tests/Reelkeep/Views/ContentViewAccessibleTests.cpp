@@ -3,7 +3,9 @@
 
 #include <QAccessible>
 #include <QFile>
+#include <QFocusFrame>
 #include <QRegularExpression>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -94,6 +96,19 @@ TEST_F(ContentViewAccessible, findsEveryControlWhereItIsDrawn)
         ++found;
     }
     EXPECT_GE(found, 12);
+}
+
+TEST_F(ContentViewAccessible, leavesTheFocusRingOut)
+{
+    enterState(chosen);
+    const QString without = tree();
+    int rings = 0;
+    for (int presses = 0; presses < 12; ++presses) {
+        QTest::keyClick(window->focusWidget(), Qt::Key_Tab);
+        rings += int(window->findChildren<QFocusFrame*>().size());
+        EXPECT_EQ(tree().toStdString(), without.toStdString());
+    }
+    EXPECT_GE(rings, 8);
 }
 
 struct Tree {

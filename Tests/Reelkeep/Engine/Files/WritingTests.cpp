@@ -85,6 +85,15 @@ TEST_F(Writing, waitsForEachPortionBeforeWritingTheNextButOne)
     EXPECT_GE(expectPortions(FUSE_SUPER_MAGIC, "fdatasync", 32 << 20).size(), 80U / 36);
 }
 
+/// A disk that syncs at once gets the largest portions; the first ones are smaller.
+TEST_F(Writing, syncsAFuseDiskOnceForEachPortion)
+{
+    makeVideo(72);
+    const auto calls = copy({.refusals = {{"fdatasync", EINVAL}}, .fileSystemType = FUSE_SUPER_MAGIC}).calls;
+    EXPECT_LE(std::count(calls.begin(), calls.end(), "fdatasync"), 6);
+    EXPECT_GE(std::count(calls.begin(), calls.end(), "fdatasync"), 3);
+}
+
 TEST_F(Writing, failsIfAPortionDoesNotReachTheDisk)
 {
     makeVideo(17);
@@ -114,6 +123,19 @@ TEST_F(Writing, distinguishesADiskThatIsGoneFromADamagedOne)
     EXPECT_EQ(failureOn("pread", unplugged), video().path() + ": el disco se ha desconectado.");
     EXPECT_NE(failureOn("write", 0).find(damaged), std::string::npos);
     EXPECT_NE(failureOn("pread", 0).find(damaged), std::string::npos);
+}
+
+/// Some disks allow any hidden name, but not the names of devices of other systems.
+TEST_F(Writing, reportsAFinalNameThatTheDiskDoesNotAllow)
+{
+    makeVideo(1);
+    for (const int errorNumber : {ENOENT, EINVAL, EILSEQ}) {
+        const FaultyCopy made = copy({.call = "mknodat",
+                                      .occurrence = 1,
+                                      .errorNumber = errorNumber,
+                                      .refusals = {{"renameat2", EINVAL}, {"linkat", EINVAL}}});
+        EXPECT_EQ(made.failure, target().path() + ": este disco no admite ese nombre.") << errorNumber;
+    }
 }
 
 TEST_F(Writing, continuesThroughThePageCacheIfTheDiskRefusesDirectWrites)

@@ -96,6 +96,24 @@ TEST(ControlsSwitch, isAsHighAsItsWrappedLabel)
     EXPECT_GE(threeLines, 3 * QFontMetrics(type::body.font()).height());
 }
 
+TEST(ControlsSwitch, hasAWhiteKnobThatDoesNotGlareInTheDarkWhileItIsOff)
+{
+    Switch toggle(QStringLiteral("Mantener"));
+    resizeToIdeal(toggle);
+    const auto knob = [&toggle](bool isOn) {
+        toggle.setChecked(isOn);
+        return picture(toggle).pixelColor(toggle.width() - (isOn ? 11 : 27), toggle.height() / 2);
+    };
+    {
+        const PaletteChange light(lightPalette());
+        EXPECT_EQ(knob(true), QColor(Qt::white));
+        EXPECT_EQ(knob(false), QColor(Qt::white));
+    }
+    const PaletteChange dark(darkPalette());
+    EXPECT_EQ(knob(true), QColor(Qt::white));
+    EXPECT_EQ(knob(false), grey(244));
+}
+
 TEST(ControlsSwitch, isTurnedByAClickAnywhereOnItsLine)
 {
     Switch toggle(QStringLiteral("Mantener estructura de carpetas"));

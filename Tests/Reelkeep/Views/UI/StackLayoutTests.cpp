@@ -107,6 +107,15 @@ TEST(StackLayout, sharesAShortageOfRoomEvenly)
     EXPECT_EQ(stack.widths(), (Numbers{100, 100}));
 }
 
+TEST(StackLayout, givesTheOddPointOfAShortageToTheLastOfEqualChildren)
+{
+    StackOf stack({row});
+    stack.add(new Block(300));
+    stack.add(new Block(300));
+    stack.place(209);
+    EXPECT_EQ(stack.widths(), (Numbers{100, 101}));
+}
+
 TEST(StackLayout, wrapsNoChildForALittleThatAnotherCanSpare)
 {
     StackOf stack({row});

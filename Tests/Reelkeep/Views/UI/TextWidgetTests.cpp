@@ -173,6 +173,20 @@ TEST_F(TextWidgetTest, placeTheirCutOffCharactersAtTheEllipsis)
     EXPECT_EQ(last, text.characterRect(int(longPath.size()) - 20));
 }
 
+TEST_F(TextWidgetTest, endAtTheEllipsisOnlyForPointsOnIt)
+{
+    makePath(300);
+    const auto end = int(longPath.size());
+    const QRectF ellipsis = text.characterRect(end - 1);
+    int hidden = end - 1; // the first character behind the ellipsis
+    while (text.characterRect(hidden - 1) == ellipsis)
+        --hidden;
+    const double middle = ellipsis.center().y();
+    EXPECT_EQ(text.positionAt({ellipsis.left() - 1, middle}), hidden);
+    EXPECT_EQ(text.positionAt({ellipsis.left() + 1, middle}), end);
+    EXPECT_EQ(text.positionAt({ellipsis.right() + 1, middle}), end);
+}
+
 TEST_F(TextWidgetTest, growWithTheUsersFont)
 {
     make(QStringLiteral("Videos pendientes"));
