@@ -344,6 +344,21 @@ TEST_F(FolderChooserTest, closesItsCompletions)
     EXPECT_FALSE(completions->isVisible());
 }
 
+TEST_F(FolderChooserTest, letsTypingReplaceWhatItsFieldShows)
+{
+    open();
+    parts->field->setFocus();
+    chooser->setDirectory(inside("Disco A"));
+    EXPECT_TRUE(waitUntil([&] { return field() == inside("Disco A"); }));
+    EXPECT_EQ(parts->field->selectedText(), field());
+    chooser->setDirectory(path());
+    ASSERT_TRUE(waitUntil([&] { return rowOf(QStringLiteral("Disco B")).isValid(); }));
+    rows().setFocus();
+    click("Disco B");
+    EXPECT_EQ(field(), inside("Disco B"));
+    EXPECT_EQ(parts->field->selectedText(), QString()) << "the keyboard is elsewhere";
+}
+
 TEST_F(FolderChooserTest, showsTheEdgeOfItsFieldInLightAndDark)
 {
     for (const QPalette& palette : {lightPalette(), darkPalette()}) {
