@@ -8,11 +8,13 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDir>
+#include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
+#include <QSettings>
 #include <QTest>
 #include <QTimer>
 
@@ -54,6 +56,12 @@ TEST_F(QtFolderDialogTest, beginWithoutTheLastChoice)
     ASSERT_TRUE(dialog->URL().has_value());
     EXPECT_EQ(made(false)->URL(), std::nullopt);
     EXPECT_TRUE(made(false)->URLs().empty());
+}
+
+TEST_F(QtFolderDialogTest, leaveNoSettingsBehind)
+{
+    run([](QFileDialog& shown) { cancel(shown); });
+    EXPECT_FALSE(QFile::exists(QSettings(QSettings::UserScope, QStringLiteral("QtProject")).fileName()));
 }
 
 TEST_F(QtFolderDialogTest, openAtHomeAtFirst)

@@ -33,8 +33,8 @@ FileDescriptor makeFolder(int above, const std::string& name, const std::string&
     if (!made)
         throw FileError(path, errno);
     if (isNew) {
-        const FileDescriptor readable = openQuietly(above, ".", O_RDONLY | O_DIRECTORY);
-        const FileDescriptor inside = openQuietly(made.get(), ".", O_RDONLY | O_DIRECTORY);
+        const FileDescriptor readable = openQuietly(above, ".", O_RDONLY);
+        const FileDescriptor inside = openQuietly(made.get(), ".", O_RDONLY);
         if (syncFolder(readable.get(), inside.get()) != 0)
             throw FileError(path, errno);
     }

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/sysmacros.h>
 #include <system_error>
 #include <unistd.h>
@@ -138,6 +140,21 @@ TEST(FileErrorReading, distinguishesADamagedDiskFromOneThatWasPulledOut)
                  "/card/x.mov: no se puede leer; comprueba que la tarjeta o el disco esta bien y sigue conectado.");
     EXPECT_STREQ(readError("/card/x.mov", EIO, gone).what(), "/card/x.mov: el disco se ha desconectado.");
     EXPECT_STREQ(readError("/card/x.mov", ENOTCONN, network).what(), "/card/x.mov: el disco se ha desconectado.");
+}
+
+TEST(FileErrorReading, doesNotTakeADiskForPulledOutBecauseOfAnEarlierError)
+{
+    std::error_code failure;
+    const std::filesystem::directory_iterator present("/sys/dev/block", failure);
+    if (failure || present == std::filesystem::directory_iterator())
+        GTEST_SKIP() << "SKIPPED: the machine reports no disks";
+    unsigned majorNumber = 0;
+    unsigned minorNumber = 0;
+    char colon = 0;
+    std::istringstream(present->path().filename().string()) >> majorNumber >> colon >> minorNumber;
+    errno = ENOENT;
+    EXPECT_STREQ(readError("/card/x.mov", EIO, makedev(majorNumber, minorNumber)).what(),
+                 "/card/x.mov: no se puede leer; comprueba que la tarjeta o el disco esta bien y sigue conectado.");
 }
 
 TEST(FileErrorWriting, distinguishesADamagedDiskFromOneThatWasPulledOut)
