@@ -3,6 +3,7 @@
 
 import os
 import random
+import resource
 import shutil
 import signal
 import time
@@ -189,6 +190,20 @@ class Endings(DesktopTest):
         self.assertIsNone(self.desktop.program.poll())
         self.end("closing after a broken pipe", close_window)
         self.assertEqual(self.clips.copied(), self.clips.names)
+
+    def test_a_limit_on_the_size_of_files_ends_nothing(self):
+        """A clip that is still growing exceeds it, which is found only in the middle of its copy."""
+        self.clips = BigClips(self.desktop.folder / "media", 16)
+        self.hold = self.desktop.folder / "hold"
+        window = self.begin_held_copy()
+        resource.prlimit(self.desktop.program.pid, resource.RLIMIT_FSIZE, (self.clips.size, self.clips.size))
+        for name in self.clips.names:
+            with open(self.clips.card / name, "ab") as clip:
+                clip.truncate(2 * self.clips.size)
+        self.hold.unlink()
+        wait_for(lambda: window.status().startswith("No he podido copiar los videos: "), "the failure")
+        self.assertIn("el archivo es demasiado grande para este disco", window.status())
+        self.close()
 
     def test_a_window_closes_at_any_moment_of_a_copy(self):
         rounds = 50 if "REELKEEP_LONG" in os.environ else 1

@@ -29,7 +29,8 @@ class Wayland(DesktopTest):
 
     def test_a_whole_run(self):
         clips = BigClips(self.desktop.folder / "media", 5, size=1000)
-        window = self.start(**self.start_compositor())
+        window = self.start(**self.start_compositor(), WAYLAND_DEBUG="client")
+        self.assertIn('set_app_id("org.reelkeep.Reelkeep")', self.desktop.said())
         height = window.element.box()[3]
         self.assertLessEqual(height, SCREEN_HEIGHT - PANEL_HEIGHT - TITLE_BAR_HEIGHT)
         self.assertGreaterEqual(height, SCREEN_HEIGHT - 100)

@@ -1,5 +1,7 @@
 #include "CopyJob.h"
+#include "Files/FileDescriptor.h"
 #include "Files/FileError.h"
+#include "Files/SourceFile.h"
 #include "Files/Stopped.h"
 #include "Files/TemporaryNames.h"
 #include "Fixtures/RealFiles.h"
@@ -7,10 +9,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <linux/magic.h>
 #include <optional>
 #include <string>
 #include <sys/mman.h>
@@ -254,25 +258,47 @@ std::size_t pagesInMemory(const Location& file)
         std::count_if(pages.begin(), pages.end(), [](unsigned char page) { return (page & 1U) != 0; }));
 }
 
-TEST(CopyRunSource, leavesThePageCache)
+class CopyRunSource : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        struct statfs status = {};
+        if (::statfs(card.location().path().c_str(), &status) != 0 || status.f_type == TMPFS_MAGIC)
+            GTEST_SKIP() << "SKIPPED: temporary files are held in memory here";
+    }
+
+    /// A video in the page cache and on the disk: unwritten pages cannot leave the cache.
+    Location makeVideo(const char* name, std::size_t size)
+    {
+        Location video = card.file(name, std::string(size, 'v'));
+        const FileDescriptor opened(::open(video.path().c_str(), O_RDONLY | O_CLOEXEC));
+        EXPECT_EQ(::fsync(opened.get()), 0);
+        EXPECT_GT(pagesInMemory(video), 10U);
+        return video;
+    }
+
+    TemporaryFolder card;
+};
+
+TEST_F(CopyRunSource, leavesThePageCache)
 {
-    const TemporaryFolder card;
     const TemporaryFolder disk;
-    struct statfs status = {};
-    constexpr long memory = 0x01021994; // tmpfs
-    if (::statfs(card.location().path().c_str(), &status) != 0 || status.f_type == memory)
-        GTEST_SKIP() << "SKIPPED: temporary files are held in memory here";
-    const Location small = card.file("small.mov", std::string(200'000, 's'));
-    const Location large = card.file("large.mov", std::string(std::size_t(30) << 20U, 'l'));
-    for (const Location& video : {small, large}) {
-        std::ofstream(video.path(), std::ios::app | std::ios::binary) << "end";
-        const int opened = ::open(video.path().c_str(), O_RDONLY | O_CLOEXEC);
-        ASSERT_EQ(::fsync(opened), 0); // unwritten pages cannot leave the cache
-        ::close(opened);
-        ASSERT_GT(pagesInMemory(video), 10U);
+    for (const Location& video : {makeVideo("small.mov", 200'003), makeVideo("large.mov", (30U << 20U) + 3)}) {
         copyFile(video, disk / std::string(video.lastPathComponent()));
         EXPECT_LT(pagesInMemory(video), 10U) << video.path();
     }
+}
+
+TEST_F(CopyRunSource, staysInThePageCacheUntilItIsRead)
+{
+    const Location video = makeVideo("x.mov", 1U << 20U);
+    const SourceFile source(video, {});
+    for (const std::int64_t read : {-chunkSize, std::int64_t(0)}) {
+        source.forget(read);
+        EXPECT_GT(pagesInMemory(video), 10U) << read;
+    }
+    source.forget(source.size());
+    EXPECT_LT(pagesInMemory(video), 10U);
 }
 
 } // namespace

@@ -262,6 +262,7 @@ TEST_F(AccessibleList, readsRowsInAndOutOfView)
         EXPECT_EQ(item->role(), QAccessible::ListItem);
         EXPECT_EQ(item->text(QAccessible::Name), lineOf(std::size_t(row)));
         EXPECT_EQ(bool(item->state().offscreen), row > 4);
+        EXPECT_TRUE(item->state().focusable);
         EXPECT_EQ(item->parent(), &interface());
         EXPECT_EQ(interface().indexOfChild(item), row);
         ASSERT_EQ(item->childCount(), 3);
