@@ -191,6 +191,20 @@ class Endings(DesktopTest):
         self.end("closing after a broken pipe", close_window)
         self.assertEqual(self.clips.copied(), self.clips.names)
 
+    def test_a_signal_that_its_starter_ignores_ends_nothing(self):
+        """As under nohup, when the terminal closes."""
+        self.clips = BigClips(self.desktop.folder / "media", 8)
+        start = self.desktop.folder / "start"
+        start.write_text(f"#!/bin/sh\ntrap '' HUP\nexec '{self.program}'\n", encoding="utf-8")
+        start.chmod(0o755)
+        self.program = start
+        window = self.begin_copy()
+        self.desktop.program.send_signal(signal.SIGHUP)
+        window.wait_for_status(ALL_SAVED)
+        window.wait_until_idle()
+        self.end("SIGTERM", ENDINGS["SIGTERM"])
+        self.assertEqual(self.clips.copied(), self.clips.names)
+
     def test_a_limit_on_the_size_of_files_ends_nothing(self):
         """A clip that is still growing exceeds it, which is found only in the middle of its copy."""
         self.clips = BigClips(self.desktop.folder / "media", 16)

@@ -15,13 +15,15 @@ GIVE_UP = 60  # seconds
 
 
 def ends_with_this_process():
-    """A `preexec_fn`: the new process gets SIGTERM when this one ends."""
+    """A `preexec_fn`: the new process gets SIGTERM when this one ends, and ignores no signals."""
     parent = os.getpid()
 
     def prepare():
         SYSTEM.prctl(SET_PARENT_DEATH_SIGNAL, signal.SIGTERM)
         if os.getppid() != parent:
             os._exit(1)
+        for number in (signal.SIGHUP, signal.SIGINT):  # ignored under nohup and in the background of a script
+            signal.signal(number, signal.SIG_DFL)
 
     return prepare
 

@@ -35,8 +35,12 @@ void endOnSignals()
     struct sigaction action = {};
     action.sa_handler = ring;
     action.sa_flags = SA_RESTART;
-    for (const int signal : endingSignals)
-        sigaction(signal, &action, nullptr);
+    for (const int signal : endingSignals) {
+        struct sigaction inherited = {};
+        sigaction(signal, nullptr, &inherited);
+        if (inherited.sa_handler != SIG_IGN)
+            sigaction(signal, &action, nullptr);
+    }
 }
 
 } // namespace reelkeep
