@@ -23,8 +23,10 @@ class DesktopIdentity(DesktopTest):
         dialog = window.ask(CAMERA)
         for title in ("Reelkeep", CAMERA[1]):
             self.assertEqual(self.property(title, "WM_CLASS"), f'"reelkeep", "{ID}"')
-            widths = re.findall(r"Icon \((\d+) x", self.property(title, "_NET_WM_ICON"))
-            self.assertEqual(widths, ["16", "24", "32", "48", "64", "128"])
+            icons = re.split(r"Icon \((\d+) x \d+\):", self.property(title, "_NET_WM_ICON"))[1:]
+            self.assertEqual(icons[::2], ["16", "24", "32", "48", "64", "128"])
+            for width, picture in zip(icons[::2], icons[1::2]):  # in characters, a transparent point as a space
+                self.assertGreater(len("".join(picture.split())), int(width) ** 2 / 3, "something is drawn")
         dialog.cancel()
 
     def test_dialogs_speak_spanish_in_any_locale(self):
