@@ -182,6 +182,18 @@ class Sleep(DesktopTest):
                 self.close()
                 stop(services)
 
+    def test_a_service_without_the_lock_may_leave_the_bus(self):
+        other = self.serve("screenSaver")
+        self.serve("portal")
+        window = self.analysed()
+        self.begin_copy(window)
+        held = "portal holds 1: 4 Copiando videos"
+        self.wait_for_events(held)
+        stop(other)
+        self.serve("screenSaver")  # its arrival is reported after that departure
+        self.finish_copy(window)
+        self.wait_for_events(held, "portal releases 1")
+
     def test_a_lock_that_the_login_manager_drops_is_requested_again(self):
         bus = self.system_bus()
         services = self.serve("loginManager", bus=bus)

@@ -27,7 +27,6 @@ OverlayScrollBar::OverlayScrollBar(QAbstractScrollArea* scrolledArea)
     connect(own, &QScrollBar::valueChanged, this, &QScrollBar::setValue);
     connect(this, &QScrollBar::valueChanged, own, &QScrollBar::setValue);
     followRange();
-    followGeometry();
 }
 
 void OverlayScrollBar::followRange()
@@ -41,15 +40,10 @@ void OverlayScrollBar::followRange()
     raise();
 }
 
-void OverlayScrollBar::followGeometry()
-{
-    setGeometry(area->width() - thickness, 2, thickness, area->height() - 4);
-}
-
 bool OverlayScrollBar::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == area && event->type() == QEvent::Resize)
-        followGeometry();
+    if (watched == area && event->type() == QEvent::Resize) // also before it is shown for the first time
+        setGeometry(area->width() - thickness, 2, thickness, area->height() - 4);
     return QScrollBar::eventFilter(watched, event);
 }
 

@@ -22,7 +22,6 @@ protected:
 
 private:
     void followRange();
-    void followGeometry();
 
     QAbstractScrollArea* area;
 };

@@ -1,13 +1,17 @@
 #include "Files/FileError.h"
+#include "Files/LinuxFileManager.h"
 #include "Fixtures/FaultPlans.h"
+#include "Fixtures/Faults.h"
 #include "Fixtures/LongRuns.h"
 #include "Fixtures/TemporaryFolder.h"
 #include "Fixtures/Walks.h"
+#include "VideoSyncService.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <sys/sysmacros.h>
@@ -192,6 +196,31 @@ INSTANTIATE_TEST_SUITE_P(Walks, WalkFaultTest,
                              return std::string(tested.param.hidesTypes ? "unknown" : "known") + "By" +
                                     std::to_string(tested.param.walkers);
                          });
+
+/// A disk for each root, none of which can be read.
+class BrokenDisks : public LinuxFileManager {
+public:
+    Disk diskHolding(const Location& place) const override { return {.id = place.path()}; }
+    void regularFiles(const Location& root, const NameFilter&, const FoundFile&, const std::stop_token&) const override
+    {
+        throw FileError(root.path(), EIO);
+    }
+};
+
+TEST(WalkFaultRoots, failInTheirOrderEvenIfNoThreadIsLeft)
+{
+    for (const bool hasNoThreads : {false, true}) {
+        faults::arm({.hasNoThreads = hasNoThreads});
+        std::string failed;
+        try {
+            VideoSyncService::scanVideoFiles({Location("/c"), Location("/a"), Location("/b")}, BrokenDisks());
+        } catch (const FileError& error) {
+            failed = error.path();
+        }
+        faults::disarm();
+        EXPECT_EQ(failed, "/c") << hasNoThreads;
+    }
+}
 
 } // namespace
 } // namespace reelkeep

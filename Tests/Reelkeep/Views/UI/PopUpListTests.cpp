@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace reelkeep {
 namespace {
 
@@ -81,6 +83,22 @@ TEST_F(PopUpList, hasTheBackgroundOfAListInBothThemes)
         popUp->hidePopup();
         popUp->clear();
     }
+}
+
+TEST_F(PopUpList, centresTheNamesInTheirLines)
+{
+    open({QStringLiteral("Disco"), QStringLiteral("XXXX")}, 0);
+    popUp->view()->setCurrentIndex({});
+    const QImage shown = line(1);
+    std::vector<int> inked;
+    for (int y = 2; y < shown.height() - 2; ++y)
+        for (int x = 20; x < 120; ++x)
+            if (shown.pixelColor(x, y) != shown.pixelColor(8, 14)) {
+                inked.push_back(y);
+                break;
+            }
+    ASSERT_FALSE(inked.empty());
+    EXPECT_NEAR(inked.front(), shown.height() - 1 - inked.back(), 3);
 }
 
 TEST_F(PopUpList, growsWithTheUsersFont)

@@ -1,6 +1,8 @@
 #include "Fixtures/Desktops.h"
+#include "Fixtures/Widgets.h"
 #include "UI/Appearance.h"
 #include "UI/SymbolIcon.h"
+#include "UI/SymbolWidget.h"
 
 #include <QImage>
 
@@ -49,6 +51,19 @@ TEST(SymbolIcon, fillsASquareOfAnySizeAndScale)
         EXPECT_EQ(icon.pixmap(QSize(18, 18), 2.0).size(), QSize(36, 36)) << name;
         EXPECT_EQ(inkOf(icon).alpha(), inkOf(symbolIcon("folder")).alpha()) << name << " is drawn";
     }
+}
+
+TEST(SymbolIconTile, isWhiteOnTheTile)
+{
+    IconTile tile({"stack", 29}, {.fill = Tint::of(accent::reviewOrange), .radius = 18});
+    tile.resize(tile.sizeHint());
+    const QImage image = picture(tile);
+    int white = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            white += image.pixelColor(x, y) == QColor(Qt::white) ? 1 : 0;
+    EXPECT_GE(white, 100);
+    EXPECT_LE(white, image.width() * image.height() / 2);
 }
 
 } // namespace
