@@ -1,14 +1,18 @@
 #include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
+#include "UI/Appearance.h"
 #include "UI/FocusRing.h"
 
 #include <QApplication>
 #include <QFocusEvent>
+#include <QImage>
+#include <QPainter>
 #include <QScrollArea>
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
 
 namespace reelkeep {
 namespace {
@@ -131,6 +135,21 @@ TEST_F(FocusRingTest, mayBeDestroyedBeforeTheWidget)
     inner->setFocus();
     delete ring->shownFrame();
     EXPECT_EQ(place(), QRect());
+}
+
+TEST(FocusRingPaint, hasSmoothCorners)
+{
+    QImage image(40, 30, QImage::Format_RGB32);
+    image.fill(Qt::white);
+    const QWidget widget;
+    QPainter painter(&image);
+    paintFocusRing(painter, image.rect(), 8, Appearance::of(&widget));
+    painter.end();
+    std::set<QRgb> colours;
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 8; ++x)
+            colours.insert(image.pixel(x, y));
+    EXPECT_GT(colours.size(), 2U);
 }
 
 } // namespace
