@@ -105,7 +105,17 @@ TEST_F(PopUpList, growsWithTheUsersFont)
 {
     const FontChange change(designFont(2));
     open({QStringLiteral("Disco A")}, 0);
-    EXPECT_EQ(line(0).height(), 44);
+    popUp->view()->setCurrentIndex({});
+    const QImage shown = line(0);
+    EXPECT_EQ(shown.height(), 44);
+    int widthOfMark = 0;
+    for (int x = 12; x < 12 + 2 * 24; ++x) {
+        bool isInked = false;
+        for (int y = 3; y < 41; ++y)
+            isInked |= shown.pixelColor(x, y) != shown.pixelColor(8, 14);
+        widthOfMark += isInked ? 1 : 0;
+    }
+    EXPECT_GE(widthOfMark, 22);
 }
 
 } // namespace

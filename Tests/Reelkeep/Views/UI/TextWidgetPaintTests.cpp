@@ -64,5 +64,17 @@ TEST_F(TextWidgetPaint, drawsNoLineBehindTheOneThatIsCut)
     EXPECT_EQ(after.copy(others), before.copy(others));
 }
 
+TEST_F(TextWidgetPaint, showsASelectionInTheLineThatIsCut)
+{
+    show(6, 3);
+    const QImage before = picture(text);
+    text.select(2 * 24 + 2, 2 * 24 + 6);
+    const QImage after = picture(text);
+    const QRect lastLine(0, 26, 200, 13);
+    const int end = int(text.characterRect(2 * 24 + 6).left());
+    EXPECT_NE(after.copy(lastLine), before.copy(lastLine));
+    EXPECT_EQ(after.copy(lastLine.adjusted(end + 2, 0, 0, 0)), before.copy(lastLine.adjusted(end + 2, 0, 0, 0)));
+}
+
 } // namespace
 } // namespace reelkeep
