@@ -253,6 +253,15 @@ TEST_F(FolderChooserTest, reportsThatATypedFolderWasNotFound)
     EXPECT_FALSE(words().contains(sentence));
 }
 
+TEST_F(FolderChooserTest, takesAQuoteWithoutItsCounterpartForALetter)
+{
+    open();
+    type(QStringLiteral("\"Disco A"));
+    press("Seleccionar");
+    EXPECT_FALSE(isAccepted());
+    EXPECT_TRUE(words().contains(QStringLiteral("No he encontrado la carpeta ") + inside("\"Disco A")));
+}
+
 TEST_F(FolderChooserTest, showsAllOfALongSentenceInAToolTip)
 {
     open();

@@ -76,7 +76,6 @@ int RowList::heightOf(int row)
     // Layouts learn of a changed text by an event, which would come too late.
     for (QWidget* part : measuringRow.widget->findChildren<QWidget*>())
         part->updateGeometry();
-    measuringRow.widget->ensurePolished();
     const int height = std::max(minimumRowHeight, measuringRow.widget->heightForWidth(availableWidth()));
     heights.emplace(row, height);
     return height;

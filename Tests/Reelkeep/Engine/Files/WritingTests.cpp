@@ -94,6 +94,21 @@ TEST_F(Writing, syncsAFuseDiskOnceForEachPortion)
     EXPECT_GE(std::count(calls.begin(), calls.end(), "fdatasync"), 3);
 }
 
+/// Such disks get the final name of a file only once it is closed.
+TEST_F(Writing, syncsAFuseDiskAsAWholeIfItCannotSyncTheFolderOfAClosedFile)
+{
+    makeVideo(1);
+    faults::Plan plan = {.refusals = {{"renameat2", EINVAL}}, .fileSystemType = FUSE_SUPER_MAGIC};
+    const auto calls = copy(plan).calls;
+    plan.call = "fsync";
+    plan.occurrence = static_cast<std::size_t>(std::count(calls.begin(), calls.end(), "fsync"));
+    plan.errorNumber = EINVAL;
+    const FaultyCopy made = copy(plan);
+    EXPECT_EQ(made.failure, "");
+    EXPECT_EQ(std::count(made.calls.begin(), made.calls.end(), "syncfs"), 1);
+    EXPECT_TRUE(isWhole());
+}
+
 TEST_F(Writing, failsIfAPortionDoesNotReachTheDisk)
 {
     makeVideo(17);

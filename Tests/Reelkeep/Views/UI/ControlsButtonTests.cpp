@@ -1,8 +1,11 @@
 #include "Fixtures/Desktops.h"
+#include "Fixtures/EventLoop.h"
 #include "Fixtures/Widgets.h"
 #include "UI/Controls.h"
 
 #include <QApplication>
+#include <QPaintEvent>
+#include <QRegion>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -17,6 +20,30 @@ namespace {
 QColor faceOf(QWidget& widget)
 {
     return picture(widget).pixelColor(6, widget.height() / 2);
+}
+
+/// A window that knows where it was painted.
+class Ground : public QWidget {
+public:
+    QRegion painted;
+
+protected:
+    void paintEvent(QPaintEvent* event) override { painted += event->region(); }
+};
+
+TEST(ControlsButton, takesItsShadowAwayWhenItIsDisabled)
+{
+    Ground window;
+    window.resize(200, 100);
+    Button button(QStringLiteral("Quitar"));
+    button.setParent(&window);
+    button.setGeometry(20, 20, 100, 28);
+    showActive(window);
+    letEventsPass();
+    window.painted = QRegion();
+    button.setEnabled(false);
+    letEventsPass();
+    EXPECT_TRUE(window.painted.contains(QPoint(70, 20 + 28)));
 }
 
 TEST(ControlsButton, isPressedBySpaceAndByEnter)
