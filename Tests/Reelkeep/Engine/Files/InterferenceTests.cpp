@@ -209,6 +209,8 @@ TEST_P(Interference, neitherPublishesNorRemovesAFileThatReplacesItsHiddenOne)
                 EXPECT_TRUE(swapped.path().empty() || isTheirsThere || calls[number - 1] == "unlinkat");
             } else if (isBetweenComparisonAndName(calls, number)) { // no call prevents it, but it is noticed afterwards
                 EXPECT_TRUE(contentAt(target()) == content || contentAt(target()) == "nothing");
+                EXPECT_NE(failure.find(": otro programa lo ha cambiado durante la copia."), std::string::npos)
+                    << failure;
             } else {
                 ++noticed;
                 EXPECT_TRUE(isTheirsThere);
