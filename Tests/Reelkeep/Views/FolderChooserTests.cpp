@@ -94,7 +94,7 @@ protected:
     }
     void press(const char* name) { QTest::mouseClick(&button(name), Qt::LeftButton); }
     bool isAccepted() const { return chooser->result() == QDialog::Accepted; }
-    /// Without focus, which has an edge of its own.
+    /// Moves the focus to the rows first, since a field with the focus has a different edge.
     void expectVisibleFieldEdge()
     {
         rows().setFocus();
